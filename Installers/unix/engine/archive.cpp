@@ -1,0 +1,385 @@
+#include "engine/archive.h"
+
+#include <cerrno>
+#include <cinttypes>
+#include <cstring>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+#include <unordered_set>
+
+#include "engine/fileOps.h"
+#include "engine/mediaPrompt.h"
+#include "engine/records.h"
+#include "engine/setupState.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/debugLevel.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+#include "ut/shellWord.h"
+#include "ut/strprint.h"
+
+static const char s_caBunzip2[] = "bunzip2";
+static const char s_caTar[] = "tar --no-same-owner -xBof - 2> /dev/null";
+
+enum { PIPE_SIZE = 1024 * 1024 }; /* lets tar and us work side by side */
+
+static bool isText(const char *pText)
+{
+    return pText && pText[0];
+}
+
+/* ---- decompressing one file ---- */
+
+static int uncompressBlocks(FILE *pFrom, FILE *pTo, const char *pSource, const char *pTarget,
+                            FILE *pStream)
+{
+    char caBlock[OV_COPY_BLOCK];
+    size_t iRead;
+
+    while ((iRead = fread(caBlock, 1, sizeof(caBlock), pFrom)) > 0) {
+        if (fwrite(caBlock, 1, iRead, pTo) != iRead) {
+            OV_instSendUpdate(pStream, "-1 Uncompress couldn't write to %s\n", pTarget);
+            return 1;
+        }
+        OV_instSendUpdate(pStream, "+%zu %s %s\n", iRead, pSource, pTarget);
+    }
+    if (!ferror(pFrom))
+        return 0;
+    OV_instSendUpdate(pStream, "-1 Uncompress couldn't read file %s\n", pSource);
+    return 1;
+}
+
+/* The decompressor reading pPath's file of the medium; asks for other media while it cannot be
+ * started. *ppPath is the path tried last, for the caller to free. Null when it is given up. */
+static FILE *openCompressed(const char *pSource, FILE *pStream, char **ppPath)
+{
+    for (;;) {
+        *ppPath = OV_instBuildPath(OV_instGetSourceDirectory(), pSource, nullptr);
+        OwnedText word(OV_instShellWord(*ppPath));
+        OwnedText command(word ? OV_instStrPrint("%s -c %s", s_caBunzip2, word.get()) : nullptr);
+        FILE *pPipe;
+
+        if (!command) {
+            OV_instSendUpdate(pStream, "-1 memory error\n");
+            return nullptr;
+        }
+        pPipe = popen(command.get(), "re");
+        if (pPipe)
+            return pPipe;
+        free(*ppPath);
+        *ppPath = nullptr;
+        if (!OV_instQueryForSource(pStream, "Can't open compressed file", pSource))
+            return nullptr;
+    }
+}
+
+static FILE *openUncompressed(const char *pTarget, FILE *pStream)
+{
+    FILE *pTo;
+
+    if (OV_instMakeParent(pTarget) < 0) {
+        OV_instSendUpdate(pStream, "-1 Uncompress can't create destination directory for:\n%s\n",
+                          pTarget);
+        return nullptr;
+    }
+    pTo = OV_instGuardedFopen(pTarget, "w");
+    if (!pTo) /* begins with 0, so that nobody is asked: meant so */
+        OV_instSendUpdate(pStream, "0 Can't create file %s\n", pTarget);
+    return pTo;
+}
+
+int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
+                      FILE *pStream, int iDelete)
+{
+    char *pPath = nullptr;
+    int iResult;
+    bool bModeFailed;
+
+    if (!isText(pSource) || !isText(pTarget)) {
+        OV_instSendUpdate(pStream, "-1 Uncompress invalid parameters\n");
+        return 1;
+    }
+    if (iDelete) {
+        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* a file that stays is no failure */
+        return 0;
+    }
+    OwnedPipe from(openCompressed(pSource, pStream, &pPath));
+    OwnedText path(pPath);
+    if (!from)
+        return 1;
+    OwnedFile to(openUncompressed(pTarget, pStream));
+    if (!to)
+        return 1;
+    iResult = uncompressBlocks(from.get(), to.get(), pPath, pTarget, pStream);
+    if (pclose(from.release()) != 0) {
+        OV_instSendUpdate(pStream, "-1 Uncompress couldn't close input file %s\n", pPath);
+        iResult = 1;
+    }
+    bModeFailed = fchmod(fileno(to.get()), static_cast<mode_t>(iMode & 07777)) < 0;
+    if (fclose(to.release()) != 0) {
+        OV_instSendUpdate(pStream, "-1 Uncompress couldn't close destination file %s\n", pTarget);
+        iResult = 1;
+    }
+    if (bModeFailed) {
+        OV_instSendUpdate(pStream, "-1 Couldn't change mode of %s\n", pTarget);
+        iResult = 1;
+    }
+    return iResult;
+}
+
+/* ---- unpacking an archive ---- */
+
+/* What one unpacking works with. */
+struct Feed {
+    const _OV_InstTar *pTar;
+    const char *pPath;    /* of the archive */
+    const char *pDest;    /* as it stands in the records */
+    const char *pCommand; /* likewise */
+    FILE *pStream;
+    int iArchive;
+    FILE *pCommandPipe;
+    uint64_t ulSize;
+    uint64_t ulFed;
+    int32_t iReported; /* files reported so far */
+};
+
+int32_t OV_instLastFedFile(int32_t iFiles, uint64_t ulFed, uint64_t ulSize)
+{
+    uint64_t ulFiles = static_cast<uint64_t>(iFiles < 0 ? 0 : iFiles);
+    uint64_t ulIndex;
+
+    if (!ulFiles || !ulSize)
+        return -1;
+    if (ulFed <= UINT64_MAX / ulFiles)
+        ulIndex = ulFiles * ulFed / ulSize;
+    else /* only for archives of many terabytes, where a rounded share will do */
+        ulIndex = ulFed / (ulSize / ulFiles);
+    return static_cast<int32_t>(ulIndex < ulFiles ? ulIndex : ulFiles - 1);
+}
+
+static void reportFed(Feed *pFeed)
+{
+    int32_t iLast = OV_instLastFedFile(pFeed->pTar->iCount, pFeed->ulFed, pFeed->ulSize);
+
+    for (; pFeed->iReported <= iLast; pFeed->iReported++)
+        OV_instSendUpdate(pFeed->pStream, "+%" PRId64 " %s %s%s\n",
+                          pFeed->pTar->aUnits[pFeed->iReported], pFeed->pPath, pFeed->pDest,
+                          pFeed->pTar->apMembers[pFeed->iReported]);
+}
+
+static int pipeFailure(const Feed *pFeed)
+{
+    OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't write to pipe\n");
+    return -1;
+}
+
+static int readFailure(const Feed *pFeed)
+{
+    OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't read file %s\n", pFeed->pPath);
+    return -1;
+}
+
+/* One block by way of our own memory. The bytes fed, 0 at the end of the archive, or -1 with the
+ * record written. */
+static ssize_t feedByCopy(Feed *pFeed)
+{
+    char caBlock[OV_COPY_BLOCK];
+    ssize_t iRead;
+
+    do {
+        iRead = read(pFeed->iArchive, caBlock, sizeof(caBlock));
+    } while (iRead < 0 && errno == EINTR);
+    if (iRead < 0)
+        return readFailure(pFeed);
+    if (OV_instWriteAll(fileno(pFeed->pCommandPipe), caBlock, static_cast<size_t>(iRead)) < 0)
+        return pipeFailure(pFeed);
+    return iRead;
+}
+
+/* One block within the kernel where the file systems can do that. Results as above. */
+static ssize_t feedBlock(Feed *pFeed)
+{
+    size_t iDone = 0;
+
+    while (iDone < OV_COPY_BLOCK) {
+        ssize_t iSent =
+            sendfile(fileno(pFeed->pCommandPipe), pFeed->iArchive, nullptr, OV_COPY_BLOCK - iDone);
+
+        if (iSent < 0 && errno == EINTR)
+            continue;
+        if (iSent < 0 && errno == EPIPE)
+            return pipeFailure(pFeed);
+        if (iSent < 0) /* tells a file that cannot be read from one that cannot be spliced */
+            return iDone ? static_cast<ssize_t>(iDone) : feedByCopy(pFeed);
+        if (iSent == 0)
+            break;
+        iDone += static_cast<size_t>(iSent);
+    }
+    return static_cast<ssize_t>(iDone);
+}
+
+static int feedArchive(Feed *pFeed)
+{
+    ssize_t iFed;
+
+    while ((iFed = feedBlock(pFeed)) > 0) {
+        pFeed->ulFed += static_cast<uint64_t>(iFed);
+        reportFed(pFeed);
+    }
+    return iFed < 0 ? 1 : 0;
+}
+
+static int runFailure(const Feed *pFeed)
+{
+    OV_instSendUpdate(pFeed->pStream, "-1 Untar can't run '%s' on file: %s\n", pFeed->pCommand,
+                      pFeed->pPath);
+    return 1;
+}
+
+/* Whether a directory that members go to is reached through a stranger's link: tar would follow
+ * it. */
+static bool membersAreLedAstray(const _OV_InstTar *pTar, const char *pDest)
+{
+    std::unordered_set<std::string_view> seen;
+
+    for (int32_t i = 0; i < pTar->iCount; i++) {
+        const char *pMember = pTar->apMembers[i];
+        const char *pSlash = strrchr(pMember, '/');
+        size_t iLength = pSlash ? static_cast<size_t>(pSlash - pMember) : 0;
+
+        if (!iLength || !seen.emplace(pMember, iLength).second)
+            continue;
+        OwnedText directory(strndup(pMember, iLength));
+        OwnedText path(directory ? OV_instBuildPath(pDest, directory.get(), nullptr) : nullptr);
+        OwnedFd opened(path ? OV_instGuardedOpenDir(path.get()) : -1);
+        if (opened.iFd < 0 && errno == ELOOP)
+            return true;
+    }
+    return false;
+}
+
+/* Starts the command with pDest as its working directory. 0 or 1. */
+static int startCommand(Feed *pFeed, const char *pDest)
+{
+    char caSaved[OV_INST_PATH_SIZE + 1];
+
+    if (!getcwd(caSaved, sizeof(caSaved))) {
+        OV_instSendUpdate(pFeed->pStream, "-1 Can't get current working\n");
+        return 1;
+    }
+    OwnedFd directory(OV_instGuardedOpenDir(pDest));
+    if (directory.iFd < 0 || fchdir(directory.iFd) < 0) {
+        OV_instSendUpdate(pFeed->pStream, "-1 Can't change directory to: %s\n", pDest);
+        return 1;
+    }
+    pFeed->pCommandPipe = popen(pFeed->pCommand, "we");
+    if (chdir(caSaved) < 0 || !pFeed->pCommandPipe)
+        return runFailure(pFeed);
+    (void)fcntl(fileno(pFeed->pCommandPipe), F_SETPIPE_SZ, PIPE_SIZE); /* the default will do */
+    return 0;
+}
+
+static int addOwnerWrite(const char *pMember, mode_t iMode)
+{
+    OwnedText here(pMember[0] == '/' ? strdup("") : getcwd(nullptr, 0));
+    OwnedText path(here ? OV_instBuildPath(here.get(), pMember, nullptr) : nullptr);
+
+    return path ? OV_instGuardedChmod(path.get(), (iMode & 07777) | S_IWUSR) : -1;
+}
+
+/* Gives the entry's existing files owner write permission. The names are examined as they stand in
+ * the entry, from wherever the run was started: meant so. */
+static void makeWritable(const Feed *pFeed)
+{
+    for (int32_t i = 0; i < pFeed->pTar->iCount; i++) {
+        const char *pMember = pFeed->pTar->apMembers[i];
+        struct stat info;
+
+        if (stat(pMember, &info) < 0 || (info.st_mode & S_IWUSR))
+            continue;
+        if (addOwnerWrite(pMember, info.st_mode) < 0)
+            OV_instSendUpdate(pFeed->pStream,
+                              "-1 Untar could not make \"%s\" writable before\n"
+                              "extracting it from \"%s\"\n",
+                              pMember, pFeed->pPath);
+    }
+}
+
+static int closeFeed(Feed *pFeed)
+{
+    int iResult = 0;
+
+    if (close(pFeed->iArchive) < 0) {
+        OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close tarfile %s\n", pFeed->pPath);
+        iResult = 1;
+    }
+    if (pclose(pFeed->pCommandPipe) < 0) { /* tar's own status is not examined: meant so */
+        OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close pipe for file '%s'\n",
+                          pFeed->pPath);
+        iResult = 1;
+    }
+    return iResult;
+}
+
+static char *untarCommand(int iCompressed)
+{
+    return iCompressed ? OV_instStrPrint("%s | %s", s_caBunzip2, s_caTar) : strdup(s_caTar);
+}
+
+int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64_t, int iCompressed,
+                 FILE *pStream, int)
+{
+    Feed feed = {};
+    char *pPath = nullptr;
+    struct stat info;
+    int iResult;
+
+    if (!pTar || !isText(pTar->pArchive)) {
+        OV_instSendUpdate(pStream, "-1 Untar invalid parameters\n");
+        return 1;
+    }
+    OwnedText command(untarCommand(iCompressed));
+    OwnedFd archive(OV_instOpenSource(pTar->pArchive, "Can't open tarfile", pStream, &pPath));
+    OwnedText path(pPath);
+    if (!command || archive.iFd < 0)
+        return 1;
+    if (fstat(archive.iFd, &info) < 0) {
+        OV_instSendUpdate(pStream, "-1 Could not get the size of %s\n", pTar->pArchive);
+        return 1;
+    }
+    feed.pTar = pTar;
+    feed.pPath = pPath;
+    feed.pDest = pDest;
+    feed.pCommand = command.get();
+    feed.pStream = pStream;
+    feed.ulSize = static_cast<uint64_t>(info.st_size);
+    feed.iArchive = archive.iFd;
+    if (membersAreLedAstray(pTar, pDest))
+        return runFailure(&feed);
+    if (startCommand(&feed, pDest) != 0) {
+        if (feed.pCommandPipe)
+            (void)pclose(feed.pCommandPipe); /* the failure is already told */
+        return 1;
+    }
+    makeWritable(&feed);
+    iResult = feedArchive(&feed);
+    (void)archive.release();
+    return closeFeed(&feed) | iResult;
+}
+
+int DeleteUntar(const _OV_InstTar *pTar, const char *pDirectory, FILE *pStream)
+{
+    for (int32_t i = pTar ? pTar->iCount - 1 : -1; i >= 0; i--) {
+        OwnedText path(OV_instBuildPath(pDirectory, pTar->apMembers[i], nullptr));
+
+        if (!path)
+            continue;
+        (void)OV_instGuardedRemove(path.get()); /* a directory may still hold other files */
+        OV_instSendUpdate(pStream, "+%" PRId64 " %s\n", pTar->aUnits[i], path.get());
+        if (OV_instGetDebugLevel() > 0)
+            fprintf(stderr, "%lld\n", static_cast<long long>(pTar->aUnits[i]));
+    }
+    return 0;
+}

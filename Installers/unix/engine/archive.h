@@ -1,0 +1,27 @@
+/* Compressed files and archives of the medium. Reporting and results are as in fileOps.h. */
+#ifndef OVINST_ENGINE_ARCHIVE_H
+#define OVINST_ENGINE_ARCHIVE_H
+
+#include <cstdint>
+#include <cstdio>
+
+#include "description/model.h"
+
+/* Copies a compressed file of the medium uncompressed. 0 or 1. */
+int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
+                      FILE *pStream, int iDelete);
+
+/* Has tar unpack the entry's archive into pDest, which must exist. The entry's files are reported
+ * as the archive is fed, so by its fraction and not by what tar has done; tar's own exit status is
+ * not examined. 0 or 1. */
+int OV_instUntar(const _OV_InstTar *pTar, const char *pFrom, const char *pDest, int64_t lSize,
+                 int iCompressed, FILE *pStream, int iMode);
+
+/* Removes the entry's files from pDirectory, last one first, directories where empty. Always 0. */
+int DeleteUntar(const _OV_InstTar *pTar, const char *pDirectory, FILE *pStream);
+
+/* How many of iFiles are covered when ulFed bytes of an archive of ulSize have been fed: the index
+ * of the last one, -1 for none. */
+int32_t OV_instLastFedFile(int32_t iFiles, uint64_t ulFed, uint64_t ulSize);
+
+#endif

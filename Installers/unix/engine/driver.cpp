@@ -1,0 +1,339 @@
+#include "engine/driver.h"
+
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "engine/archive.h"
+#include "engine/configWalk.h"
+#include "engine/customFunc.h"
+#include "engine/fileOps.h"
+#include "engine/history.h"
+#include "engine/records.h"
+#include "engine/registry.h"
+#include "engine/setupState.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+#include "ut/uiut.h"
+
+/* One call of OV_instInstallPackList. */
+struct PackListRun {
+    const char *pFrom;
+    const char *pDest;
+    FILE *pStream;
+    OV_CustomPass ovPass;
+    OV_InstMode iMode;
+    const char *pSuiteName;
+    const char *pPackageName;
+    const char *apDirs[OV_MAX_REMOVED_DIRS]; /* to be removed, in order of collection */
+    int iDirs;
+};
+
+/* An operation's two halves return 0 or a failure. */
+typedef int (*OperRoutine)(PackListRun *pRun, _OV_InstOper *pOper);
+
+enum { EVERY_PASS = -1, NO_PASS = -2 };
+
+/* What an operation kind does, in which pass, and whether its failure counts. A null routine does
+ * nothing. */
+struct OperRow {
+    int bKnown;
+    int iPass;
+    OperRoutine install;
+    int bInstallCounts;
+    OperRoutine remove;
+    int bRemoveCounts;
+};
+
+/* ---- the routines behind the rows ---- */
+
+static char *below(const PackListRun *pRun, const char *pName)
+{
+    return OV_instBuildPath(pRun->pDest, pName ? pName : "", nullptr);
+}
+
+static int copyFile(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    const _OV_InstCopy *pCopy = &pOper->body.copy;
+    OwnedText target(below(pRun, pCopy->pDest ? pCopy->pDest : pCopy->pSource));
+
+    return OV_instCopyFile(pCopy->pSource, target.get(), pCopy->iMode, pOper->lUnits, pRun->pStream,
+                           pRun->iMode);
+}
+
+/* A compressed file is installed as it is, under its source's name; only its removal goes through
+ * the decompression: meant so. */
+static int copyCompressed(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    const _OV_InstCopy *pCopy = &pOper->body.copy;
+    OwnedText target(below(pRun, pCopy->pSource));
+
+    return OV_instCopyFile(pCopy->pSource, target.get(), pCopy->iMode, pOper->lUnits, pRun->pStream,
+                           0);
+}
+
+static int removeCompressed(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    const _OV_InstCopy *pCopy = &pOper->body.copy;
+    OwnedText target(below(pRun, pCopy->pSource));
+
+    return OV_instUncompress(pCopy->pSource, target.get(), pCopy->iMode, pOper->lUnits,
+                             pRun->pStream, pRun->iMode);
+}
+
+/* The directory that an archive goes to. */
+static const char *baseOf(const PackListRun *pRun, const _OV_InstOper *pOper)
+{
+    const char *pRoot = pOper->body.tar.pDestRoot;
+
+    if (pOper->iType != OV_OPER_UNTAR2 && pOper->iType != OV_OPER_UNTARZ2)
+        return pRun->pDest;
+    if (pRoot && strcmp(pRoot, "<RootDest>") == 0)
+        return OV_instGetRootDestinationDirectory();
+    if (pRoot && strcmp(pRoot, "<CommonDest>") == 0)
+        return OV_instGetCommonDestinationDirectory();
+    return pRoot;
+}
+
+static int unpack(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    int iCompressed = pOper->iType == OV_OPER_UNTARZ || pOper->iType == OV_OPER_UNTARZ2;
+    const char *pBase = baseOf(pRun, pOper);
+
+    return OV_instUntar(&pOper->body.tar, pRun->pFrom, pBase ? pBase : "", pOper->lUnits,
+                        iCompressed, pRun->pStream, pRun->iMode);
+}
+
+static int removeUnpacked(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    const char *pBase = baseOf(pRun, pOper);
+
+    return pBase ? DeleteUntar(&pOper->body.tar, pBase, pRun->pStream) : 0;
+}
+
+static int makeDirectory(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    OwnedText path(below(pRun, pOper->body.mkdir.pPath));
+
+    return OV_instMkdir(path.get(), pOper->body.mkdir.iMode, pRun->pStream);
+}
+
+/* Remembers the directory: it is removed when its files are gone. */
+static int rememberDirectory(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    if (pRun->iDirs < OV_MAX_REMOVED_DIRS)
+        pRun->apDirs[pRun->iDirs++] = pOper->body.mkdir.pPath;
+    else
+        puts("Can't remove all dirs, list too large");
+    return 0;
+}
+
+static int makeLink(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    const _OV_InstLink *pLink = &pOper->body.link;
+    OwnedText directory(below(pRun, pLink->pLink));
+
+    return (pLink->iHard ? OV_instHardlink : OV_instSoftlink)(
+        directory.get(), pLink->pTarget, pLink->pThird, pOper->lUnits, pRun->pStream, pRun->iMode);
+}
+
+static int callFunction(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    OwnedText root(
+        strdup(OV_instGetRootDestinationDirectory() ? OV_instGetRootDestinationDirectory() : ""));
+    OwnedText common(strdup(
+        OV_instGetCommonDestinationDirectory() ? OV_instGetCommonDestinationDirectory() : ""));
+    _OV_CustomData data = {};
+
+    data.pTls = OV_instGetMainTopLevelShell();
+    data.fpUpdate = pRun->pStream;
+    data.pRootDest = root.get();
+    data.pCommonDest = common.get();
+    data.pDest = pRun->pDest;
+    data.pFrom = pRun->pFrom;
+    data.pData = pOper->body.function.pData;
+    data.pPackageName = pRun->pPackageName;
+    data.pSuiteName = pRun->pSuiteName;
+    data.iDelete = pRun->iMode;
+    data.ovPass = pRun->ovPass;
+    return OV_instCustomFunction(pOper, &data, pRun->pStream) ? 1 : 0;
+}
+
+static int addRegData(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    const _OV_InstRegData *pData = &pOper->body.regData;
+
+    return OV_instRegData(pRun->pDest, pData->pRootKey, pData->pKeyName, pData->pKeyValue,
+                          pData->pValue, pRun->pStream);
+}
+
+static int registerModule(PackListRun *pRun, _OV_InstOper *pOper)
+{
+    return OV_instSelfReg(OV_instGetCommonDestinationDirectory(), pRun->pDest,
+                          pOper->body.selfReg.pModule, pRun->pStream, pRun->ovPass);
+}
+
+#define NO_MEANING                                                                                 \
+    {                                                                                              \
+        0, NO_PASS, nullptr, 0, nullptr, 0                                                         \
+    }
+
+/* In the order of OV_InstOperType. */
+static const OperRow s_aRows[] = {
+    NO_MEANING, /* Suite */
+    NO_MEANING, /* Package */
+    {1, OV_CUSTOM_INIT,     copyFile,       1, copyFile,          1},
+    {1, OV_CUSTOM_INIT,     copyCompressed, 0, removeCompressed,  1},
+    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
+    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
+    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
+    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
+    {1, OV_CUSTOM_INIT,     makeDirectory,  1, rememberDirectory, 0},
+    {1, OV_CUSTOM_INIT,     makeLink,       1, makeLink,          1},
+    {1, OV_CUSTOM_INIT,     makeLink,       1, makeLink,          1},
+    NO_MEANING, /* Prefix */
+    NO_MEANING, /* Env */
+    NO_MEANING, /* Alias */
+    NO_MEANING, /* ConfigBegin */
+    NO_MEANING, /* ConfigEnd */
+    {1, EVERY_PASS,         callFunction,   1, callFunction,      1},
+    {1, NO_PASS,            nullptr,        0, nullptr,           0}, /* Shortcut */
+    {1, OV_CUSTOM_REGISTRY, addRegData,     1, nullptr,           0},
+    {1, EVERY_PASS,         registerModule, 1, nullptr,           0},
+};
+static_assert(sizeof(s_aRows) / sizeof(s_aRows[0]) == OV_OPER_COUNT, "a row for every kind");
+
+/* ---- the driver ---- */
+
+static const OperRow *rowOf(const _OV_InstOper *pOper)
+{
+    if (pOper->iType < 0 || pOper->iType >= OV_OPER_COUNT || !s_aRows[pOper->iType].bKnown)
+        return nullptr;
+    return &s_aRows[pOper->iType];
+}
+
+static int runOper(PackListRun *pRun, _OV_InstOper *pOper, const OperRow *pRow)
+{
+    OperRoutine routine = pRun->iMode == OV_INST_INSTALL_MODE ? pRow->install : pRow->remove;
+    int bCounts = pRun->iMode == OV_INST_INSTALL_MODE ? pRow->bInstallCounts : pRow->bRemoveCounts;
+    int iResult;
+
+    if (!routine || (pRow->iPass != EVERY_PASS && pRow->iPass != pRun->ovPass))
+        return 0;
+    iResult = routine(pRun, pOper);
+    return bCounts ? iResult : 0;
+}
+
+static bool isSkipped(const _OV_InstPackage *pPackage, OV_InstMode iMode)
+{
+    if (iMode == OV_INST_INSTALL_MODE)
+        return pPackage->iInstalled == 1;
+    return iMode == OV_INST_DELETE_MODE && pPackage->iInUse != 0; /* another still needs it */
+}
+
+static void removeDirectories(PackListRun *pRun)
+{
+    while (pRun->iDirs > 0) {
+        OwnedText path(below(pRun, pRun->apDirs[--pRun->iDirs]));
+        const char *pName = nullptr;
+
+        if (!path) {
+            OV_instSendUpdate(pRun->pStream, "-1 Internal error while deleting directories\n");
+            continue;
+        }
+        OwnedFd parent(OV_instGuardedOpenParent(path.get(), &pName));
+        if (parent.iFd >= 0)
+            (void)unlinkat(parent.iFd, pName, AT_REMOVEDIR); /* it may hold other files */
+        OV_instSendUpdate(pRun->pStream, "+1 %s\n", path.get());
+    }
+}
+
+/* Carries out one package's operations. False for an operation of no known kind. */
+static bool runPackage(PackListRun *pRun, _OV_InstPackage *pPackage, int *piMask)
+{
+    pRun->pPackageName = pPackage->pName;
+    for (_OV_InstOper *pOper = pPackage->pOperHead; pOper; pOper = pOper->pNext) {
+        const OperRow *pRow = rowOf(pOper);
+
+        OV_instDispatchPending();
+        if (!pRow) {
+            fprintf(stderr, "Error:Undefined operation %d\n", pOper->iType);
+            return false;
+        }
+        *piMask |= runOper(pRun, pOper, pRow);
+    }
+    return true;
+}
+
+int OV_instInstallPackList(_OV_InstPackageNode *pPackages, const char *pFrom, const char *pDest,
+                           FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode,
+                           const char *pSuiteName)
+{
+    PackListRun run = {pFrom, pDest, pStream, ovPass, iMode, pSuiteName, nullptr, {}, 0};
+    int iMask = 0;
+
+    if (!pPackages || !pDest || !pDest[0])
+        return -1;
+    for (; pPackages; pPackages = pPackages->pNext) {
+        _OV_InstPackage *pPackage = pPackages->pPackage;
+
+        if (isSkipped(pPackage, iMode))
+            continue;
+        if (pPackage->iPassDone < ovPass && !runPackage(&run, pPackage, &iMask))
+            return 1;
+        pPackage->iPassDone = ovPass;
+    }
+    if (ovPass == OV_CUSTOM_INIT && iMode == OV_INST_DELETE_MODE)
+        removeDirectories(&run);
+    return iMask;
+}
+
+/* Whether the mode is about this suite's packages. */
+static bool isHandedOver(const _OV_InstConfigList *pConfig, const _OV_InstSuiteList *pSuite,
+                         OV_InstMode iMode)
+{
+    if (iMode == OV_INST_INSTALL_MODE)
+        return !pSuite->iState && pConfig->iSelected;
+    return iMode == OV_INST_DELETE_MODE && pSuite->iState && !pConfig->iSelected;
+}
+
+static int runSuite(const _OV_InstConfigList *pConfig, const char *pFrom, const char *pDest,
+                    FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode)
+{
+    const _OV_InstSuiteChoice *pChoice = static_cast<_OV_InstSuiteChoice *>(pConfig->pData);
+    const _OV_InstSuiteList *pSuite = pChoice ? pChoice->pSuite : nullptr;
+    int iResult = 0;
+
+    if (!pSuite)
+        return 0;
+    if (isHandedOver(pConfig, pSuite, iMode))
+        iResult = OV_instInstallPackList(pSuite->pPackHead, pFrom, pDest, pStream, ovPass, iMode,
+                                         pSuite->pName);
+    /* The removing passes write the history too, so a run records a suite twice: meant so. */
+    if (pConfig->iSelected && ovPass == OV_CUSTOM_INIT)
+        OV_UpdateHistoryFile(pDest, pSuite);
+    return iResult;
+}
+
+int OV_instInstallConfig(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, const char *pDest,
+                         FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode)
+{
+    OwnedText from(strdup(GetSourceDirectory(pRoot) ? GetSourceDirectory(pRoot) : ""));
+    int iMask = 0;
+
+    if (!pConfig || !pDest) {
+        fputs("Error: invalid input to function OV_instInstallConfig\n", stderr);
+        return 1;
+    }
+    OwnedWalk walk(OV_instStartWalk(pRoot, pConfig));
+    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get())) {
+        if (pVisit->pConfig->iType == OV_CONFIG_SUITE) {
+            iMask |= runSuite(pVisit->pConfig, from.get(), pDest, pStream, ovPass, iMode);
+        } else if (pVisit->pConfig->iType != OV_CONFIG_CUSDLG) {
+            fputs("Error: can only install a suite or a custom list of suites\n", stderr);
+            iMask |= 1;
+        }
+    }
+    return iMask;
+}

@@ -1,0 +1,24 @@
+/* Carrying out a configuration's operations for one pass, in one mode. */
+#ifndef OVINST_ENGINE_DRIVER_H
+#define OVINST_ENGINE_DRIVER_H
+
+#include <cstdio>
+
+#include "description/model.h"
+#include "engine/OVinstModule.h"
+
+enum { OV_MAX_REMOVED_DIRS = 1000 };
+
+/* Walks pConfig down to its suites and hands those that the mode is about to
+ * OV_instInstallPackList; in the INIT pass of either mode selected suites are written into the
+ * history. 0, or the OR of all failures. */
+int OV_instInstallConfig(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, const char *pDest,
+                         FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode);
+
+/* Carries out the operations of every package that has not yet seen this pass. 0, the OR of the
+ * failures that count, 1 at once for an operation of no known kind, -1 for bad input. */
+int OV_instInstallPackList(_OV_InstPackageNode *pPackages, const char *pFrom, const char *pDest,
+                           FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode,
+                           const char *pSuiteName);
+
+#endif

@@ -1,0 +1,362 @@
+#include "engine/fileOps.h"
+
+#include <cerrno>
+#include <cinttypes>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "engine/customFunc.h"
+#include "engine/mediaPrompt.h"
+#include "engine/records.h"
+#include "engine/setupState.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+
+static const int MODE_BITS = 07777;
+
+static bool isText(const char *pText)
+{
+    return pText && pText[0];
+}
+
+/* ---- removing ---- */
+
+bool IsSetupExe(const char *pPath)
+{
+    static char *s_pSetup = nullptr; /* kept for the run */
+    const char *pDest = s_pSetup ? nullptr : OV_instGetDestinationDirectory();
+
+    if (pDest && asprintf(&s_pSetup, "%ssetup", pDest) < 0)
+        s_pSetup = nullptr;
+    return pPath && s_pSetup && strcmp(pPath, s_pSetup) == 0;
+}
+
+int OVinstDeleteFile(const char *pPath, FILE *pStream, int64_t lSize)
+{
+    if (InModuleList(pPath) || IsSetupExe(pPath))
+        return 1;
+    OV_instSendUpdate(pStream, "+%" PRId64 " %s\n", lSize, pPath);
+    return OV_instGuardedRemove(pPath);
+}
+
+int32_t OVinstGetFileSize(const char *pPath)
+{
+    struct stat info;
+
+    return pPath && lstat(pPath, &info) == 0 ? static_cast<int32_t>(info.st_size) : 0;
+}
+
+/* ---- directories ---- */
+
+static int mkdirFailure(FILE *pStream, const char *pWhat, const char *pPrefix)
+{
+    OV_instSendUpdate(pStream, "-1 Mkdir %s %s\n", pWhat, pPrefix);
+    return -1;
+}
+
+/* 0 when pPath is a directory (a link to one counts), else -1 with errno set. */
+static int examineDirectory(const char *pPath)
+{
+    OwnedFd directory(OV_instGuardedOpenDir(pPath));
+
+    return directory.iFd < 0 ? -1 : 0;
+}
+
+static int createDirectory(const char *pPrefix, int iMode, FILE *pStream)
+{
+    const char *pName = nullptr;
+    OwnedFd parent(OV_instGuardedOpenParent(pPrefix, &pName));
+
+    if (parent.iFd < 0 || mkdirat(parent.iFd, pName, static_cast<mode_t>(iMode & MODE_BITS)) < 0)
+        return mkdirFailure(pStream, "could not create", pPrefix);
+    /* The mode holds whatever the umask is. */
+    if (examineDirectory(pPrefix) < 0 ||
+        OV_instGuardedChmod(pPrefix, static_cast<mode_t>(iMode & MODE_BITS)) < 0)
+        return mkdirFailure(pStream, "stating", pPrefix);
+    OV_instSendUpdate(pStream, "+1 mkdir %s\n", pPrefix);
+    return 0;
+}
+
+static int makePrefix(const char *pPrefix, int iMode, FILE *pStream)
+{
+    if (examineDirectory(pPrefix) == 0)
+        return 0;
+    if (errno == ENOTDIR || errno == ELOOP) /* a file, or a link that is not ours to follow */
+        return mkdirFailure(pStream, "file already exists", pPrefix);
+    return createDirectory(pPrefix, iMode, pStream);
+}
+
+int OV_instMkdir(const char *pPath, int iMode, FILE *pStream)
+{
+    size_t iLength = pPath ? strlen(pPath) : 0;
+    char caPrefix[OV_INST_PATH_SIZE + 1];
+
+    if (!iLength || iLength > OV_INST_PATH_SIZE) {
+        OV_instSendUpdate(pStream, "-1 Mkdir invalid parameter\n");
+        return -1;
+    }
+    if (examineDirectory(pPath) == 0)
+        return 0;
+    memcpy(caPrefix, pPath, iLength + 1);
+    for (size_t i = 1; i < iLength; i++) {
+        if (caPrefix[i] != '/')
+            continue;
+        caPrefix[i] = '\0';
+        if (makePrefix(caPrefix, iMode, pStream) < 0)
+            return -1;
+        caPrefix[i] = '/';
+    }
+    return makePrefix(caPrefix, iMode, pStream);
+}
+
+int OV_instMakeParent(const char *pPath)
+{
+    OwnedText directory(OV_instDirname(pPath));
+
+    return directory ? OV_instMkdir(directory.get(), OV_DIRECTORY_MODE, nullptr) : -1;
+}
+
+/* ---- copying ---- */
+
+int OV_instOpenSource(const char *pSource, const char *pLabel, FILE *pStream, char **ppPath)
+{
+    for (;;) {
+        int iFd = -1;
+
+        *ppPath = OV_instBuildPath(OV_instGetSourceDirectory(), pSource, nullptr);
+        if (*ppPath)
+            iFd = open(*ppPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+        if (iFd >= 0)
+            return iFd;
+        free(*ppPath);
+        *ppPath = nullptr;
+        if (!OV_instQueryForSource(pStream, pLabel, pSource))
+            return -1;
+    }
+}
+
+int OV_instWriteAll(int iFd, const char *pBytes, size_t iCount)
+{
+    while (iCount) {
+        ssize_t iWritten = write(iFd, pBytes, iCount);
+
+        if (iWritten < 0 && errno == EINTR)
+            continue;
+        if (iWritten <= 0)
+            return -1;
+        pBytes += iWritten;
+        iCount -= static_cast<size_t>(iWritten);
+    }
+    return 0;
+}
+
+static ssize_t readBlock(int iFd, char *pBlock)
+{
+    ssize_t iRead;
+
+    do {
+        iRead = read(iFd, pBlock, OV_COPY_BLOCK);
+    } while (iRead < 0 && errno == EINTR);
+    return iRead;
+}
+
+/* Opens the target, its directory being made only where that turns out to be needed. */
+static int openTarget(const char *pTarget, FILE *pStream)
+{
+    const int iFlags = O_WRONLY | O_CREAT | O_TRUNC;
+    int iFd = OV_instGuardedOpen(pTarget, iFlags, 0600);
+
+    if (iFd >= 0)
+        return iFd;
+    if (OV_instMakeParent(pTarget) < 0) {
+        OV_instSendUpdate(pStream, "-1 Copyfile can't create destination directory for:\n%s\n",
+                          pTarget);
+        return -1;
+    }
+    iFd = OV_instGuardedOpen(pTarget, iFlags, 0600);
+    if (iFd < 0)
+        OV_instSendUpdate(pStream, "-1 Copyfile can't create file %s\n", pTarget);
+    return iFd;
+}
+
+/* Copies to the end of the source. 0 or 1. */
+static int copyBlocks(int iFrom, int iTo, const char *pFrom, const char *pTo, FILE *pStream)
+{
+    char caBlock[OV_COPY_BLOCK];
+
+    for (;;) {
+        ssize_t iRead = readBlock(iFrom, caBlock);
+
+        if (iRead == 0)
+            return 0;
+        if (iRead < 0) {
+            OV_instSendUpdate(pStream, "-1 Copyfile failed reading file %s\n", pFrom);
+            return 1;
+        }
+        if (OV_instWriteAll(iTo, caBlock, static_cast<size_t>(iRead)) < 0) {
+            OV_instSendUpdate(pStream, "-1 Copyfile writing file %s\n", pTo);
+            return 1;
+        }
+        OV_instSendUpdate(pStream, "+%zd %s %s\n", iRead, pFrom, pTo);
+    }
+}
+
+int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
+                    FILE *pStream, int iDelete)
+{
+    char *pPath = nullptr;
+    int iResult;
+    bool bModeFailed;
+
+    if (!isText(pSource) || !isText(pTarget)) {
+        OV_instSendUpdate(pStream, "-1 Copyfile invalid parameters\n");
+        return 1;
+    }
+    if (iDelete) {
+        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* a file that stays is no failure */
+        return 0;
+    }
+    OwnedFd from(OV_instOpenSource(pSource, "Copyfile can't open file", pStream, &pPath));
+    OwnedText path(pPath);
+    if (from.iFd < 0)
+        return 1;
+    OwnedFd to(openTarget(pTarget, pStream));
+    if (to.iFd < 0)
+        return 1;
+    iResult = copyBlocks(from.iFd, to.iFd, pPath, pTarget, pStream);
+    /* Set through the descriptor: the name could by now be somebody else's file. */
+    bModeFailed = fchmod(to.iFd, static_cast<mode_t>(iMode & MODE_BITS)) < 0;
+    if (close(from.release()) < 0) {
+        OV_instSendUpdate(pStream, "-1 Copyfile closing src file %s\n", pPath);
+        iResult = 1;
+    }
+    if (close(to.release()) < 0) {
+        OV_instSendUpdate(pStream, "-1 Copyfile closing dst file %s\n", pTarget);
+        iResult = 1;
+    }
+    if (bModeFailed) {
+        OV_instSendUpdate(pStream, "-1 Changing mode of %s\n", pTarget);
+        iResult = 1;
+    }
+    return iResult;
+}
+
+/* ---- links ---- */
+
+/* What differs between the two kinds of link. A target that is relative is so to the working
+ * directory, for a hard link, and to the link itself, for a soft one. */
+struct LinkKind {
+    const char *pWord;
+    int (*make)(int iDirectory, const char *pTarget, const char *pName);
+};
+
+static int makeHard(int iDirectory, const char *pTarget, const char *pName)
+{
+    return linkat(AT_FDCWD, pTarget, iDirectory, pName, 0);
+}
+
+static int makeSoft(int iDirectory, const char *pTarget, const char *pName)
+{
+    return symlinkat(pTarget, iDirectory, pName);
+}
+
+/* The link's parent directory, opened; it is made when it is missing. -1 when it cannot be. */
+static int openLinkParent(const char *pDirectory, const char *pName, char **ppPath,
+                          const char **ppLast)
+{
+    *ppPath = pName[0] == '/' ? strdup(pName) : OV_instBuildPath(pDirectory, pName, nullptr);
+    if (!*ppPath || OV_instMakeParent(*ppPath) < 0)
+        return -1;
+    return OV_instGuardedOpenParent(*ppPath, ppLast);
+}
+
+static int changeInto(const char *pDirectory)
+{
+    OwnedFd directory(OV_instGuardedOpenDir(pDirectory));
+
+    return directory.iFd < 0 ? -1 : fchdir(directory.iFd);
+}
+
+static int replaceByLink(const LinkKind *pKind, int iParent, const char *pLast, const char *pTarget,
+                         const char *pName, FILE *pStream)
+{
+    (void)unlinkat(iParent, pLast, 0); /* what cannot be removed makes the link fail */
+    if (pKind->make(iParent, pTarget, pLast) == 0)
+        return 0;
+    OV_instSendUpdate(pStream, "-1 %s linking file %s to %s\n", pKind->pWord, pName, pTarget);
+    return 1;
+}
+
+static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *pTarget,
+                    const char *pName, FILE *pStream)
+{
+    char caSaved[OV_INST_PATH_SIZE + 1];
+    const char *pLast = nullptr;
+    char *pPath = nullptr;
+    int iResult;
+
+    if (!getcwd(caSaved, sizeof(caSaved))) {
+        OV_instSendUpdate(pStream, "-1 %s can't get current working directory\n", pKind->pWord);
+        return 1;
+    }
+    if (examineDirectory(pDirectory) < 0) {
+        OV_instSendUpdate(pStream, "-1 %s can't change directory to: %s:%s->%s\n", pKind->pWord,
+                          pDirectory, pTarget, pName);
+        return 1;
+    }
+    OwnedFd parent(openLinkParent(pDirectory, pName, &pPath, &pLast));
+    OwnedText path(pPath);
+    if (parent.iFd < 0) {
+        /* The decompression's message: shared on purpose. */
+        OV_instSendUpdate(pStream, "-1 Uncompress can't create destination directory for:\n%s\n",
+                          pName);
+        return 1;
+    }
+    if (changeInto(pDirectory) < 0) {
+        OV_instSendUpdate(pStream, "-1 %s can't change directory to: %s:%s->%s\n", pKind->pWord,
+                          pDirectory, pTarget, pName);
+        return 1;
+    }
+    iResult = replaceByLink(pKind, parent.iFd, pLast, pTarget, pName, pStream);
+    if (chdir(caSaved) < 0) {
+        OV_instSendUpdate(pStream, "-1 %s can't change directory back to: %s\n", pKind->pWord,
+                          caSaved);
+        return 1;
+    }
+    OV_instSendUpdate(pStream, "+1 %s %s\n", pKind->pWord, pName);
+    return iResult;
+}
+
+static int linkOperation(const LinkKind *pKind, const char *pDirectory, const char *pTarget,
+                         const char *pName, int64_t lSize, FILE *pStream, int iDelete)
+{
+    if (!isText(pDirectory) || !isText(pTarget) || !isText(pName)) {
+        OV_instSendUpdate(pStream, "-1 %s invalid parameters\n", pKind->pWord);
+        return 1;
+    }
+    if (!iDelete)
+        return makeLink(pKind, pDirectory, pTarget, pName, pStream);
+    OwnedText path(OV_instStrPrint("%s/%s", pDirectory, pName));
+    if (path)
+        (void)OVinstDeleteFile(path.get(), pStream, lSize); /* a file that stays is no failure */
+    return 0;
+}
+
+int OV_instHardlink(const char *pDirectory, const char *pTarget, const char *pName, int64_t lSize,
+                    FILE *pStream, int iDelete)
+{
+    static const LinkKind s_kind = {"Hardlink", makeHard};
+
+    return linkOperation(&s_kind, pDirectory, pTarget, pName, lSize, pStream, iDelete);
+}
+
+int OV_instSoftlink(const char *pDirectory, const char *pTarget, const char *pName, int64_t lSize,
+                    FILE *pStream, int iDelete)
+{
+    static const LinkKind s_kind = {"Softlink", makeSoft};
+
+    return linkOperation(&s_kind, pDirectory, pTarget, pName, lSize, pStream, iDelete);
+}

@@ -1,0 +1,263 @@
+#include "engine/history.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "engine/fileOps.h"
+#include "engine/selection.h"
+#include "engine/setupState.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+#define HISTORY_PLACE "%s/%s/%s"
+
+static const char s_caFolder[] = "SetupFiles";
+static const char s_caVersionWord[] = "HistoryFileVersion";
+static const char s_caPackageWord[] = "Package";
+
+enum { HISTORY_VERSION = 2, HISTORY_LINE = 256 };
+
+static char *historyPath(const char *pDest)
+{
+    return OV_instStrPrint(HISTORY_PLACE, pDest, s_caFolder, OV_instGetHistoryFile());
+}
+
+/* ---- writing ---- */
+
+static FILE *openForWriting(const char *pDest, const char *pMode)
+{
+    OwnedText path(historyPath(pDest));
+    FILE *pFile = path ? OV_instGuardedFopen(path.get(), pMode) : nullptr;
+
+    if (!pFile)
+        printf("Unable to open %s\n", path ? path.get() : "");
+    return pFile;
+}
+
+void OV_InitHistoryFile(const char *pDest, const char *pProductName, const char *pProductVersion)
+{
+    OwnedText folder(OV_instStrPrint("%s/%s", pDest, s_caFolder));
+
+    if (folder)
+        (void)OV_instMkdir(folder.get(), OV_DIRECTORY_MODE, nullptr); /* the opening tells */
+    OwnedFile file(openForWriting(pDest, "w"));
+    if (!file)
+        return;
+    fprintf(file.get(), "%s %d\n", s_caVersionWord, HISTORY_VERSION);
+    fprintf(file.get(), "%s\n", pProductName);
+    fprintf(file.get(), "%s\n", pProductVersion);
+    fprintf(file.get(), "%s\n", OV_instGetSourceDirectory());
+}
+
+void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite)
+{
+    OwnedFile file(openForWriting(pDest, "a"));
+
+    if (!file)
+        return;
+    for (_OV_InstPackageNode *pNode = pSuite ? pSuite->pPackHead : nullptr; pNode;
+         pNode = pNode->pNext)
+        fprintf(file.get(), "%s \"%s\" Installed\n", s_caPackageWord, pNode->pPackage->pName);
+}
+
+void OV_RemoveHistoryFile(const char *pDest)
+{
+    OwnedText path(historyPath(pDest));
+
+    if (path)
+        (void)OV_instGuardedRemove(path.get()); /* there may be none */
+}
+
+/* ---- finding ---- */
+
+/* Opens the history of a tree that pPath leads into, and cuts pPath just before the product
+ * directory. Null when pPath does not name that directory or holds no history. */
+static FILE *openInTree(char *pPath, const char *pProductDirectory)
+{
+    char *pFound =
+        pProductDirectory && pProductDirectory[0] ? strstr(pPath, pProductDirectory) : nullptr;
+    FILE *pFile;
+
+    if (!pFound)
+        return nullptr;
+    OwnedText inFolder(historyPath(pPath));
+    pFile = inFolder ? OV_instGuardedFopen(inFolder.get(), "r+") : nullptr;
+    if (!pFile) {
+        OwnedText beside(OV_instStrPrint("%s/%s", pPath, OV_instGetHistoryFile()));
+        pFile = beside ? OV_instGuardedFopen(beside.get(), "r+") : nullptr;
+    }
+    if (pFile)
+        *pFound = '\0';
+    return pFile;
+}
+
+/* Looks around the medium for an installed tree to maintain. */
+static FILE *openAroundMedium(_OV_instCDinst *pRoot)
+{
+    OwnedText real(OV_instGetRealPath(pRoot->pSourceDir));
+    const char *pDirectory = pRoot->pProductDirectory;
+    bool bInSource = real && pDirectory && pDirectory[0] && strstr(real.get(), pDirectory);
+    /* The running directory's buffer itself is cut: meant so. */
+    char *pPath = bInSource ? real.get() : OV_instGetRunningDirectory();
+    FILE *pFile = openInTree(pPath, pDirectory);
+
+    if (pFile)
+        (void)OV_instSetRootDestination(pPath); /* without memory the old one stays */
+    return pFile;
+}
+
+static FILE *openHistory(_OV_instCDinst *pRoot, const char *pDest)
+{
+    OwnedText path(historyPath(pDest));
+    FILE *pFile = path ? OV_instGuardedFopen(path.get(), "r+") : nullptr;
+
+    return pFile ? pFile : openAroundMedium(pRoot);
+}
+
+/* ---- reading ---- */
+
+static bool isVersionLine(const char *pLine)
+{
+    char caWord[HISTORY_LINE];
+    int iVersion = 0;
+
+    return sscanf(pLine, "%255s %d", caWord, &iVersion) == 2 &&
+           strcmp(caWord, s_caVersionWord) == 0 && iVersion == HISTORY_VERSION;
+}
+
+static void cutNewline(char *pLine)
+{
+    pLine[strcspn(pLine, "\n")] = '\0';
+}
+
+/* Reads the four header lines, leaving the source directory in pSource (4096 bytes). */
+static bool readHeader(FILE *pFile, const char *pProductName, const char *pProductVersion,
+                       char *pSource)
+{
+    char caLine[HISTORY_LINE];
+
+    if (!fgets(caLine, sizeof(caLine), pFile) || !isVersionLine(caLine))
+        return false;
+    if (!fgets(caLine, sizeof(caLine), pFile) || !strstr(caLine, pProductName))
+        return false;
+    if (!fgets(caLine, sizeof(caLine), pFile) ||
+        !CompareProductVersions(pProductName, pProductVersion, caLine))
+        return false;
+    if (!fgets(pSource, OV_INST_PATH_SIZE, pFile))
+        return false;
+    cutNewline(pSource);
+    return pSource[0] != '\0';
+}
+
+/* The package a line names, cut out of the line in place; null for any other line. */
+static char *packageOf(char *pLine)
+{
+    char caFirst[HISTORY_LINE];
+    char caSecond[HISTORY_LINE];
+    char *pOpening;
+    char *pClosing;
+
+    if (sscanf(pLine, "%255s %255s", caFirst, caSecond) != 2 ||
+        strcmp(caFirst, s_caPackageWord) != 0)
+        return nullptr;
+    pOpening = strchr(pLine, '"');
+    pClosing = pOpening ? strchr(pOpening + 1, '"') : nullptr;
+    if (!pClosing)
+        return nullptr;
+    *pClosing = '\0';
+    return pOpening + 1;
+}
+
+static void markPackages(FILE *pFile, _OV_instCDinst *pRoot)
+{
+    char caLine[HISTORY_LINE];
+
+    while (fgets(caLine, sizeof(caLine), pFile)) {
+        const char *pName = packageOf(caLine);
+        if (pName)
+            OV_instMarkPackageInstalled(pRoot, pName);
+    }
+}
+
+static bool isInstalled(const _OV_InstSuiteList *pSuite)
+{
+    for (_OV_InstPackageNode *pNode = pSuite->pPackHead; pNode; pNode = pNode->pNext)
+        if (!pNode->pPackage->iInstalled)
+            return false;
+    return true; /* also without packages */
+}
+
+static void markSuites(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
+                       _OV_InstSuiteList *pSuites)
+{
+    for (; pSuites; pSuites = pSuites->pNext) {
+        if (!isInstalled(pSuites))
+            continue;
+        pSuites->iState = 1;
+        (void)OV_instFindAndMarkConfig(pRoot, pConfig, pSuites, 1); /* need not be offered */
+    }
+}
+
+static void clearConfig(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
+{
+    if (!pConfig)
+        return;
+    if (pConfig->iType == OV_CONFIG_CUSDLG)
+        OV_instResetAllConfig(pRoot, pConfig, 0);
+    pConfig->iSelected = 0;
+    pConfig->iInstalled = 0;
+}
+
+int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
+                          _OV_InstSuiteList *pSuites, const char *pDest, const char *pProductName,
+                          const char *pProductVersion)
+{
+    char caSource[OV_INST_PATH_SIZE];
+
+    if (!pSuites || !pDest || !pDest[0])
+        return 0;
+    OwnedFile file(openHistory(pRoot, pDest));
+    if (!file)
+        return 0;
+    if (!readHeader(file.get(), pProductName, pProductVersion, caSource)) {
+        puts("History file empty, corrupt, or out-of-date");
+        return 0;
+    }
+    (void)OV_instSetSourceDirectory(caSource); /* ends the process when it fails */
+    clearConfig(pRoot, pConfig);
+    markPackages(file.get(), pRoot);
+    markSuites(pRoot, pConfig, pSuites);
+    return 1;
+}
+
+static void showVersions(const char *pFormat, const char *pProductName, const char *pRecorded)
+{
+    OwnedText recorded(strdup(pRecorded));
+
+    if (recorded && strlen(pRecorded) > 1)
+        cutNewline(recorded.get());
+    OwnedText message(OV_instStrPrint(pFormat, pProductName, recorded ? recorded.get() : ""));
+    (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), message.get(), "OK", nullptr,
+                                    nullptr);
+}
+
+int CompareProductVersions(const char *pProductName, const char *pProductVersion,
+                           const char *pRecorded)
+{
+    long lProduct = strtol(pProductVersion, nullptr, 10);
+    long lRecorded = strtol(pRecorded, nullptr, 10);
+
+    if (lProduct > lRecorded)
+        showVersions("Setup has detected an older version of %s (%s)\n"
+                     "Before installing, you should select Remove All.",
+                     pProductName, pRecorded);
+    else if (lProduct < lRecorded)
+        showVersions("Setup has detected a newer version of %s (%s)\n"
+                     "It is highly recommended that you not continue.",
+                     pProductName, pRecorded);
+    return 1;
+}

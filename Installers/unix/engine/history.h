@@ -1,0 +1,30 @@
+/* The history file: what was installed, from where, and which packages are on disk. Its presence
+ * makes the next run one of maintenance. Lines: version of the format, product name, product
+ * version, source directory, then one per package. */
+#ifndef OVINST_ENGINE_HISTORY_H
+#define OVINST_ENGINE_HISTORY_H
+
+#include "description/model.h"
+
+/* Writes the four header lines, replacing an earlier file; a file that cannot be opened is told on
+ * standard output. */
+void OV_InitHistoryFile(const char *pDest, const char *pProductName, const char *pProductVersion);
+
+/* Appends one line for every package of the suite. */
+void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite);
+
+void OV_RemoveHistoryFile(const char *pDest);
+
+/* The check at start-up. 1 for an earlier installation (in pDest, or in a tree of the product that
+ * the medium or the program lies in, which then becomes the root destination): its source
+ * directory is taken over and what it holds is marked installed, from pConfig down. Else 0. */
+int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
+                          _OV_InstSuiteList *pSuites, const char *pDest, const char *pProductName,
+                          const char *pProductVersion);
+
+/* Warns when the leading numbers of the versions differ. Always 1: a difference never stops the
+ * check. */
+int CompareProductVersions(const char *pProductName, const char *pProductVersion,
+                           const char *pRecorded);
+
+#endif

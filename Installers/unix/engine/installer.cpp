@@ -1,0 +1,424 @@
+#include "engine/installer.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/select.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "engine/driver.h"
+#include "engine/fileOps.h"
+#include "engine/history.h"
+#include "engine/records.h"
+#include "engine/registry.h"
+#include "engine/selection.h"
+#include "engine/setupState.h"
+#include "engine/sizes.h"
+#include "engine/toolChest.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/OVinstLogfile.h"
+#include "ut/debugLevel.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+enum {
+    PIPE_SIZE = 1024 * 1024, /* so that the child seldom waits for the reader */
+    RECORD_LIMIT = 4095,     /* the longest piece of a record that is handled at once */
+    READ_SIZE = 65536
+};
+
+static struct {
+    int sRemoveAll; /* of the current run */
+} s_run;
+
+static Widget mainShell()
+{
+    return OV_instGetMainTopLevelShell();
+}
+
+static void tellUser(const char *pText)
+{
+    (void)OV_instOkCancelMessageBox(mainShell(), pText, "OK", nullptr, nullptr);
+}
+
+/* ---- the child ---- */
+
+struct ChildRun {
+    _OV_instCDinst *pRoot;
+    _OV_InstConfigList *pConfig;
+    const char *pDest;
+    FILE *pStream;
+};
+
+static int runPasses(const ChildRun *pRun, const OV_CustomPass *aPasses, int iCount,
+                     OV_InstMode iMode)
+{
+    int iMask = 0;
+
+    for (int i = 0; i < iCount; i++)
+        iMask |= OV_instInstallConfig(pRun->pRoot, pRun->pConfig, pRun->pDest, pRun->pStream,
+                                      aPasses[i], iMode);
+    return iMask;
+}
+
+static int copyDescription(const ChildRun *pRun, int iRemoveAll)
+{
+    OwnedText name(OV_instBasename(pRun->pRoot->pCdinstPath));
+    OwnedText target(name ? OV_instBuildPath(pRun->pDest, name.get(), nullptr) : nullptr);
+    struct stat info = {};
+
+    if (stat(pRun->pRoot->pCdinstPath, &info) < 0)
+        info.st_mode = 0644; /* the copy will tell that it is not there */
+    return OV_instCopyFile(name.get(), target.get(), static_cast<int>(info.st_mode & 07777),
+                           info.st_size, pRun->pStream, iRemoveAll);
+}
+
+/* What was reported must survive a power cut. */
+static void synchronise(const char *pDest)
+{
+    OwnedFd directory(open(pDest, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+
+    if (directory.iFd >= 0)
+        (void)syncfs(directory.iFd); /* the medium's errors were told where they happened */
+}
+
+static int runRegistryAndPost(const ChildRun *pRun)
+{
+    static const OV_CustomPass s_registry[] = {OV_CUSTOM_REGISTRY};
+    static const OV_CustomPass s_post[] = {OV_CUSTOM_POST};
+    int iMask;
+
+    OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_PASS_COMPLETED);
+    OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_REGISTRY);
+    iMask = runPasses(pRun, s_registry, 1, OV_INST_INSTALL_MODE);
+    OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_REGISTRY_DONE);
+    return iMask | runPasses(pRun, s_post, 1, OV_INST_INSTALL_MODE);
+}
+
+int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll,
+                           FILE *pStream)
+{
+    static const OV_CustomPass s_removal[] = {OV_CUSTOM_PRE, OV_CUSTOM_INIT, OV_CUSTOM_POST};
+    static const OV_CustomPass s_install[] = {OV_CUSTOM_PRE, OV_CUSTOM_INIT};
+    OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
+    ChildRun run = {pRoot, pConfig, dest.get(), pStream};
+    int iMask;
+
+    if (!iRemoveAll) {
+        OV_InitHistoryFile(run.pDest, OV_instGetProductName(), OV_instGetProductVersion());
+        OV_instUpdateNumInUseFlag(pRoot, pConfig, 1);
+        OV_instUpdateNumInUseFlag(pRoot, pConfig, 0);
+    }
+    OV_instSendUpdate(pStream, "%s\n", OV_RECORD_START);
+    OV_instSendUpdate(pStream, "%s\n", OV_RECORD_REMOVING);
+    iMask = runPasses(&run, s_removal, 3, OV_INST_DELETE_MODE);
+    OV_instSendUpdate(pStream, "%s\n", OV_RECORD_INSTALLING);
+    iMask |= runPasses(&run, s_install, 2, OV_INST_INSTALL_MODE);
+    iMask |= copyDescription(&run, iRemoveAll);
+    iMask |= runRegistryAndPost(&run);
+    if (iMask) {
+        (void)OV_instUpdateLogfile("Error during the installation\n"); /* the log is optional */
+        OV_instSendUpdate(pStream, "%s\n", OV_RECORD_ERROR);
+    } else {
+        (void)OV_instUpdateLogfile("Installation Completed\n");
+    }
+    synchronise(run.pDest);
+    OV_instSendUpdate(pStream, "%s\n", OV_RECORD_COMPLETED);
+    (void)fclose(pStream); /* everything was flushed */
+    OV_instChangeResgitryPermission(run.pDest);
+    if (iRemoveAll)
+        OV_RemoveHistoryFile(run.pDest);
+    return iMask;
+}
+
+/* A child never outlives its parent, not even while it is stopped. */
+static void dieWithParent(pid_t iParent)
+{
+    (void)prctl(PR_SET_PDEATHSIG, SIGKILL); /* fails for a bad signal only */
+    if (getppid() != iParent)
+        _exit(1);
+}
+
+[[noreturn]] static void childMain(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
+                                   pid_t iParent, FILE *pRead, FILE *pWrite)
+{
+    int iMask;
+
+    dieWithParent(iParent);
+    (void)fclose(pRead);
+    (void)signal(SIGCHLD, SIG_DFL);
+    iMask = OV_instRunInstallation(pRoot, pConfig, s_run.sRemoveAll, pWrite);
+    (void)fflush(nullptr); /* _exit leaves the parent's exit handlers alone, and buffers too */
+    _exit(iMask ? (iMask & 0xff ? iMask & 0xff : 1) : 0);
+}
+
+/* ---- preparing a run ---- */
+
+static void setTotal(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
+{
+    uint64_t ulTotal = static_cast<uint64_t>(OV_instGetTrueSize(pRoot, pConfig, 1, 1));
+    struct stat info;
+
+    if (OV_instGetDebugLevel() > 0)
+        fprintf(stderr, "Total size=%d\n", static_cast<int>(ulTotal));
+    if (stat(pRoot->pCdinstPath, &info) == 0) {
+        ulTotal += static_cast<uint64_t>(info.st_size);
+        if (OV_instGetDebugLevel() > 0)
+            fprintf(stderr, "Total size +  cdinst=%d\n", static_cast<int>(ulTotal));
+    }
+    SetProgressBarTotalSize(ulTotal);
+}
+
+/* The pipe as two streams, its ends closed in whatever commands the child starts. 0 or 1. */
+static int openPipe(OwnedFile *pRead, OwnedFile *pWrite)
+{
+    int aEnds[2];
+
+    if (pipe2(aEnds, O_CLOEXEC) < 0) {
+        fputs("Error creating pipe\n", stderr);
+        return 1;
+    }
+    (void)fcntl(aEnds[1], F_SETPIPE_SZ, PIPE_SIZE); /* the default will do */
+    pRead->reset(fdopen(aEnds[0], "r"));
+    pWrite->reset(fdopen(aEnds[1], "w"));
+    if (*pRead && *pWrite)
+        return 0;
+    fputs("Could not convert pipe to stream\n", stderr);
+    for (int i = 0; i < 2; i++)
+        if (!(i ? *pWrite : *pRead))
+            (void)close(aEnds[i]);
+    return 1;
+}
+
+/* Opens the log of a description that names one. 0, or 1 when its place cannot be made. */
+static int startLog(const _OV_instCDinst *pRoot, const char *pDest, FILE *pStream)
+{
+    if (!pRoot->pLogFile || !pRoot->pLogFile[0])
+        return 0;
+    OwnedText path(OV_instBuildPath(pDest, pRoot->pLogFile, nullptr));
+    OwnedText directory(path ? OV_instDirname(path.get()) : nullptr);
+    if (!directory || OV_instMkdir(directory.get(), OV_DIRECTORY_MODE, pStream) < 0) {
+        tellUser("Error while setting up logfile");
+        return 1;
+    }
+    (void)OV_instInitLogfileAndTimeStamp(
+        path.get()); /* a log that cannot be opened stops nothing */
+    return 0;
+}
+
+static void logMode(const _OV_instCDinst *pRoot)
+{
+    if (OV_instMaintenanceExists())
+        (void)OV_instUpdateLogfile("Running in Maintenance mode\n"); /* the log is optional */
+    if (s_run.sRemoveAll)
+        (void)OV_instUpdateLogfile("Removing All Files\n");
+    else if (pRoot->bChestRC)
+        (void)OV_instAddSinclude(nullptr, OV_instGetRootDestinationDirectory()); /* it tells */
+}
+
+/* ---- the unattended reader ---- */
+
+void OV_instProcessUpdate(const char *pLine, uint64_t ulTotal)
+{
+    static uint64_t s_ulSum = 0;
+    const char *pText = nullptr;
+    int64_t lCount;
+
+    if (!pLine) {
+        if (!ulTotal)
+            s_ulSum = 0;
+        return;
+    }
+    if (!pLine[0])
+        return;
+    lCount = OV_instRecordCount(pLine, &pText);
+    if (lCount < 0) {
+        fprintf(stderr, "Error: %s\n", pText);
+        (void)OV_instUpdateLogfile("%s\n", pText); /* the log is optional */
+        return;
+    }
+    if (strncmp(pLine, OV_RECORD_LOG, strlen(OV_RECORD_LOG)) == 0)
+        (void)OV_instUpdateLogfile("%s\n", pLine + strlen(OV_RECORD_LOG));
+    s_ulSum += static_cast<uint64_t>(lCount);
+    printf("Status:%6.2f%%\r",
+           ulTotal ? static_cast<double>(s_ulSum) / static_cast<double>(ulTotal) * 100.0 : 100.0);
+}
+
+static void onRecord(const char *pLine, void *pTotal)
+{
+    OV_instProcessUpdate(pLine, *static_cast<uint64_t *>(pTotal));
+}
+
+/* Waits up to a second for the pipe. 1 when it can be read, 0 when not yet, -1 for a failure. */
+static int waitForRecords(int iFd)
+{
+    struct timeval timeout = {1, 0};
+    fd_set readable;
+    int iReady;
+
+    FD_ZERO(&readable);
+    FD_SET(iFd, &readable);
+    iReady = select(iFd + 1, &readable, nullptr, nullptr, &timeout);
+    if (iReady < 0)
+        return errno == EINTR ? 0 : -1;
+    return iReady > 0 ? 1 : 0;
+}
+
+/* Handles records until the pipe's end. Everything that has arrived is handled before waiting
+ * again, so that the status is never late. */
+static void readRecords(int iFd, uint64_t ulTotal)
+{
+    OV_RecordSplitter splitter = OV_instNewSplitter(RECORD_LIMIT);
+    char caBytes[READ_SIZE];
+    int iReady;
+
+    OV_instProcessUpdate(nullptr, 0);
+    while (splitter.pBuffer && (iReady = waitForRecords(iFd)) >= 0) {
+        ssize_t iRead = iReady ? read(iFd, caBytes, sizeof(caBytes)) : -1;
+
+        if (iRead == 0 || (iReady && iRead < 0 && errno != EINTR))
+            break;
+        if (iRead < 0)
+            continue;
+        OV_instSplitRecords(&splitter, caBytes, static_cast<size_t>(iRead), onRecord, &ulTotal);
+        (void)fflush(stdout);
+    }
+    OV_instSplitRest(&splitter, onRecord, &ulTotal);
+    OV_instFreeSplitter(&splitter);
+}
+
+/* The child has closed the pipe, or is dead; what it still does takes a moment. Its status is not
+ * looked at: what failed was told record by record. */
+static void waitForChild(pid_t iChild)
+{
+    while (waitpid(iChild, nullptr, 0) < 0 && errno == EINTR)
+        ;
+}
+
+void OV_instChildHandler(int iSignal)
+{
+    (void)signal(iSignal, OV_instChildHandler);
+}
+
+static int followRun(pid_t iChild, OwnedFile *pRead, OwnedFile *pWrite)
+{
+    pWrite->reset();
+    readRecords(fileno(pRead->get()), GetProgressBarTotalSize());
+    pRead->reset();
+    waitForChild(iChild);
+    printf("\n");
+    (void)fflush(stdout);
+    return 0;
+}
+
+/* ---- starting a run ---- */
+
+static bool canStart(const _OV_instCDinst *pRoot, const _OV_InstConfigList *pConfig)
+{
+    return pRoot && pConfig && GetRootDestinationDirectory(pRoot) && GetDestinationDirectory(pRoot);
+}
+
+int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll)
+{
+    OwnedFile fromChild;
+    OwnedFile toParent;
+    pid_t iParent = getpid();
+    pid_t iChild;
+
+    s_run.sRemoveAll = iRemoveAll;
+    if (!canStart(pRoot, pConfig)) {
+        fputs("Invalid arguments to CommandLineInstall\n", stderr);
+        return 1;
+    }
+    OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
+    setTotal(pRoot, pConfig);
+    if (openPipe(&fromChild, &toParent) != 0)
+        return 1;
+    (void)signal(SIGCHLD, OV_instChildHandler);
+    OV_instCatchBrokenPipes();
+    if (OV_instMkdir(dest.get(), OV_DIRECTORY_MODE, nullptr) < 0) {
+        tellUser("Unable to create install directory");
+        return 1;
+    }
+    if (startLog(pRoot, dest.get(), toParent.get()) != 0)
+        return 1;
+    logMode(pRoot);
+    (void)fflush(nullptr); /* or the child would print what is pending once more */
+    iChild = fork();
+    if (iChild < 0) {
+        fputs("Can't fork\n", stderr);
+        return 1;
+    }
+    if (iChild == 0)
+        childMain(pRoot, pConfig, iParent, fromChild.release(), toParent.release());
+    return followRun(iChild, &fromChild, &toParent);
+}
+
+int OV_instInterfaceInstall(_OV_instCDinst *, const char *, FILE **ppStream, pid_t *piChild)
+{
+    int aEnds[2];
+    FILE *pRead;
+    FILE *pWrite;
+
+    if (pipe2(aEnds, O_CLOEXEC) < 0) {
+        fputs("Could not create a pipe\n", stderr);
+        exit(1);
+    }
+    pRead = fdopen(aEnds[0], "r");
+    pWrite = fdopen(aEnds[1], "w");
+    if (!pRead || !pWrite) {
+        fputs("Could not convert pipe to stream\n", stderr);
+        exit(1);
+    }
+    (void)signal(SIGCHLD, OV_instChildHandler);
+    (void)fflush(nullptr); /* or the child would print what is pending once more */
+    *piChild = fork();
+    if (*piChild < 0) {
+        (void)fclose(pRead);
+        (void)fclose(pWrite);
+        return -1;
+    }
+    (void)fclose(*piChild ? pWrite : pRead);
+    *ppStream = *piChild ? pRead : pWrite;
+    return 0;
+}
+
+/* ---- before a run from the dialogs ---- */
+
+static int refuse(const char *pFormat, const char *pPath)
+{
+    OwnedText message(OV_instStrPrint(pFormat, pPath));
+
+    if (message)
+        tellUser(message.get());
+    return 0;
+}
+
+int OV_instPreInstallCheck(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
+{
+    struct stat info;
+
+    OV_instUpdateNumInUseFlag(pRoot, pConfig, 1);
+    OV_instUpdateNumInUseFlag(pRoot, pConfig, 0);
+    if (OV_instNumPackagesAffected(pRoot, pConfig) <= 0)
+        return refuse("%s", "Nothing to Install/Remove");
+    OwnedText dest(strdup(GetDestinationDirectory(pRoot) ? GetDestinationDirectory(pRoot) : ""));
+    OwnedText root(
+        strdup(GetRootDestinationDirectory(pRoot) ? GetRootDestinationDirectory(pRoot) : ""));
+    if (OV_instMkdir(dest.get(), OV_DIRECTORY_MODE, nullptr) < 0)
+        return refuse("Unable to create install directory:\n%s", dest.get());
+    if (stat(root.get(), &info) < 0)
+        return 1;
+    if (!S_ISDIR(info.st_mode))
+        return refuse("Install path is not a directory:\n%s", root.get());
+    if (!(info.st_mode & S_IRUSR) || !(info.st_mode & S_IWUSR))
+        return refuse("Install path does not have read/write permissions:\n%s", root.get());
+    return 1;
+}

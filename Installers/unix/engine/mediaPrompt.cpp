@@ -1,0 +1,45 @@
+#include "engine/mediaPrompt.h"
+
+#include <cstdlib>
+
+#include "engine/records.h"
+#include "engine/setupState.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+enum { ANSWER_CONTINUE = 0, ANSWER_BROWSE = 1, ANSWER_ABORT = 2 };
+
+int OV_instAbortRetryMessageBox(FILE *, const char *pLabel, const char *pFile, char **ppSource)
+{
+    int iAnswer;
+
+    if (!ppSource) {
+        puts("NULL pSource passed to OV_instAbortRetryMessageBox");
+        return ANSWER_CONTINUE;
+    }
+    OwnedText message(OV_instStrPrint("%s: %s", pLabel, pFile));
+    iAnswer = OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), message.get(), "Continue",
+                                        "Browse...", "Abort");
+    return iAnswer;
+}
+
+int OV_instQueryForSource(FILE *pStream, const char *pLabel, const char *pFile)
+{
+    char *pPicked = nullptr;
+    int iAnswer;
+
+    do {
+        iAnswer = OV_instAbortRetryMessageBox(pStream, pLabel, pFile, &pPicked);
+    } while (iAnswer == ANSWER_BROWSE && !pPicked);
+    OwnedText picked(pPicked);
+    if (iAnswer == ANSWER_BROWSE) {
+        (void)OV_instSetSourceDirectory(picked.get()); /* ends the process when it fails */
+        return 1;
+    }
+    if (iAnswer == ANSWER_ABORT)
+        OV_instSendUpdate(pStream, "-1 abort\n");
+    else if (iAnswer != ANSWER_CONTINUE)
+        puts("OV_instQueryForSource received a bogus value");
+    return 0;
+}

@@ -1,0 +1,192 @@
+#include "engine/registry.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+
+#include "engine/records.h"
+#include "engine/setupState.h"
+#include "ut/OVinstExpand.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+#include "ut/shellWord.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+#define REGISTRY_TOOL "${MWHOME}/bin-amd64_linux/mwperl ${MWHOME}/scripts/mwgeneric.pl"
+#define REGISTRY_TOOL_QUOTED                                                                       \
+    "\"${MWHOME}/bin-amd64_linux/mwperl\" \"${MWHOME}/scripts/mwgeneric.pl\""
+#define REGISTRY_PLACE                                                                             \
+    "(cd %s;OV_HOME=%s;export OV_HOME;MWHOME=%sApplication/mainwin/mw;export MWHOME;"              \
+    "MWREGISTRY=%sApplication/registry;export MWREGISTRY;"
+
+static const char s_caLocation[] = "OV_LOCATION";
+
+/* Registrations gathered so far, and whether they were carried out. */
+static struct {
+    char *pCommand;
+    int iDone;
+} s_selfReg;
+
+static int regDataFailure(FILE *pStream, int iPlace)
+{
+    OV_instSendUpdate(pStream, "-1 Error: internal error in OV_instAddRegData (%d)\n", iPlace);
+    return OV_INST_ERROR;
+}
+
+static int selfRegFailure(FILE *pStream, int iPlace)
+{
+    OV_instSendUpdate(pStream, "-1 Error: internal error in OV_instRegisterModule (%d)\n", iPlace);
+    return OV_INST_ERROR;
+}
+
+static bool hasDisplay()
+{
+    return OV_instGetMainTopLevelShell() || getenv("DISPLAY");
+}
+
+static char *expandDestination(const char *pText, const char *pDest)
+{
+    const _OV_InstExpansion aTable[] = {
+        {'d', pDest  },
+        {0,   nullptr}
+    };
+
+    return OV_instExpandString(pText, aTable);
+}
+
+/* The value as it stands between the command's quotes: what the description wrote for the shell
+ * stays, the destination is taken literally. */
+static char *quotedValue(const char *pValue, const char *pDest)
+{
+    OwnedText text(OV_instShellQuotedText(pValue));
+    OwnedText dest(OV_instShellQuotedPath(pDest));
+
+    return text && dest ? expandDestination(text.get(), dest.get()) : nullptr;
+}
+
+/* The shell splits the tool's path where the destination has blanks, unless it is quoted. */
+static const char *toolFor(const char *pDest, const char *pDestWord)
+{
+    return strcmp(pDest, pDestWord) == 0 ? REGISTRY_TOOL : REGISTRY_TOOL_QUOTED;
+}
+
+static char *regDataCommand(const char *pDest, const char *pRootKey, const char *pKeyName,
+                            const char *pKeyValue, const char *pValue)
+{
+    OwnedText dest(OV_instShellWord(pDest));
+    OwnedText root(OV_instShellWord(pRootKey));
+    OwnedText name(OV_instShellQuotedText(pKeyName));
+    OwnedText key(OV_instShellQuotedText(pKeyValue));
+    OwnedText value(quotedValue(pValue, pDest));
+
+    if (!dest || !root || !name || !key || !value)
+        return nullptr;
+    return OV_instStrPrint(REGISTRY_PLACE "%s Application/mainwin/mw/bin-linux_optimized/regkey"
+                                          " -r %s \"%s\" \"%s\" \"%s\") %s",
+                           dest.get(), dest.get(), dest.get(), dest.get(),
+                           toolFor(pDest, dest.get()), root.get(), name.get(), key.get(),
+                           value.get(), OV_instGetRedirect());
+}
+
+int OV_instRegData(const char *pDest, const char *pRootKey, const char *pKeyName,
+                   const char *pKeyValue, const char *pValue, FILE *pStream)
+{
+    if (!pDest || !pRootKey || !pKeyName || !pKeyValue || !pValue)
+        return regDataFailure(pStream, 0);
+    OwnedText expanded(expandDestination(pValue, pDest));
+    if (!expanded)
+        return regDataFailure(pStream, 0);
+    if (!hasDisplay()) {
+        OV_instSendUpdate(pStream, "Warning: (no display) can't add data to registry\n");
+        return OV_INST_NO_ERROR;
+    }
+    OwnedText command(regDataCommand(pDest, pRootKey, pKeyName, pKeyValue, pValue));
+    if (!command)
+        return regDataFailure(pStream, 2);
+    if (system(command.get()) != 0) {
+        OV_instSendUpdate(pStream,
+                          "-1 Error: adding rootkey=%s keyname=%s, keyvalue=%s, value=%s\n",
+                          pRootKey, pKeyName, pKeyValue, expanded.get());
+        return OV_INST_ERROR;
+    }
+    return OV_INST_NO_ERROR;
+}
+
+/* Adds a module to the gathered command. */
+static int gatherModule(const char *pDest, const char *pModule, FILE *pStream)
+{
+    OwnedText path(OV_instStrPrint("%s%s", pDest, pModule));
+    OwnedText word(OV_instShellWord(path.get()));
+    char *pCommand = nullptr;
+
+    if (word && !s_selfReg.pCommand)
+        pCommand = OV_instStrPrint("Application/bin/cmdreg %s", word.get());
+    else if (word)
+        pCommand = OV_instStrPrint("%s %s", s_selfReg.pCommand, word.get());
+    if (!pCommand)
+        return selfRegFailure(pStream, s_selfReg.pCommand ? 2 : 1);
+    free(s_selfReg.pCommand);
+    s_selfReg.pCommand = pCommand;
+    return OV_INST_NO_ERROR;
+}
+
+static int runRegistrations(const char *pCommonDest, const char *pDest, const char *pModule,
+                            FILE *pStream)
+{
+    OwnedText gathered(s_selfReg.pCommand);
+
+    s_selfReg.pCommand = nullptr;
+    s_selfReg.iDone = 1;
+    if (!gathered)
+        return selfRegFailure(pStream, 4);
+    if (!hasDisplay()) {
+        OV_instSendUpdate(pStream, "Warning: (no display) can't register module %s\n", pModule);
+        return OV_INST_NO_ERROR;
+    }
+    OwnedText dest(OV_instShellWord(pDest));
+    OwnedText common(OV_instShellWord(pCommonDest ? pCommonDest : ""));
+    OwnedText command(
+        dest && common
+            ? OV_instStrPrint(REGISTRY_PLACE "OV_COMMONDIR=%s;export OV_COMMONDIR;%s %s) %s",
+                              dest.get(), dest.get(), dest.get(), dest.get(), common.get(),
+                              toolFor(pDest, dest.get()), gathered.get(), OV_instGetRedirect())
+            : nullptr);
+    if (!command)
+        return selfRegFailure(pStream, 5);
+    (void)!system(command.get()); /* its status is not examined: meant so */
+    return OV_INST_NO_ERROR;
+}
+
+int OV_instSelfReg(const char *pCommonDest, const char *pDest, const char *pModule, FILE *pStream,
+                   int iPass)
+{
+    if (s_selfReg.iDone || (iPass != OV_CUSTOM_INIT && iPass != OV_CUSTOM_REGISTRY))
+        return OV_INST_NO_ERROR;
+    if (!pDest || !pModule)
+        return selfRegFailure(pStream, 0);
+    if (iPass == OV_CUSTOM_INIT)
+        return gatherModule(pDest, pModule, pStream);
+    return runRegistrations(pCommonDest, pDest, pModule, pStream);
+}
+
+void OV_instChangeResgitryPermission(const char *pDest)
+{
+    OwnedText path(pDest ? OV_instStrPrint("%s/Application/registry", pDest) : nullptr);
+
+    if (path)
+        (void)OV_instGuardedChmod(path.get(), 0644); /* not every product has a registry */
+}
+
+const char *OV_instGetOVLocation()
+{
+    const char *pLocation = getenv(s_caLocation);
+
+    if (!pLocation) {
+        printf("Unable to get %s environment variable\n", s_caLocation);
+        return nullptr;
+    }
+    if (access(pLocation, F_OK) < 0)
+        (void)mkdir(pLocation, 0700); /* who uses the directory notices that it is missing */
+    return pLocation;
+}

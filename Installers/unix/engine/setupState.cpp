@@ -1,0 +1,235 @@
+#include "engine/setupState.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "ut/OVinstFileUtils.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+
+_OV_instCDinst *CDInstPtr = nullptr;
+
+static struct {
+    char runningDirectory[OV_INST_PATH_SIZE];
+    char cdinstDirectory[OV_INST_PATH_SIZE];
+    const char *pRedirect;
+    uint64_t s_ulTotalSize;
+    _OV_InstConfigList *pConfigToInstall;
+    int iMaintenanceExists;
+} s_state = {"", ".", "> /dev/null", 0, nullptr, 0};
+
+static const char s_caCommon[] = "Orvane"; /* the directory that products share */
+
+static const char *textOrEmpty(const char *pText)
+{
+    return pText ? pText : "";
+}
+
+const char *GetProductName(const _OV_instCDinst *pRoot)
+{
+    return textOrEmpty(pRoot ? pRoot->pProductName : nullptr);
+}
+
+const char *GetProductVersion(const _OV_instCDinst *pRoot)
+{
+    return textOrEmpty(pRoot ? pRoot->pProductVersion : nullptr);
+}
+
+const char *OV_instGetProductName()
+{
+    return GetProductName(CDInstPtr);
+}
+
+const char *OV_instGetProductVersion()
+{
+    return GetProductVersion(CDInstPtr);
+}
+
+char *OV_instGetRunningDirectory()
+{
+    return s_state.runningDirectory;
+}
+
+const char *OV_instGetCdinstDirectory()
+{
+    return s_state.cdinstDirectory;
+}
+
+static int keepDirectory(char *pBuffer, const char *pDirectory)
+{
+    if (!pDirectory || strlen(pDirectory) >= OV_INST_PATH_SIZE)
+        return -1;
+    strcpy(pBuffer, pDirectory);
+    return 0;
+}
+
+int OV_instSetRunningDirectory(const char *pDirectory)
+{
+    return keepDirectory(s_state.runningDirectory, pDirectory);
+}
+
+int OV_instSetCdinstDirectory(const char *pDirectory)
+{
+    return keepDirectory(s_state.cdinstDirectory, pDirectory);
+}
+
+/* "ROOT/" or "ROOT/SUB/" without doubled slashes; null when there is no root or no room. */
+static const char *destination(const _OV_instCDinst *pRoot, const char *pSub, char *pBuffer)
+{
+    int iLength;
+
+    if (!pRoot || !pRoot->pInstallDir || !pRoot->pInstallDir[0])
+        return nullptr;
+    iLength = snprintf(pBuffer, OV_INST_PATH_SIZE, pSub ? "%s/%s/" : "%s/", pRoot->pInstallDir,
+                       textOrEmpty(pSub));
+    if (iLength < 0 || iLength >= OV_INST_PATH_SIZE)
+        return nullptr;
+    (void)OV_instRemoveExtraSlash(pBuffer); /* fails for null only */
+    return pBuffer;
+}
+
+const char *GetRootDestinationDirectory(const _OV_instCDinst *pRoot)
+{
+    static char s_caBuffer[OV_INST_PATH_SIZE];
+
+    return destination(pRoot, nullptr, s_caBuffer);
+}
+
+const char *GetDestinationDirectory(const _OV_instCDinst *pRoot)
+{
+    static char s_caBuffer[OV_INST_PATH_SIZE];
+
+    if (!pRoot || !pRoot->pProductDirectory)
+        return nullptr;
+    return destination(pRoot, pRoot->pProductDirectory, s_caBuffer);
+}
+
+const char *OV_instGetRootDestinationDirectory()
+{
+    return GetRootDestinationDirectory(CDInstPtr);
+}
+
+const char *OV_instGetDestinationDirectory()
+{
+    return GetDestinationDirectory(CDInstPtr);
+}
+
+const char *OV_instGetCommonDestinationDirectory()
+{
+    static char s_caBuffer[OV_INST_PATH_SIZE];
+
+    /* The product directory is required although it is not used: meant so. */
+    if (!CDInstPtr || !CDInstPtr->pProductDirectory)
+        return nullptr;
+    return destination(CDInstPtr, s_caCommon, s_caBuffer);
+}
+
+int OV_instSetRootDestination(const char *pPath)
+{
+    char *pCopy = pPath ? strdup(pPath) : nullptr;
+
+    if (!CDInstPtr || !pCopy) {
+        free(pCopy);
+        return -1;
+    }
+    free(CDInstPtr->pInstallDir);
+    CDInstPtr->pInstallDir = pCopy;
+    OV_instSetGuardedRoot(GetRootDestinationDirectory(CDInstPtr));
+    return 0;
+}
+
+const char *GetSourceDirectory(const _OV_instCDinst *pRoot)
+{
+    static char s_caBuffer[PATH_MAX];
+
+    if (!pRoot)
+        return nullptr;
+    if (!pRoot->pSourceDir || !realpath(pRoot->pSourceDir, s_caBuffer))
+        return s_state.runningDirectory;
+    (void)OV_instRemoveExtraSlash(s_caBuffer); /* fails for null only */
+    return s_caBuffer;
+}
+
+const char *OV_instGetSourceDirectory()
+{
+    return GetSourceDirectory(CDInstPtr);
+}
+
+[[noreturn]] static void sourceFailure(const char *pMessage)
+{
+    fputs(pMessage, stderr);
+    exit(1);
+}
+
+const char *OV_instSetSourceDirectory(const char *pPath)
+{
+    char caReal[PATH_MAX];
+    char *pCopy;
+
+    if (!CDInstPtr || !pPath || !pPath[0])
+        sourceFailure("Internal error (input) while setting source directory\n");
+    if (pPath[0] != '/') {
+        if (!realpath(pPath, caReal))
+            sourceFailure("Internal error (realpath) while setting source directory\n");
+        pPath = caReal;
+    }
+    pCopy = strdup(pPath);
+    if (!pCopy)
+        sourceFailure("Internal error (memory allocation) while setting source directory\n");
+    free(CDInstPtr->pSourceDir);
+    CDInstPtr->pSourceDir = pCopy;
+    return pCopy;
+}
+
+const char *OV_instGetHistoryFile()
+{
+    static char s_caBuffer[OV_INST_PATH_SIZE];
+    const char *pName = CDInstPtr ? CDInstPtr->pHistoryFile : nullptr;
+
+    if (!pName)
+        pName = OV_instGetProductName();
+    (void)snprintf(s_caBuffer, sizeof(s_caBuffer), ".%s.his", pName); /* header values are short */
+    return s_caBuffer;
+}
+
+const char *OV_instGetRedirect()
+{
+    return s_state.pRedirect;
+}
+
+void OV_instSetRedirect(const char *pSuffix)
+{
+    s_state.pRedirect = pSuffix;
+}
+
+uint64_t GetProgressBarTotalSize()
+{
+    return s_state.s_ulTotalSize;
+}
+
+void SetProgressBarTotalSize(uint64_t ulTotal)
+{
+    s_state.s_ulTotalSize = ulTotal;
+}
+
+_OV_InstConfigList *GetConfigToInstall()
+{
+    return s_state.pConfigToInstall;
+}
+
+void SetConfigToInstall(_OV_InstConfigList *pConfig)
+{
+    s_state.pConfigToInstall = pConfig;
+}
+
+int OV_instMaintenanceExists()
+{
+    return s_state.iMaintenanceExists;
+}
+
+void OV_instSetMaintenanceExists()
+{
+    s_state.iMaintenanceExists = 1;
+}

@@ -1,0 +1,244 @@
+#include "engine/startup.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <unistd.h>
+
+#include "description/reader.h"
+#include "engine/history.h"
+#include "engine/installer.h"
+#include "engine/selection.h"
+#include "engine/setupState.h"
+#include "engine/sizes.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/debugLevel.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+
+static const char s_caVersion[] = "Setup Version=0311-11:57";
+static const char s_caDefaultDestination[] = "/usr/Orvane/";
+static const char s_caDescription[] = "cdinst.dat";
+
+enum { UNATTENDED_CONFIG = 3 };
+
+/* putenv keeps the very strings. */
+static char s_caLibraryPath[] = "LD_LIBRARY_PATH=";
+static char s_caPath[] = "PATH=/usr/local/sbin:/usr/sbin:/sbin:/bin:/sbin:/usr/bin:/usr/sbin:"
+                         "/usr/local/bin:/usr/local/sbin:/usr/bin/X11:/usr/X11R6/bin:/root/bin";
+
+/* What the options say. */
+struct Options {
+    char *pDescription;
+    char *pDestination;
+    int bNoRoot;
+    int bCommandLine;
+};
+
+void OV_instPrepareEnvironment()
+{
+    const char *pRedirect;
+
+    (void)putenv(s_caLibraryPath); /* fail without memory only, which the next steps notice */
+    (void)putenv(s_caPath);
+    if (getenv("OVINST_DEBUG_MODE"))
+        OV_instSetDebugLevel(1);
+    pRedirect = getenv("OVINST_REDIRECT");
+    if (pRedirect)
+        OV_instSetRedirect(pRedirect);
+}
+
+static void setCdinstDirectory(const char *pDirectory)
+{
+    if (OV_instSetCdinstDirectory(pDirectory) < 0)
+        fputs("Error: OV_instSetCdinstDirectory fatal error\n", stderr);
+}
+
+/* ---- the options ---- */
+
+static void showVersion(Options *, const char *)
+{
+    fprintf(stderr, "%s\n", s_caVersion);
+    exit(1);
+}
+
+static void setNoRoot(Options *pOptions, const char *)
+{
+    pOptions->bNoRoot = 1;
+}
+
+static void setCommandLine(Options *pOptions, const char *)
+{
+    pOptions->bCommandLine = 1;
+}
+
+static char *copyArgument(const char *pArgument)
+{
+    char *pCopy = strdup(pArgument);
+
+    if (!pCopy) {
+        fprintf(stderr, "Error: duplicating '%s'\n", pArgument);
+        exit(1);
+    }
+    return pCopy;
+}
+
+static void setDestination(Options *pOptions, const char *pArgument)
+{
+    free(pOptions->pDestination);
+    pOptions->pDestination = copyArgument(pArgument);
+}
+
+static void setDescription(Options *pOptions, const char *pArgument)
+{
+    OwnedText directory(OV_instDirname(pArgument));
+
+    free(pOptions->pDescription);
+    pOptions->pDescription = copyArgument(pArgument);
+    setCdinstDirectory(directory.get());
+}
+
+struct OptionRow {
+    const char *pName;
+    void (*apply)(Options *pOptions, const char *pArgument);
+    const char *pMissing; /* the message for a missing argument; null when there is none */
+};
+
+static const OptionRow s_aOptions[] = {
+    {"-v",       showVersion,    nullptr                                     },
+    {"-version", showVersion,    nullptr                                     },
+    {"-noroot",  setNoRoot,      nullptr                                     },
+    {"-cmdline", setCommandLine, nullptr                                     },
+    {"-dest",    setDestination, "Error: option -dest requires an argument\n"},
+    {"-from",    setDescription, "Error: option -from requires an argument\n"},
+    {nullptr,    nullptr,        nullptr                                     },
+};
+
+static const OptionRow *findOption(const char *pName)
+{
+    for (const OptionRow *pRow = s_aOptions; pRow->pName; pRow++)
+        if (strcmp(pRow->pName, pName) == 0)
+            return pRow;
+    fprintf(stderr, "Error: invalid option '%s'\n", pName);
+    exit(1);
+}
+
+static void readOptions(int argc, char **argv, Options *pOptions)
+{
+    for (int i = 1; i < argc; i++) {
+        const OptionRow *pRow = findOption(argv[i]);
+
+        if (pRow->pMissing && ++i >= argc) {
+            fputs(pRow->pMissing, stderr);
+            exit(1);
+        }
+        pRow->apply(pOptions, argv[i]);
+    }
+}
+
+/* ---- what the options leave open ---- */
+
+static void findRunningDirectory(const char *pProgram)
+{
+    OwnedText directory(OV_instGetRealPath(pProgram));
+
+    if (!directory || OV_instSetRunningDirectory(directory.get()) < 0) {
+        fprintf(stderr, "Error: can't get directory of %s\n", pProgram);
+        exit(1);
+    }
+}
+
+static char *descriptionBeside(const char *pProgram)
+{
+    OwnedText directory(OV_instDirname(pProgram));
+    char *pPath;
+
+    if (!directory) {
+        fprintf(stderr, "Error: can't get dirname of %s\n", pProgram);
+        exit(1);
+    }
+    pPath = OV_instStrPrint("%s%s", directory.get(), s_caDescription);
+    if (!pPath) {
+        fputs("Error: out of memory\n", stderr);
+        exit(1);
+    }
+    setCdinstDirectory(directory.get());
+    return pPath;
+}
+
+static void checkRoot(const Options *pOptions, const char *pNoRootVariable)
+{
+    if (pOptions->bNoRoot || pNoRootVariable || getuid() == 0)
+        return;
+    fputs("Error: you need to be root to run this program\n", stderr);
+    exit(1);
+}
+
+static void completeOptions(Options *pOptions, const char *pProgram)
+{
+    if (!pOptions->pDescription)
+        pOptions->pDescription = descriptionBeside(pProgram);
+    if (!pOptions->pDestination)
+        pOptions->pDestination = strdup(s_caDefaultDestination);
+    if (!pOptions->pDestination) {
+        fputs("Error: building default installation path\n", stderr);
+        exit(1);
+    }
+}
+
+/* ---- the unattended run ---- */
+
+static int installUnattended()
+{
+    _OV_InstConfigList *pConfig = OV_instGetConfigFromId(CDInstPtr, UNATTENDED_CONFIG);
+
+    OV_instMarkAllConfig(pConfig, 1);
+    if (OV_instSetSizes(CDInstPtr) == -1) {
+        fputs("Error: during setting installation size\n", stderr);
+        return 1;
+    }
+    OwnedText dest(strdup(OV_instGetDestinationDirectory()));
+    (void)OV_UpdateSuiteHistory(CDInstPtr, pConfig, CDInstPtr->pSuiteHead, dest.get(),
+                                OV_instGetProductName(), OV_instGetProductVersion());
+    if (OV_instCommandLineInstall(CDInstPtr, pConfig, 0) != 0) {
+        fputs("Error: during installation\n", stderr);
+        return 1;
+    }
+    OV_instFreeCDinst(CDInstPtr);
+    CDInstPtr = nullptr;
+    return 0;
+}
+
+[[noreturn]] static void runUnattended(Options *pOptions)
+{
+    int iStatus;
+
+    CDInstPtr = OV_instReadCDinst(pOptions->pDescription, parseUpdate);
+    if (!CDInstPtr) {
+        fprintf(stderr, "Error: reading %s\n", pOptions->pDescription);
+        exit(1);
+    }
+    printf("\n");
+    (void)OV_instSetRootDestination(pOptions->pDestination); /* a missing one is noticed next */
+    iStatus = installUnattended();
+    free(pOptions->pDescription);
+    free(pOptions->pDestination);
+    exit(iStatus);
+}
+
+void OV_instProcessArgs(int argc, char **argv, char **ppDescription, char **ppDestination)
+{
+    Options options = {nullptr, nullptr, 0, 0};
+    const char *pNoRoot = getenv("OVINST_NOROOT");
+
+    *ppDescription = nullptr;
+    *ppDestination = nullptr;
+    findRunningDirectory(argv[0]);
+    readOptions(argc, argv, &options);
+    checkRoot(&options, pNoRoot);
+    completeOptions(&options, argv[0]);
+    if (options.bCommandLine)
+        runUnattended(&options);
+    *ppDescription = options.pDescription;
+    *ppDestination = options.pDestination;
+}

@@ -1,0 +1,14 @@
+/* The start-up of a run: the environment, the options, and the whole unattended run. */
+#ifndef OVINST_ENGINE_STARTUP_H
+#define OVINST_ENGINE_STARTUP_H
+
+/* Gives every command that is started a fixed search path and no library path, and reads the
+ * debugging variables. */
+void OV_instPrepareEnvironment();
+
+/* Processes the options. Returns for the graphical mode only, with the description's path and the
+ * default destination as new strings; an unattended run is carried out in here. Ends the process
+ * with status 1 for a wrong option, with the run's status for an unattended run. */
+void OV_instProcessArgs(int argc, char **argv, char **ppDescription, char **ppDestination);
+
+#endif

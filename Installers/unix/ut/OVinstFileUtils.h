@@ -1,0 +1,49 @@
+/* Path and text-file helpers. Results are new strings that the caller frees; null arguments are
+ * accepted and failure is a null result (or 1), without a message unless one is named. */
+#ifndef OVINST_UT_OVINSTFILEUTILS_H
+#define OVINST_UT_OVINSTFILEUTILS_H
+
+#include <cstdio>
+
+enum { OV_INST_PATH_SIZE = 4096 };
+
+/* Joins its arguments, ended by a null, with single slashes. An empty first argument gives an
+ * absolute path. */
+char *OV_instBuildPath(const char *pFirst, ...);
+
+/* Turns every run of slashes into one, in place. Returns 0, or 1 for null. */
+int OV_instRemoveExtraSlash(char *pPath);
+
+/* The directory part with its trailing slash; "./" when there is none (and for "/").
+ * Null for a path longer than 4096 characters. */
+char *OV_instDirname(const char *pPath);
+
+/* The text behind the last slash, empty for a path that ends in one. Null for a path longer than
+ * 4096 characters. */
+char *OV_instBasename(const char *pPath);
+
+/* The resolved directory of pPath, with a trailing slash. A directory that cannot be resolved is
+ * told on standard error and gives null. */
+char *OV_instGetRealPath(const char *pPath);
+
+/* The nearest existing directory at or above pPath (of the working directory for a null or empty
+ * path): where a destination that does not exist yet will live. */
+char *OV_instGetPartitionDirectory(const char *pPath);
+
+/* The whole file with a terminating zero, or null when it cannot be read to its end. */
+char *OV_instReadFileContent(const char *pPath);
+
+/* The next logical line without its newline, or null at the end of the file. A line that ends in
+ * a backslash is joined to the next one, the backslash becoming a blank. Every physical line (or
+ * 102399-byte piece of one) read adds 1 to *piLine. Not reentrant. */
+char *OV_instGetline(FILE *pFile, int *piLine);
+
+/* 1 when the file is empty or its last byte is no newline, else 0. The position is kept. */
+int OV_instNeedNewline(FILE *pFile);
+
+/* Cuts pText at every cSeparator into a null-terminated array of new strings, empty pieces
+ * included; *piCount is their number. Free it with OV_instFreeStringArray. */
+char **OV_instSplitStringOn(const char *pText, char cSeparator, int *piCount);
+void OV_instFreeStringArray(char **apStrings);
+
+#endif
