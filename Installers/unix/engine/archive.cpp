@@ -4,7 +4,9 @@
 #include <cinttypes>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <string_view>
+#include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unordered_set>
@@ -23,7 +25,10 @@
 static const char s_caBunzip2[] = "bunzip2";
 static const char s_caTar[] = "tar --no-same-owner -xBof - 2> /dev/null";
 
-enum { PIPE_SIZE = 1024 * 1024 }; /* lets tar and us work side by side */
+enum {
+    PIPE_SIZE = 1024 * 1024, /* lets tar and us work side by side */
+    TAKEN_POLL_MSEC = 2
+};
 
 static bool isText(const char *pText)
 {
@@ -220,6 +225,19 @@ static ssize_t feedBlock(Feed *pFeed)
     return static_cast<ssize_t>(iDone);
 }
 
+/* Waits until the command has taken what the pipe still holds: a command that leaves before that
+ * has failed, even though every write went well. */
+static int waitUntilTaken(Feed *pFeed)
+{
+    struct pollfd pipeEnd = {fileno(pFeed->pCommandPipe), 0, 0};
+    int iUntaken = 0;
+
+    while (ioctl(pipeEnd.fd, FIONREAD, &iUntaken) == 0 && iUntaken > 0)
+        if (poll(&pipeEnd, 1, TAKEN_POLL_MSEC) > 0 && (pipeEnd.revents & POLLERR))
+            return pipeFailure(pFeed);
+    return 0;
+}
+
 static int feedArchive(Feed *pFeed)
 {
     ssize_t iFed;
@@ -228,7 +246,7 @@ static int feedArchive(Feed *pFeed)
         pFeed->ulFed += static_cast<uint64_t>(iFed);
         reportFed(pFeed);
     }
-    return iFed < 0 ? 1 : 0;
+    return iFed < 0 || waitUntilTaken(pFeed) < 0 ? 1 : 0;
 }
 
 static int runFailure(const Feed *pFeed)

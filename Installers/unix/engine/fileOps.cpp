@@ -121,21 +121,50 @@ int OV_instMakeParent(const char *pPath)
 
 /* ---- copying ---- */
 
+/* The source directory as it was last resolved. Resolving takes more system calls than copying a
+ * small file, so it is done again only when the directory was changed or a file is not found. */
+static struct {
+    char *pSourceDir; /* what was resolved */
+    char *pResolved;
+} s_source;
+
+static const char *sourceDirectory(bool bAfresh)
+{
+    const char *pSourceDir = CDInstPtr && CDInstPtr->pSourceDir ? CDInstPtr->pSourceDir : "";
+
+    if (!bAfresh && s_source.pResolved && strcmp(s_source.pSourceDir, pSourceDir) == 0)
+        return s_source.pResolved;
+    free(s_source.pSourceDir);
+    free(s_source.pResolved);
+    s_source.pSourceDir = strdup(pSourceDir);
+    s_source.pResolved = s_source.pSourceDir && OV_instGetSourceDirectory()
+                             ? strdup(OV_instGetSourceDirectory())
+                             : nullptr;
+    return s_source.pResolved;
+}
+
+static int openInSource(const char *pSource, bool bAfresh, char **ppPath)
+{
+    *ppPath = OV_instBuildPath(sourceDirectory(bAfresh), pSource, nullptr);
+    return *ppPath ? open(*ppPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY) : -1;
+}
+
 int OV_instOpenSource(const char *pSource, const char *pLabel, FILE *pStream, char **ppPath)
 {
-    for (;;) {
-        int iFd = -1;
+    int iFd = openInSource(pSource, false, ppPath);
 
-        *ppPath = OV_instBuildPath(OV_instGetSourceDirectory(), pSource, nullptr);
-        if (*ppPath)
-            iFd = open(*ppPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    while (iFd < 0) {
+        free(*ppPath);
+        iFd = openInSource(pSource, true, ppPath);
         if (iFd >= 0)
-            return iFd;
+            break;
         free(*ppPath);
         *ppPath = nullptr;
         if (!OV_instQueryForSource(pStream, pLabel, pSource))
             return -1;
+        iFd = openInSource(pSource, false, ppPath);
     }
+    return iFd;
 }
 
 int OV_instWriteAll(int iFd, const char *pBytes, size_t iCount)

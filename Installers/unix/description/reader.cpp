@@ -1,0 +1,213 @@
+#include "description/reader.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <memory>
+
+#include "description/configLines.h"
+#include "description/packageLines.h"
+#include "description/scanner.h"
+#include "engine/OVinstModule.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/debugLevel.h"
+#include "ut/owned.h"
+#include "ut/uiut.h"
+
+struct ModelFreed {
+    void operator()(_OV_instCDinst *pRoot) const { OV_instFreeCDinst(pRoot); }
+};
+using OwnedModel = std::unique_ptr<_OV_instCDinst, ModelFreed>;
+
+/* Where a header value goes: a text, or a flag that the key clears whatever its value is. The row
+ * with neither is the format's version. */
+struct HeaderRow {
+    const char *pKey;
+    bool bRequired;
+    char *_OV_instCDinst::*pText;
+    uint8_t _OV_instCDinst::*pFlag;
+};
+
+/* The keys in the only order that is accepted. */
+static const HeaderRow s_aHeader[] = {
+    {"SetupVersion",     true,  nullptr,                            nullptr                     },
+    {"ProductName",      true,  &_OV_instCDinst::pProductName,      nullptr                     },
+    {"ProductVersion",   true,  &_OV_instCDinst::pProductVersion,   nullptr                     },
+    {"ProductDirectory", true,  &_OV_instCDinst::pProductDirectory, nullptr                     },
+    {"LogFile",          true,  &_OV_instCDinst::pLogFile,          nullptr                     },
+    {"HistoryFile",      false, &_OV_instCDinst::pHistoryFile,      nullptr                     },
+    {"InstallDirectory", false, &_OV_instCDinst::pInstallDir,       nullptr                     },
+    {"NoChestRC",        false, nullptr,                            &_OV_instCDinst::bChestRC   },
+    {"NoUserOrgRes",     false, nullptr,                            &_OV_instCDinst::bUserOrgRes},
+    {"NoDisplayLog",     false, nullptr,                            &_OV_instCDinst::bDisplayLog},
+    {nullptr,            false, nullptr,                            nullptr                     },
+};
+
+static int storeHeader(const HeaderRow *pRow, const char *pValue, _OV_instCDinst *pRoot)
+{
+    if (pRow->pFlag) {
+        pRoot->*pRow->pFlag = 0;
+        return 0;
+    }
+    if (!pRow->pText)
+        return strcmp(pValue, "1") == 0 ? 0 : -1;
+    pRoot->*pRow->pText = strdup(pValue);
+    return pRoot->*pRow->pText ? 0 : -1;
+}
+
+/* The log lies below the product's "Setup" directory; no name means no log. */
+static int placeLog(_OV_instCDinst *pRoot)
+{
+    if (!*pRoot->pLogFile)
+        return 0;
+    OwnedText name(pRoot->pLogFile);
+    pRoot->pLogFile = OV_instBuildPath("Setup", name.get(), nullptr);
+    return pRoot->pLogFile ? 0 : -1;
+}
+
+static int readHeader(FILE *pFile, _OV_instCDinst *pRoot, int *piLine)
+{
+    char caWord[OV_HEADER_SIZE];
+    char caValue[OV_HEADER_SIZE];
+
+    for (const HeaderRow *pRow = s_aHeader; pRow->pKey; pRow++) {
+        if (OV_ReadHeaderLine(pRow->pKey, caWord, caValue, pFile, piLine, pRow->bRequired)) {
+            if (storeHeader(pRow, caValue, pRoot) < 0)
+                return -1;
+        } else if (pRow->bRequired || strcmp(caWord, pRow->pKey) == 0) {
+            return -1; /* missing, or an optional key whose value does not fit */
+        }
+    }
+    return placeLog(pRoot);
+}
+
+static int readBodyLine(const char *pLine, _OV_instCDinst *pRoot)
+{
+    bool bConfig = OV_instParsingConfiguration != 0;
+    int iResult = bConfig ? AddLineToConfig(pLine, pRoot) : AddLineToCDinst(pLine, pRoot);
+
+    if (iResult != 0 && OV_instGetDebugLevel() > 0)
+        fprintf(stderr,
+                bConfig ? "Error: AddLineToConfig\nLine=%s\n" : "Error: AddLineToCDinst\nLine=%s\n",
+                pLine);
+    return iResult;
+}
+
+/* Null, already told, when the module cannot be looked at. */
+static void *openModule(const char *pSourceDir, const char *pModule, OwnedText *pPath)
+{
+    pPath->reset(OV_instBuildPath(pSourceDir, "SetupFiles", pModule, nullptr));
+    if (!*pPath) {
+        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
+                              "Error: (readCdinst) Can't allocate memory");
+        return nullptr;
+    }
+    void *hModule = dlopen(pPath->get(), RTLD_LAZY);
+    if (!hModule)
+        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
+                              "Error: unable to load %s", pPath->get());
+    return hModule;
+}
+
+/* 0 or 100, with what is missing told. */
+static int checkSymbols(void *hModule, const char *pPath, const _OV_InstFunction *pFunction,
+                        const char *pPackageName)
+{
+    const double *pdVersion = static_cast<const double *>(dlsym(hModule, "ModuleVersion"));
+    const char *const apNames[] = {"initModule", pFunction->pFunction};
+    int iResult = OV_INST_NO_ERROR;
+
+    if (!pdVersion) {
+        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
+                              "Error: there is no version number in module\n"
+                              "Module: %s\nPackage: %s",
+                              pPath, pPackageName);
+        iResult = OV_INST_EXIT_SETUP;
+    } else if (*pdVersion != OV_MODULE_VERSION) {
+        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
+                              "Error: version number of module is invalid\n"
+                              "Module: %s\nPackage: %s\n"
+                              "Current version: %f\nRequired version: %f",
+                              pPath, pPackageName, *pdVersion, OV_MODULE_VERSION);
+        iResult = OV_INST_EXIT_SETUP;
+    }
+    for (const char *pName : apNames) {
+        if (dlsym(hModule, pName))
+            continue;
+        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
+                              "Error: missing function in module\n"
+                              "Module: %s\nPackage: %s\nFunction: %s",
+                              pFunction->pModule, pPackageName, pName);
+        iResult = OV_INST_EXIT_SETUP;
+    }
+    return iResult;
+}
+
+int validateModule(_OV_instCDinst *pRoot)
+{
+    int iResult = OV_INST_NO_ERROR;
+
+    for (_OV_InstPackageNode *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext) {
+        for (_OV_InstOper *pOper = pNode->pPackage->pOperHead; pOper; pOper = pOper->pNext) {
+            if (pOper->iType != OV_OPER_FUNCTION)
+                continue;
+            const _OV_InstFunction *pFunction = &pOper->body.function;
+            OwnedText path;
+            void *hModule = openModule(pRoot->pSourceDir, pFunction->pModule, &path);
+            if (!hModule)
+                return OV_INST_EXIT_SETUP;
+            iResult |= checkSymbols(hModule, path.get(), pFunction, pNode->pPackage->pName);
+            (void)dlclose(hModule); /* it was only looked at */
+        }
+    }
+    return iResult;
+}
+
+int readCdinst(FILE *pFile, _OV_instCDinst *pRoot, void (*progress)(), int *piLine)
+{
+    while (char *pRead = OV_instGetline(pFile, piLine)) {
+        OwnedText line(pRead);
+        if (progress)
+            progress();
+        if (isWhiteOrCommentLine(line.get()))
+            continue;
+        if (readBodyLine(line.get(), pRoot) == -1) {
+            if (getenv("OVINST_DEBUG"))
+                fprintf(stderr, "Error at line %d\n", *piLine);
+            return -1;
+        }
+    }
+    return validateModule(pRoot) == OV_INST_NO_ERROR ? 0 : -1;
+}
+
+_OV_instCDinst *OV_instReadCDinst(const char *pPath, void (*progress)())
+{
+    int iLine = 0;
+
+    if (!pPath || !*pPath)
+        return nullptr;
+    OwnedModel root(newCDinst());
+    if (!root)
+        return nullptr;
+    root->pCdinstPath = strdup(pPath);
+    if (!root->pCdinstPath)
+        return nullptr;
+    root->pSourceDir = OV_instDirname(pPath);
+    OwnedFile file(fopen(pPath, "re"));
+    if (!file || !root->pSourceDir || readHeader(file.get(), root.get(), &iLine) < 0) {
+        printf("Invalid .dat file %s\n", pPath);
+        return nullptr;
+    }
+    if (readCdinst(file.get(), root.get(), progress, &iLine) < 0)
+        return nullptr;
+    return root.release();
+}
+
+void parseUpdate()
+{
+    static const char s_caSpinner[] = "|/-\\";
+    static uint32_t s_iTurn = 0;
+
+    printf("Parsing config file [%c]\r", s_caSpinner[s_iTurn++ % 4]);
+    fflush(stdout);
+}

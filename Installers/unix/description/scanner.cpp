@@ -1,0 +1,241 @@
+#include "description/scanner.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <strings.h>
+
+#include "ut/OVinstFileUtils.h"
+#include "ut/owned.h"
+
+static const size_t s_lTokenStep = 10;
+
+static bool isSpace(char c)
+{
+    return isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+static bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+static bool isTokenCharacter(char c)
+{
+    return isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
+}
+
+static bool isListed(const char *pWord, const char *const *apKeywords, int bCaseSensitive)
+{
+    int (*compare)(const char *, const char *) = bCaseSensitive ? strcmp : strcasecmp;
+
+    for (; *apKeywords; apKeywords++) {
+        if (compare(pWord, *apKeywords) == 0)
+            return true;
+    }
+    return false;
+}
+
+static void tellNoMemory()
+{
+    fprintf(stderr, "%s\n", "Out of memory");
+}
+
+/* The next quote that no backslash makes literal, or null. */
+static const char *findQuote(const char *pText)
+{
+    for (; *pText; pText++) {
+        if (*pText == '"')
+            return pText;
+        if (*pText == '\\' && *++pText == '\0')
+            return nullptr;
+    }
+    return nullptr;
+}
+
+/* Only backslash-n is undone; texts rely on every other escape, a doubled backslash included,
+ * staying as it is written, which is meant. */
+static char *copyQuoted(const char *pFrom, const char *pEnd)
+{
+    char *pCopy = static_cast<char *>(malloc(static_cast<size_t>(pEnd - pFrom) + 1));
+    char *pTo = pCopy;
+
+    if (!pCopy)
+        return nullptr;
+    while (pFrom < pEnd) {
+        if (*pFrom != '\\') {
+            *pTo++ = *pFrom++;
+        } else if (pFrom[1] == 'n') {
+            *pTo++ = '\n';
+            pFrom += 2;
+        } else {
+            *pTo++ = *pFrom++;
+            *pTo++ = *pFrom++; /* an escape never ends at pEnd, where a bare quote stands */
+        }
+    }
+    *pTo = '\0';
+    return pCopy;
+}
+
+/* Makes room for one more entry and the terminator. The room doubles, or a suite of very many
+ * packages would copy its array over and over. */
+static char **growTokens(char **apTokens, size_t lCount, size_t *plRoom)
+{
+    if (lCount < *plRoom)
+        return apTokens;
+
+    size_t lRoom = *plRoom ? *plRoom * 2 : s_lTokenStep;
+    char **apGrown = static_cast<char **>(realloc(apTokens, (lRoom + 1) * sizeof(*apGrown)));
+    if (apGrown)
+        *plRoom = lRoom;
+    return apGrown;
+}
+
+/* The blanks around the value do not belong to it. 0, or -1 when it does not fit. */
+static int copyHeaderValue(const char *pFrom, char *pValue)
+{
+    while (isSpace(*pFrom))
+        pFrom++;
+    size_t lLength = strlen(pFrom);
+    while (lLength > 0 && isSpace(pFrom[lLength - 1]))
+        lLength--;
+    if (lLength >= OV_HEADER_SIZE)
+        return -1;
+    memcpy(pValue, pFrom, lLength);
+    pValue[lLength] = '\0';
+    return 0;
+}
+
+bool isWhiteOrCommentLine(const char *pLine)
+{
+    if (!pLine)
+        return true;
+    while (isSpace(*pLine))
+        pLine++;
+    return *pLine == '\0' || *pLine == '#';
+}
+
+bool checkToken(const char *pWord, const char *const *apKeywords, int bCaseSensitive)
+{
+    if (!pWord)
+        return false;
+    return !apKeywords || !*apKeywords || isListed(pWord, apKeywords, bCaseSensitive);
+}
+
+char *getToken(const char *pText, const char *const *apKeywords, const char **ppCursor,
+               int bCaseSensitive)
+{
+    while (*pText && !isTokenCharacter(*pText))
+        pText++;
+    const char *pStart = pText;
+    while (isTokenCharacter(*pText))
+        pText++;
+    *ppCursor = pText;
+    if (pText == pStart)
+        return nullptr;
+
+    OwnedText word(strndup(pStart, static_cast<size_t>(pText - pStart)));
+    if (!word) {
+        tellNoMemory();
+        return nullptr;
+    }
+    if (apKeywords && !isListed(word.get(), apKeywords, bCaseSensitive))
+        return nullptr;
+    return word.release();
+}
+
+char **getTokenList(const char *pText, const char *const *apKeywords, int bCaseSensitive)
+{
+    size_t lRoom = 0;
+    size_t lCount = 0;
+    char **apTokens = growTokens(nullptr, 0, &lRoom);
+
+    if (!apTokens) {
+        tellNoMemory();
+        return nullptr;
+    }
+    apTokens[0] = nullptr;
+    while (char *pToken = getToken(pText, apKeywords, &pText, bCaseSensitive)) {
+        char **apGrown = growTokens(apTokens, lCount, &lRoom);
+        if (!apGrown) {
+            tellNoMemory();
+            free(pToken);
+            freeTokenList(apTokens);
+            return nullptr;
+        }
+        apTokens = apGrown;
+        apTokens[lCount++] = pToken;
+        apTokens[lCount] = nullptr;
+    }
+    char **apTrimmed = static_cast<char **>(realloc(apTokens, (lCount + 1) * sizeof(*apTrimmed)));
+    return apTrimmed ? apTrimmed : apTokens;
+}
+
+void freeTokenList(char **apTokens)
+{
+    for (char **ppToken = apTokens; ppToken && *ppToken; ppToken++)
+        free(*ppToken);
+    free(apTokens);
+}
+
+char *getQuotedString(const char *pText, const char **ppCursor)
+{
+    const char *pOpen = findQuote(pText);
+    const char *pClose = pOpen ? findQuote(pOpen + 1) : nullptr;
+
+    if (!pOpen)
+        return strdup(""); /* a missing string is an empty one */
+    if (!pClose)
+        return nullptr;
+
+    char *pCopy = copyQuoted(pOpen + 1, pClose);
+    if (pCopy)
+        *ppCursor = pClose + 1;
+    return pCopy;
+}
+
+int scanInteger(const char *pText, const char **ppCursor, int64_t *plValue)
+{
+    *plValue = 0;
+    while (*pText && !isDigit(*pText))
+        pText++;
+    const char *pStart = pText;
+    while (isDigit(*pText)) /* also for a hexadecimal number, whose "x" stays: this is meant */
+        pText++;
+    *ppCursor = pText;
+    if (pText == pStart)
+        return 0;
+
+    errno = 0;
+    *plValue = strtol(pStart, nullptr, 0);
+    return errno == ERANGE ? -1 : 0;
+}
+
+int64_t getInteger(const char *pText, const char **ppCursor)
+{
+    int64_t lValue = 0;
+
+    (void)scanInteger(pText, ppCursor, &lValue); /* out of range: the limit, as strtol gives it */
+    return lValue;
+}
+
+int OV_ReadHeaderLine(const char *pKey, char *pWord, char *pValue, FILE *pFile, int *piLine,
+                      int bVerbose)
+{
+    off_t lStart = ftello(pFile);
+    OwnedText line(OV_instGetline(pFile, piLine));
+    int iEnd = 0;
+
+    static_assert(OV_HEADER_SIZE == 512, "the width below leaves room for the terminator");
+    pWord[0] = '\0';
+    if (line && sscanf(line.get(), "%511s%n", pWord, &iEnd) == 1 && strcmp(pWord, pKey) == 0 &&
+        copyHeaderValue(line.get() + iEnd, pValue) == 0)
+        return 1;
+    if (line && bVerbose)
+        fprintf(stderr, "Invalid header line, expecting: %s\n", pKey);
+    /* The line stays counted, so line numbers run ahead by one for every absent optional key:
+     * this is meant. */
+    (void)fseeko(pFile, lStart, SEEK_SET); /* failing, the next key reads on and is missed */
+    return 0;
+}

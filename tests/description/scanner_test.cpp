@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+
+#include "description/describe.h"
+#include "description/scanner.h"
+#include "ut/owned.h"
+
+static const char *const s_apWords[] = {"Copy", "Mkdir", nullptr};
+static const char *const s_apNone[] = {nullptr};
+
+TEST(CommentLine, IsBlankOrBeginsWithAHash)
+{
+    for (const char *pLine : {"", " \t\v\r", "#", "  # Copy"})
+        EXPECT_TRUE(isWhiteOrCommentLine(pLine)) << pLine;
+    EXPECT_TRUE(isWhiteOrCommentLine(nullptr));
+    for (const char *pLine : {"x", "  Copy # no comment", "\xa0"})
+        EXPECT_FALSE(isWhiteOrCommentLine(pLine)) << pLine;
+}
+
+TEST(GetToken, TakesTheNextRunOfWordCharacters)
+{
+    const struct {
+        const char *pText;
+        const char *const *apKeywords;
+        int bCase;
+        const char *pToken;
+        const char *pRest;
+    } aRows[] = {
+        {" ,Copy \"a\"",    s_apWords, 1, "Copy",   " \"a\""     },
+        {"Copy2 x",         s_apWords, 1, "(null)", " x"         },
+        {"copy",            s_apWords, 1, "(null)", ""           },
+        {"mkDIR,",          s_apWords, 0, "mkDIR",  ","          },
+        {"x_1-b\xe4",       nullptr,   1, "x_1-b",  "\xe4"       },
+        {" \"\\,\xff. ",    nullptr,   1, "(null)", ""           },
+        {"",                nullptr,   1, "(null)", ""           },
+        {"word in no list", s_apNone,  1, "(null)", " in no list"},
+    };
+    for (const auto &row : aRows) {
+        const char *pCursor = nullptr;
+        OwnedText token(getToken(row.pText, row.apKeywords, &pCursor, row.bCase));
+        EXPECT_EQ(row.pToken, shown(token.get())) << row.pText;
+        EXPECT_EQ(row.pRest, shown(pCursor)) << row.pText;
+    }
+}
+
+TEST(GetTokenList, StopsSilentlyAtTheFirstRefusedWord)
+{
+    std::string text;
+    for (int iCount = 0; iCount <= 21; iCount++, text += "Copy, ") {
+        char **apTokens = getTokenList((text + "Move Copy").c_str(), s_apWords, 1);
+        ASSERT_NE(nullptr, apTokens);
+        for (int i = 0; i < iCount; i++)
+            EXPECT_STREQ("Copy", apTokens[i]);
+        EXPECT_EQ(nullptr, apTokens[iCount]);
+        freeTokenList(apTokens);
+    }
+    freeTokenList(nullptr);
+}
+
+TEST(CheckToken, WithoutAListEveryWordPasses)
+{
+    EXPECT_TRUE(checkToken("Mkdir", s_apWords, 1));
+    EXPECT_FALSE(checkToken("mkdir", s_apWords, 1));
+    EXPECT_TRUE(checkToken("mkdir", s_apWords, 0));
+    EXPECT_TRUE(checkToken("x", nullptr, 1));
+    EXPECT_TRUE(checkToken("x", s_apNone, 1));
+    EXPECT_FALSE(checkToken(nullptr, nullptr, 1));
+}
+
+TEST(GetQuotedString, KeepsEveryEscapeButNewline)
+{
+    const struct {
+        const char *pText;
+        const char *pResult;
+        const char *pRest; /* the whole text where the cursor must stay */
+    } aRows[] = {
+        {R"(1, "a\"b" 2)",  R"(a\"b)",         " 2"            },
+        {R"("" "x")",       "",                R"( "x")"       },
+        {R"(no quote, 5)",  "",                R"(no quote, 5)"},
+        {"",                "",                ""              },
+        {R"(\"a" "b")",     R"( )",            R"(b")"         },
+        {R"(\\"a")",        "a",               ""              },
+        {R"("one\ntwo")",   "one\ntwo",        ""              },
+        {R"("a\\nb")",      R"(a\\nb)",        ""              },
+        {R"("a\\\nb\t\\")", "a\\\\\nb\\t\\\\", ""              },
+        {R"("abc)",         "(null)",          R"("abc)"       },
+        {R"("abc\")",       "(null)",          R"("abc\")"     },
+        {R"("abc\)",        "(null)",          R"("abc\)"      },
+        {R"(abc\)",         "",                R"(abc\)"       },
+    };
+    for (const auto &row : aRows) {
+        const char *pCursor = row.pText;
+        OwnedText text(getQuotedString(pCursor, &pCursor));
+        EXPECT_EQ(row.pResult, shown(text.get())) << row.pText;
+        EXPECT_STREQ(row.pRest, pCursor) << row.pText;
+    }
+}
+
+TEST(GetInteger, ReadsAnyBaseButStepsOverDecimalDigitsOnly)
+{
+    const struct {
+        const char *pText;
+        int64_t lValue;
+        const char *pRest;
+    } aRows[] = {
+        {" size=-12,",           12,                  ","  },
+        {"017",                  15,                  ""   },
+        {"08 ",                  0,                   " "  },
+        {"0x1F",                 31,                  "x1F"},
+        {"",                     0,                   ""   },
+        {"none\"",               0,                   ""   },
+        {"4294967297",           INT64_C(4294967297), ""   },
+        {"9223372036854775807;", INT64_MAX,           ";"  },
+    };
+    for (const auto &row : aRows) {
+        const char *pCursor = nullptr;
+        int64_t lValue = -1;
+        EXPECT_EQ(row.lValue, getInteger(row.pText, &pCursor)) << row.pText;
+        EXPECT_STREQ(row.pRest, pCursor) << row.pText;
+        EXPECT_EQ(0, scanInteger(row.pText, &pCursor, &lValue)) << row.pText;
+        EXPECT_EQ(row.lValue, lValue) << row.pText;
+    }
+    for (const char *pText :
+         {"9223372036854775808", " 0xFFFFFFFFFFFFFFFF", "01777777777777777777777"}) {
+        const char *pCursor = nullptr;
+        int64_t lValue = 0;
+        EXPECT_EQ(-1, scanInteger(pText, &pCursor, &lValue)) << pText;
+    }
+}
+
+TEST(HeaderLine, MatchesItsWholeFirstWordOnly)
+{
+    const std::string fits(511, 'v');
+    const std::string tooLong(512, 'v');
+    const struct {
+        std::string text;
+        int iResult;
+        std::string value;
+        std::string word;
+    } aRows[] = {
+        {"ProductName   My Product  \nnext\n", 1, "My Product", "ProductName"  },
+        {"ProductName",                        1, "",           "ProductName"  },
+        {"ProductName\tx\\\ny\n",              1, "x y",        "ProductName"  },
+        {"ProductName " + fits + " \n",        1, fits,         "ProductName"  },
+        {"ProductName " + tooLong + "\n",      0, "",           "ProductName"  },
+        {"ProductName=x\n",                    0, "",           "ProductName=x"},
+        {"productname x\n",                    0, "",           "productname"  },
+        {"\nProductName x\n",                  0, "",           ""             },
+        {tooLong + tooLong + "\n",             0, "",           fits           },
+    };
+    for (const auto &row : aRows) {
+        OwnedFile file(fmemopen(const_cast<char *>(row.text.data()), row.text.size(), "r"));
+        char caWord[OV_HEADER_SIZE];
+        char caValue[OV_HEADER_SIZE] = "";
+        int iLine = 0;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(0, OV_ReadHeaderLine("Absent", caWord, caValue, file.get(), &iLine, 0));
+        EXPECT_EQ(0, ftell(file.get()));
+        int iOnce = iLine; /* counted, although the line is read again */
+        EXPECT_EQ(row.iResult,
+                  OV_ReadHeaderLine("ProductName", caWord, caValue, file.get(), &iLine, 1))
+            << row.text;
+        EXPECT_EQ(2 * iOnce, iLine);
+        EXPECT_EQ(row.iResult ? "" : "Invalid header line, expecting: ProductName\n",
+                  testing::internal::GetCapturedStderr());
+        EXPECT_EQ(row.word, caWord);
+        EXPECT_EQ(row.value, caValue);
+        EXPECT_EQ(row.iResult == 0, ftell(file.get()) == 0) << row.text;
+    }
+}
+
+TEST(HeaderLine, IsSilentAtTheEndOfTheFile)
+{
+    OwnedFile file(fopen("/dev/null", "r"));
+    char caWord[OV_HEADER_SIZE] = "left from before";
+    char caValue[OV_HEADER_SIZE];
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(0, OV_ReadHeaderLine("Other", caWord, caValue, file.get(), nullptr, 1));
+    EXPECT_STREQ("", caWord);
+    EXPECT_EQ("", testing::internal::GetCapturedStderr());
+}

@@ -1,0 +1,308 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fcntl.h>
+#include <random>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "runs/run.h"
+
+/* A medium whose run takes a while: many copies, and an archive that tar has to work at. */
+static void makeLargeMedium(Medium &medium)
+{
+    std::string operations;
+    std::string members;
+
+    for (int i = 0; i < 300; i++) {
+        std::string name = "files/f" + std::to_string(i);
+        medium.file(name, std::string(20000, 'x'));
+        operations += "Copy \"" + name + "\" \"\" 20000 0644\n";
+        members += " \"" + name + "\" 20000";
+    }
+    must("cd " + medium.place + " && tar -cf big.tar files && bzip2 -1 -k big.tar");
+    medium.describe(onePackage("UntarZ \"big.tar.bz2\" 1" + members + "\n" + operations));
+}
+
+static std::vector<pid_t> childrenOf(pid_t iParent)
+{
+    std::string name = std::to_string(iParent);
+    std::istringstream ids(readFile("/proc/" + name + "/task/" + name + "/children"));
+
+    return {std::istream_iterator<pid_t>(ids), {}};
+}
+
+static void expectNothingLeft(const Medium &medium)
+{
+    std::string text = medium.scratch.path.string();
+
+    EXPECT_TRUE(soon([&] { return processesNaming(text).empty(); }));
+}
+
+TEST(Faults, KilledProcessesLeaveNobodyBehind)
+{
+    enum Victim { PARENT, CHILD, HELPER };
+    std::mt19937 random(20);
+    Medium medium;
+
+    makeLargeMedium(medium);
+    for (int i = 0; i < 12; i++) {
+        Victim victim = static_cast<Victim>(i % 3);
+        int iDelay = static_cast<int>(random() % 30000);
+        RunResult result = medium.install([&](pid_t iParent) {
+            pid_t iVictim = iParent;
+            if (victim != PARENT)
+                soon([&] { return !childrenOf(iParent).empty() || kill(iParent, 0) < 0; }, 5);
+            if (victim != PARENT && !childrenOf(iParent).empty())
+                iVictim = childrenOf(iParent)[0];
+            usleep(static_cast<useconds_t>(iDelay));
+            if (victim == HELPER && !childrenOf(iVictim).empty())
+                iVictim = childrenOf(iVictim)[0];
+            else if (victim == HELPER)
+                return;
+            kill(iVictim, SIGKILL);
+        });
+
+        SCOPED_TRACE("victim " + std::to_string(victim) + " after " + std::to_string(iDelay));
+        EXPECT_EQ(result.iStatus, victim == PARENT ? 128 + SIGKILL : 0);
+        expectNothingLeft(medium);
+        std::filesystem::remove_all(medium.dest);
+    }
+}
+
+TEST(Faults, ParentKilledWhileChildIsStopped)
+{
+    Medium medium;
+
+    makeLargeMedium(medium);
+    medium.install([&](pid_t iParent) {
+        ASSERT_TRUE(soon([&] { return !childrenOf(iParent).empty(); }));
+        kill(childrenOf(iParent)[0], SIGSTOP);
+        kill(iParent, SIGKILL);
+    });
+    expectNothingLeft(medium);
+}
+
+TEST(Faults, DamagedArchives)
+{
+    struct Case {
+        const char *pName;
+        const char *pMake; /* shell commands that damage "packed" or "plain" */
+        const char *pOperation;
+        bool bTold;
+    };
+    /* Tar's own status is not looked at, so damage is told only when the feeding fails. */
+    const std::vector<Case> cases = {
+        {"no archive at all", "head -c 5000 /dev/urandom > packed", "UntarZ \"packed\"", true},
+        {"cut", "head -c 100000 packed > x; mv x packed", "UntarZ \"packed\"", false},
+        {"empty", ": > plain", "Untar \"plain\"", false},
+        {"cut plain", "head -c 100000 plain > x; mv x plain", "Untar \"plain\"", false},
+        {"a directory", "rm plain; mkdir plain", "Untar \"plain\"", true},
+    };
+
+    for (const Case &test : cases) {
+        SCOPED_TRACE(test.pName);
+        Medium medium;
+        medium.file("files/one", std::string(300000, '1'));
+        medium.file("files/two", std::string(300, '2'));
+        medium.file("c", "copied");
+        must("cd " + medium.place +
+             " && tar -cf plain files && head -c 300000 /dev/urandom > r && "
+             "tar -cjf packed files r && " +
+             test.pMake);
+        medium.describe(onePackage(std::string(test.pOperation) +
+                                   " 1 \"files/one\" 300000 \"files/two\" 300\n"
+                                   "Copy \"c\" \"\" 6 0644\n"));
+        RunResult result = medium.install();
+
+        EXPECT_EQ(result.iStatus, 0);
+        EXPECT_EQ(medium.installed("c"), "copied"); /* the run goes on */
+        EXPECT_EQ(result.err.find("Error: ") != std::string::npos, test.bTold) << result.err;
+        EXPECT_EQ(medium.log().find("Error during") != std::string::npos, test.bTold);
+        expectNothingLeft(medium);
+    }
+}
+
+TEST(Faults, FullDisk)
+{
+    Medium medium;
+
+    std::filesystem::create_directories(medium.dest);
+    if (mount("tmpfs", medium.dest.c_str(), "tmpfs", 0, "size=1m") < 0)
+        GTEST_SKIP() << "needs the right to mount a tmpfs";
+    medium.file("large", std::string(2000000, 'l'));
+    medium.file("small", "s");
+    must("cd " + medium.place + " && tar -cf a.tar large");
+    medium.describe(onePackage("Copy \"small\" \"first\" 1 0644\nCopy \"large\" \"\" 2000000 0644\n"
+                               "Untar \"a.tar\" 1 \"large\" 2000000\n"
+                               "Copy \"small\" \"second\" 1 0644\n"));
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.iStatus, 0);
+    EXPECT_NE(result.err.find("Error: Copyfile writing file " + medium.tree + "large\n"),
+              std::string::npos);
+    EXPECT_EQ(medium.installed("first"), "s");
+    EXPECT_NE(medium.log().find("Starting Installation\n"), std::string::npos);
+    expectNothingLeft(medium);
+    umount(medium.dest.c_str());
+}
+
+TEST(Faults, ReadOnlyDestination)
+{
+    Medium medium;
+
+    std::filesystem::create_directories(medium.dest);
+    if (mount("tmpfs", medium.dest.c_str(), "tmpfs", MS_RDONLY, nullptr) < 0)
+        GTEST_SKIP() << "needs the right to mount a tmpfs";
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
+    RunResult result = medium.install();
+    umount(medium.dest.c_str());
+
+    EXPECT_EQ(result.iStatus, 1);
+    EXPECT_NE(result.out.find("Unable to create install directoryReturning OK\n"),
+              std::string::npos);
+    EXPECT_EQ(result.err, "Error: during installation\n");
+}
+
+TEST(Faults, FileWhereADirectoryShouldBe)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
+    writeFile(medium.dest + "/prod", "in the way");
+    EXPECT_EQ(medium.install().iStatus, 1);
+    EXPECT_EQ(readFile(medium.dest + "/prod"), "in the way");
+
+    std::filesystem::remove_all(medium.dest);
+    writeFile(medium.tree + "Setup", "in the way"); /* of the log's directory */
+    RunResult result = medium.install();
+    EXPECT_EQ(result.iStatus, 1);
+    EXPECT_NE(result.out.find("Error while setting up logfileReturning OK\n"), std::string::npos);
+    EXPECT_FALSE(medium.has("a"));
+}
+
+TEST(Faults, UnwritableLogAndHistoryStopNothing)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
+    writeFile(medium.tree + "Setup/setup.log/x", "the log is a directory");
+    writeFile(medium.tree + "SetupFiles", "the history's directory is a file");
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.iStatus, 0);
+    EXPECT_EQ(medium.installed("a"), "a");
+    EXPECT_NE(result.out.find("Unable to open " + medium.tree + "/SetupFiles/.h.his\n"),
+              std::string::npos);
+    EXPECT_NE(result.err.find("Error: (OV_instUpdateLogfile) can't open '"), std::string::npos);
+}
+
+TEST(Faults, StrangersLinksAreNotFollowed)
+{
+    Medium medium;
+
+    if (getuid() != 0)
+        GTEST_SKIP() << "needs root to make somebody else's links";
+    writeFile(medium.scratch / "victim/file", "untouched");
+    auto plant = [&](const std::string &name, const std::string &target) {
+        std::filesystem::create_directories(
+            std::filesystem::path(medium.tree + name).parent_path());
+        std::filesystem::create_symlink(target, medium.tree + name);
+        ASSERT_EQ(lchown((medium.tree + name).c_str(), 65534, 65534), 0);
+    };
+    medium.file("a", "new");
+    medium.file("in/tar", "new");
+    must("cd " + medium.place + " && tar -cf a.tar in");
+    medium.describe(
+        onePackage("Copy \"a\" \"file\" 3 0666\nCopy \"a\" \"dir/sub/copy\" 3 0644\n"
+                   "Mkdir \"dir/made\" 0755\nUntar \"a.tar\" 1 \"in/tar\" 3\n"
+                   "SoftLink \"dir\" \"x\" \"link\"\nCopy \"a\" \"trusted/own\" 3 0644\n"));
+    std::string victim = medium.scratch / "victim";
+    plant("file", victim + "/file");
+    plant("dir", victim);
+    plant("in", victim);
+    plant("Application/registry", victim + "/file");
+    plant("SetupFiles/.h.his", victim + "/file");
+    std::filesystem::create_directories(medium.scratch / "elsewhere");
+    std::filesystem::create_symlink(medium.scratch / "elsewhere", medium.tree + "trusted");
+    must("chmod 600 " + victim + "/file");
+    RunResult result = medium.install();
+
+    EXPECT_EQ(readFile(victim + "/file"), "untouched");
+    EXPECT_EQ(std::filesystem::status(victim + "/file").permissions(),
+              std::filesystem::perms(0600));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(victim), {}), 1);
+    EXPECT_EQ(readFile(medium.scratch / "elsewhere/own"), "new"); /* root's own link is followed */
+    EXPECT_EQ(result.err,
+              "Error: Copyfile can't create file " + medium.tree + "file\n" +
+                  "Error: Copyfile can't create destination directory for:\n" +
+                  "Error: Mkdir file already exists " + medium.tree + "dir\n" +
+                  "Error: Untar can't run 'tar --no-same-owner -xBof - 2> /dev/null' on file: " +
+                  std::filesystem::canonical(medium.place).string() + "/a.tar\n" +
+                  "Error: Softlink can't change directory to: " + medium.tree + "dir:x->link\n");
+}
+
+TEST(Faults, PlantedFifoDoesNotStopTheRun)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"fifo\" 1 0644\nCopy \"a\" \"b\" 1 0644\n"));
+    std::filesystem::create_directories(medium.tree);
+    ASSERT_EQ(mkfifo((medium.tree + "fifo").c_str(), 0666), 0);
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.err, "Error: Copyfile can't create file " + medium.tree + "fifo\n");
+    EXPECT_EQ(medium.installed("b"), "a");
+}
+
+TEST(Faults, ClosedOutputDoesNotStopTheRun)
+{
+    Medium medium;
+
+    makeLargeMedium(medium);
+    must("cd " + medium.place + " && HOME=" + (medium.scratch / "home") +
+         " ./setup -cmdline -noroot -dest " + medium.dest + " 2>&1 | head -c 9000 > /dev/null");
+    EXPECT_TRUE(soon([&] { return medium.has("cdinst.dat"); }));
+    EXPECT_EQ(medium.installed("files/f299").size(), 20000u);
+    expectNothingLeft(medium);
+}
+
+TEST(Faults, ConfigurationsThatReferToEachOther)
+{
+    Medium medium;
+    std::string groups;
+
+    medium.file("a", "a");
+    /* 40 groups, each holding all that follow twice: 2 to the 40 ways down. */
+    for (int i = 3; i < 43; i++) {
+        std::string next = " " + std::to_string(i + 1);
+        groups += std::to_string(i) + " CusDlg \"t\" \"t\" \"\" 1" + next + next + " 3\n";
+    }
+    medium.describe("Package \"p\" \"\"\nCopy \"a\" \"\" 1 0644\nSuite \"S\" p\nConfigBegin\n" +
+                    groups + "43 Suite \"S\" \"\" \"\" 1\nConfigEnd\n");
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.iStatus, 0);
+    EXPECT_EQ(medium.installed("a"), "a");
+}
+
+TEST(Faults, RemovedSourceOfTheHistory)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
+    writeFile(
+        medium.tree + "SetupFiles/.h.his",
+        "HistoryFileVersion 2\nTest Product\n3\n/no/such/medium\nPackage \"all\" Installed\n");
+    EXPECT_EQ(medium.install().iStatus, 0);
+    /* What cannot be resolved gives way to the program's own directory. */
+    EXPECT_NE(medium.history().find("\n" + std::filesystem::canonical(medium.place).string()),
+              std::string::npos);
+}

@@ -1,0 +1,383 @@
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "runs/run.h"
+
+static mode_t modeOf(const std::string &path)
+{
+    struct stat info = {};
+
+    lstat(path.c_str(), &info);
+    return info.st_mode & 07777;
+}
+
+static void putArchives(Medium &medium)
+{
+    medium.file("stuff/bin/tool", "tool\n");
+    medium.file("stuff/share/text", std::string(30000, 't'));
+    must("cd " + medium.place +
+         "/stuff && tar -cf ../stuff.tar bin share && tar -cjf ../stuff.tbz .");
+}
+
+static const char s_members[] = "\"bin/tool\" 5 \"share/text\" 30000";
+
+TEST(Install, CarriesOutEveryOperationKind)
+{
+    Medium medium;
+
+    putArchives(medium);
+    medium.file("files/a.txt", "aaa");
+    medium.file("files/z.bz2", "still packed");
+    medium.describe(onePackage("Mkdir \"App/deep/er\" 0751\n"
+                               "Mkdir \"../Orvane\" 0755\n"
+                               "Copy \"files/a.txt\" \"App/a.txt\" 3 0640\n"
+                               "Copy \"files/a.txt\" \"\" 3 0400\n"
+                               "CopyZ \"files/z.bz2\" \"elsewhere\" 12 0644\n" +
+                               std::string("Untar \"stuff.tar\" 1 ") + s_members +
+                               "\nUntarZ2 \"<CommonDest>\" \"stuff.tbz\" 1 " + s_members +
+                               "\nUntar2 \"<RootDest>\" \"stuff.tar\" 1 " + s_members +
+                               "\nHardLink \"App\" \"a.txt\" \"links/a.hard\"\n"
+                               "SoftLink \"App\" \"../a.txt\" \"links/a.soft\"\n"
+                               "Shortcut \"a\" \"b\" \"c\"\n"));
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.iStatus, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(medium.installed("App/a.txt"), "aaa");
+    EXPECT_EQ(modeOf(medium.tree + "App/a.txt"), 0640u);
+    EXPECT_EQ(modeOf(medium.tree + "files/a.txt"), 0400u);
+    EXPECT_EQ(modeOf(medium.tree + "App/deep"), 0751u);
+    EXPECT_EQ(medium.installed("files/z.bz2"), "still packed"); /* under its source's name */
+    EXPECT_EQ(medium.installed("share/text").size(), 30000u);
+    EXPECT_EQ(readFile(medium.dest + "/Orvane/bin/tool"), "tool\n");
+    EXPECT_EQ(readFile(medium.dest + "/bin/tool"), "tool\n");
+    EXPECT_EQ(std::filesystem::hard_link_count(medium.tree + "App/links/a.hard"), 2u);
+    EXPECT_EQ(std::filesystem::read_symlink(medium.tree + "App/links/a.soft"), "../a.txt");
+    EXPECT_EQ(medium.installed("cdinst.dat"), readFile(medium.place + "/cdinst.dat"));
+    EXPECT_NE(medium.log().find("\nStarting Installation\nInstallation Completed\n"),
+              std::string::npos);
+    EXPECT_EQ(medium.history(), "HistoryFileVersion 2\nTest Product\n3.5\n" +
+                                    std::filesystem::canonical(medium.place).string() +
+                                    "\nPackage \"all\" Installed\nPackage \"all\" Installed\n");
+    EXPECT_EQ(readFile(medium.scratch / "home/.auxchestrc"),
+              "\nsinclude " + medium.dest + "/.title\n");
+}
+
+TEST(Install, PrintsSpinnerAndStatus)
+{
+    Medium medium;
+
+    medium.file("a", std::string(200000, 'a'));
+    medium.describe(onePackage("Copy \"a\" \"\" 200000 0644\n"), usualHeader("NoChestRC\n"));
+    RunResult result = medium.install();
+    size_t status = result.out.find("\nStatus:");
+
+    /* Seven lines behind the header. */
+    EXPECT_EQ(result.out.substr(0, status), "Parsing config file [|]\rParsing config file [/]\r"
+                                            "Parsing config file [-]\rParsing config file [\\]\r"
+                                            "Parsing config file [|]\rParsing config file [/]\r"
+                                            "Parsing config file [-]\r");
+    EXPECT_NE(result.out.find("Status:100.00%\r\n"), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find('\n', status + 1), result.out.size() - 1);
+    EXPECT_FALSE(std::filesystem::exists(medium.scratch / "home/.auxchestrc"));
+}
+
+TEST(Install, SecondRunDoesNothingAndRecordsAgain)
+{
+    Medium medium;
+
+    medium.file("a", "first");
+    medium.describe(onePackage("Copy \"a\" \"\" 5 0644\n"));
+    ASSERT_EQ(medium.install().iStatus, 0);
+    std::string history = medium.history();
+    medium.file("a", "other");
+    RunResult second = medium.install();
+
+    EXPECT_EQ(second.iStatus, 0);
+    EXPECT_EQ(medium.installed("a"), "first");
+    EXPECT_EQ(medium.history(), history);
+    EXPECT_EQ(medium.log().find(">>>>>>> SETUP"), 1u);
+    EXPECT_NE(medium.log().find(">>>>>>> SETUP", 10), std::string::npos);
+}
+
+TEST(Install, HistoryDecidesWhatIsInstalled)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.file("b", "b");
+    medium.describe(offering("Package \"pa\" \"\"\nCopy \"a\" \"\" 1 0644\n"
+                             "Package \"pb\" \"\"\nCopy \"b\" \"\" 1 0644\n"
+                             "Suite \"A\" pa\nSuite \"B\" pb\n",
+                             {"A", "B"}));
+    writeFile(medium.tree + "SetupFiles/.h.his",
+              "HistoryFileVersion 2\nTest Product\n2.1\n" + medium.place +
+                  "\nPackage \"pa\" Installed\nPackage \"gone\" Installed\n");
+    RunResult result = medium.install();
+
+    /* What the history does not name is no longer selected: nothing is copied at all. */
+    EXPECT_EQ(result.iStatus, 0);
+    EXPECT_NE(result.out.find("Setup has detected an older version of Test Product (2.1)\n"
+                              "Before installing, you should select Remove All.Returning OK\n"),
+              std::string::npos);
+    EXPECT_FALSE(medium.has("a"));
+    EXPECT_FALSE(medium.has("b"));
+    EXPECT_EQ(medium.history().substr(0, medium.history().find("\nPackage")),
+              "HistoryFileVersion 2\nTest Product\n3.5\n" + medium.place);
+}
+
+TEST(Install, CorruptHistoryMeansANewInstallation)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
+    writeFile(medium.tree + "SetupFiles/.h.his", "HistoryFileVersion 1\nTest Product\n3.5\n/\n");
+    RunResult result = medium.install();
+
+    EXPECT_NE(result.out.find("History file empty, corrupt, or out-of-date\n"), std::string::npos);
+    EXPECT_EQ(medium.installed("a"), "a");
+}
+
+TEST(Install, TellsFailuresAndGoesOn)
+{
+    Medium medium;
+
+    medium.file("b", "b");
+    medium.describe(onePackage("Copy \"missing\" \"\" 1 0644\nCopy \"b\" \"\" 1 0644\n"
+                               "Copy \"b\" \"b/below\" 1 0644\nUntar \"none.tar\" 1\n"
+                               "Untar2 \"/no/such/place\" \"b\" 1\nMkdir \"b\" 0755\n"
+                               "HardLink \".\" \"nothing\" \"link\"\n"
+                               "SoftLink \"absent\" \"b\" \"link\"\n"));
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.iStatus, 0); /* the run itself was carried out */
+    EXPECT_EQ(medium.installed("b"), "b");
+    EXPECT_NE(result.out.find("Copyfile can't open file: missingReturning Continue\n"),
+              std::string::npos);
+    EXPECT_NE(result.out.find("Can't open tarfile: none.tarReturning Continue\n"),
+              std::string::npos);
+    EXPECT_EQ(result.err, "Error: Copyfile can't create destination directory for:\n"
+                          "Error: Can't change directory to: /no/such/place\n"
+                          "Error: Mkdir file already exists " +
+                              medium.tree +
+                              "b\n"
+                              "Error: Hardlink linking file link to nothing\n"
+                              "Error: Softlink can't change directory to: " +
+                              medium.tree + "absent:b->link\n");
+    EXPECT_NE(medium.log().find("Hardlink linking file link to nothing\n"), std::string::npos);
+    EXPECT_NE(medium.log().find("Error during the installation\n"), std::string::npos);
+}
+
+TEST(Install, FailsBeforeAnythingIsTouched)
+{
+    struct Case {
+        std::string body;
+        std::string header;
+        std::string error;
+    };
+    const std::string unread = "Error: reading ./cdinst.dat\n";
+    const std::vector<Case> cases = {
+        {"Package \"p\" \"\"\nSuite \"S\" p\n", usualHeader(),
+         "Invalid arguments to CommandLineInstall\nError: during installation\n"},
+        {"ConfigBegin\n3 CusDlg \"\" \"\" \"\" 0\nConfigEnd\n", usualHeader(),
+         "Error: during setting installation size\n"},
+        {"Suite \"S\" nobody\n", usualHeader(),
+         "Error: there is no package named 'nobody'\n" + unread},
+        {"", "SetupVersion 1.0\n", unread},
+        {"", "SetupVersion 1\nProductName " + std::string(512, 'n') + "\n", unread},
+    };
+
+    for (const Case &test : cases) {
+        SCOPED_TRACE(test.error);
+        Medium medium;
+        medium.describe(test.body, test.header);
+        RunResult result =
+            medium.run({"-cmdline", "-noroot", "-from", "./cdinst.dat", "-dest", medium.dest});
+
+        EXPECT_EQ(result.iStatus, 1);
+        EXPECT_NE(result.err.find(test.error), std::string::npos) << result.err;
+        EXPECT_FALSE(std::filesystem::exists(medium.dest));
+    }
+}
+
+TEST(Options, AreReadLeftToRight)
+{
+    struct Case {
+        std::string arguments;
+        std::string error;
+    };
+    const std::string stamp = "Setup Version=0311-11:57\n";
+    const std::vector<Case> cases = {
+        {"-version", stamp},
+        {"-noroot -v", stamp},
+        {"-bad -v", "Error: invalid option '-bad'\n"},
+        {"-destination x", "Error: invalid option '-destination'\n"},
+        {"-d x", "Error: invalid option '-d'\n"},
+        {"-dest", "Error: option -dest requires an argument\n"},
+        {"-cmdline -from", "Error: option -from requires an argument\n"},
+        {"-cmdline -noroot", "Error: reading "},
+        {"-from " + std::string(5000, 'x') + " -v",
+         "Error: OV_instSetCdinstDirectory fatal error\n" + stamp},
+    };
+    Medium medium; /* without a description */
+
+    for (const Case &test : cases) {
+        std::istringstream words(test.arguments);
+        RunResult result = medium.run({std::istream_iterator<std::string>(words), {}});
+
+        EXPECT_EQ(result.iStatus, 1);
+        EXPECT_EQ(result.err.substr(0, test.error.size()), test.error);
+    }
+}
+
+TEST(Options, OnlyRootMayInstallUnlessTold)
+{
+    Medium medium;
+
+    if (getuid() != 0)
+        GTEST_SKIP() << "needs root to become somebody else";
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
+    must("chmod -R a+rwX " + medium.scratch.path.string());
+    must("cp " SETUP_PROGRAM " " + medium.place + "/program && chmod 755 " + medium.place +
+         "/program");
+    std::string command = "cd " + medium.place + " && setpriv --reuid 65534 --clear-groups -- " +
+                          "env HOME=" + (medium.scratch / "home") + " %s ./program -cmdline " +
+                          "-dest " + medium.dest + " %s > ../stdout 2> ../stderr";
+    auto run = [&](const char *pEnvironment, const char *pOption) {
+        char caCommand[4096];
+        snprintf(caCommand, sizeof caCommand, command.c_str(), pEnvironment, pOption);
+        return WEXITSTATUS(system(caCommand));
+    };
+
+    EXPECT_EQ(run("", ""), 1);
+    EXPECT_EQ(readFile(medium.scratch / "stderr"),
+              "Error: you need to be root to run this program\n");
+    EXPECT_FALSE(std::filesystem::exists(medium.dest));
+    EXPECT_EQ(run("OVINST_NOROOT=", ""), 0);
+    EXPECT_EQ(medium.installed("a"), "a");
+    std::filesystem::remove_all(medium.dest);
+    EXPECT_EQ(run("", "-noroot"), 0);
+    EXPECT_EQ(medium.installed("a"), "a");
+}
+
+TEST(Options, DestinationWinsOverTheDescriptions)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"),
+                    usualHeader("InstallDirectory /nowhere/at/all\n"));
+    EXPECT_EQ(medium.install().iStatus, 0);
+    EXPECT_EQ(medium.installed("a"), "a");
+    EXPECT_FALSE(std::filesystem::exists("/nowhere"));
+}
+
+TEST(Options, DebuggingTellsTotalsAndLines)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 7 0644\n"));
+    medium.environment.push_back("OVINST_DEBUG_MODE=0"); /* its presence counts */
+    std::string size = std::to_string(readFile(medium.place + "/cdinst.dat").size() + 7);
+    EXPECT_EQ(medium.install().err, "Total size=7\nTotal size +  cdinst=" + size + "\n");
+
+    medium.environment.push_back("OVINST_DEBUG=1");
+    medium.describe("# comment\n\nPackage \"p\" \"\"\ncopy \"a\"\n");
+    RunResult result = medium.install();
+    /* Ten header keys were looked for in six lines; the body's four follow. */
+    EXPECT_EQ(result.err, "Error: AddLineToCDinst\nLine=copy \"a\"\nError at line 14\n"
+                          "Error: reading " +
+                              medium.place + "/cdinst.dat\n");
+}
+
+TEST(Install, NumbersKeepTheirPointInEveryLocale)
+{
+    Medium medium;
+
+    medium.file("a", std::string(200000, 'a'));
+    medium.describe(onePackage("Copy \"a\" \"\" 200000 0644\n"));
+    medium.environment.push_back("LC_NUMERIC=de_DE.UTF-8");
+    medium.environment.push_back("LANG=de_DE.UTF-8");
+    EXPECT_NE(medium.install().out.find("Status:100.00%\r"), std::string::npos);
+}
+
+TEST(Install, PathsNeedNoQuoting)
+{
+    Medium medium;
+    std::string name = "od'd \"n$HOME` touch${IFS}x`";
+
+    medium.dest = medium.scratch / ("to " + name);
+    medium.tree = medium.dest + "/prod/";
+    putArchives(medium);
+    medium.file("with blank/a file", "a");
+    medium.file("regtool", "#!/bin/sh\nfor a in \"$@\"; do echo \"[$a]\"; done >> $OVTEST\n");
+    medium.describe(onePackage(
+        "Copy \"with blank/a file\" \"b $(touch y)\" 1 0644\n"
+        "Copy \"regtool\" \"Application/mainwin/mw/bin-amd64_linux/mwperl\" 1 0755\n" +
+        std::string("Untar \"stuff.tar\" 1 ") + s_members +
+        "\nRegData \"KEY\" \"name $HOME\" \"k`touch z`\" \"v=%d;x\"\nSelfReg \"my module.so\"\n"));
+    medium.environment.push_back("DISPLAY=");
+    medium.environment.push_back("OVTEST=" + (medium.scratch / "calls"));
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(medium.installed("b $(touch y)"), "a");
+    EXPECT_EQ(medium.installed("bin/tool"), "tool\n");
+    std::string mw = medium.tree + "Application/mainwin/mw";
+    EXPECT_EQ(readFile(medium.scratch / "calls"),
+              "[" + mw +
+                  "/scripts/mwgeneric.pl]\n[Application/mainwin/mw/bin-linux_optimized/regkey]\n"
+                  "[-r]\n[KEY]\n[name $HOME]\n[k`touch z`]\n[v=" +
+                  medium.tree +
+                  ";x]\n"
+                  "[" +
+                  mw + "/scripts/mwgeneric.pl]\n[Application/bin/cmdreg]\n[" + medium.tree +
+                  "my module.so]\n");
+    for (const char *pName : {"x", "y", "z"}) {
+        EXPECT_FALSE(std::filesystem::exists(medium.place + "/" + pName));
+        EXPECT_FALSE(medium.has(pName));
+    }
+}
+
+TEST(Install, WithoutADisplayNoRegistry)
+{
+    Medium medium;
+
+    medium.describe(onePackage("RegData \"K\" \"n\" \"k\" \"v\"\nSelfReg \"m.so\"\n"));
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.iStatus, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_NE(medium.log().find("Installation Completed\n"), std::string::npos);
+}
+
+TEST(Install, RegistryFileBecomesReadable)
+{
+    Medium medium;
+
+    medium.file("r", "registry");
+    medium.describe(onePackage("Copy \"r\" \"Application/registry\" 8 0600\n"));
+    ASSERT_EQ(medium.install().iStatus, 0);
+    EXPECT_EQ(modeOf(medium.tree + "Application/registry"), 0644u);
+}
+
+TEST(Install, DoesNotDependOnTheUmask)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Mkdir \"d\" 0775\nCopy \"a\" \"new/a\" 1 0666\n"));
+    mode_t before = umask(077);
+    EXPECT_EQ(medium.install().iStatus, 0);
+    umask(before);
+    EXPECT_EQ(modeOf(medium.tree + "d"), 0775u);
+    EXPECT_EQ(modeOf(medium.tree + "new"), 0755u);
+    EXPECT_EQ(modeOf(medium.tree + "new/a"), 0666u);
+    EXPECT_EQ(modeOf(medium.tree), 0755u);
+}
