@@ -1,8 +1,6 @@
 #include "engine/driver.h"
 
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include "engine/archive.h"
 #include "engine/configWalk.h"
@@ -236,15 +234,14 @@ static void removeDirectories(PackListRun *pRun)
 {
     while (pRun->iDirs > 0) {
         OwnedText path(below(pRun, pRun->apDirs[--pRun->iDirs]));
-        const char *pName = nullptr;
+        /* The slash makes it rmdir: a file of that name stays. */
+        OwnedText slashed(path ? OV_instBuildPath(path.get(), "", nullptr) : nullptr);
 
-        if (!path) {
+        if (!slashed) {
             OV_instSendUpdate(pRun->pStream, "-1 Internal error while deleting directories\n");
             continue;
         }
-        OwnedFd parent(OV_instGuardedOpenParent(path.get(), &pName));
-        if (parent.iFd >= 0)
-            (void)unlinkat(parent.iFd, pName, AT_REMOVEDIR); /* it may hold other files */
+        (void)OV_instGuardedRemove(slashed.get()); /* it may hold other files */
         OV_instSendUpdate(pRun->pStream, "+1 %s\n", path.get());
     }
 }

@@ -26,16 +26,19 @@ char *OV_instBasename(const char *pPath);
  * told on standard error and gives null. */
 char *OV_instGetRealPath(const char *pPath);
 
-/* The nearest existing directory at or above pPath (of the working directory for a null or empty
- * path): where a destination that does not exist yet will live. */
+/* The nearest existing directory at or above pPath (the working directory for a null or empty
+ * path; "./" for a relative one of which nothing exists): where a destination that does not exist
+ * yet will live. Null when pPath is there but is no directory. */
 char *OV_instGetPartitionDirectory(const char *pPath);
 
 /* The whole file with a terminating zero, or null when it cannot be read to its end. */
 char *OV_instReadFileContent(const char *pPath);
 
 /* The next logical line without its newline, or null at the end of the file. A line that ends in
- * a backslash is joined to the next one, the backslash becoming a blank. Every physical line (or
- * 102399-byte piece of one) read adds 1 to *piLine. Not reentrant. */
+ * a backslash is joined to the next one, the backslash becoming a blank. Every read of a physical
+ * line (or 102399-byte piece of one) adds 1 to *piLine, and so does the read that finds the end of
+ * the file; a line that the end cuts short behind its backslash is dropped. A zero byte hides the
+ * rest of its line. Not reentrant. */
 char *OV_instGetline(FILE *pFile, int *piLine);
 
 /* 1 when the file is empty or its last byte is no newline, else 0. The position is kept. */

@@ -13,7 +13,8 @@
  * means none. The path is copied. */
 void OV_instSetGuardedRoot(const char *pRoot);
 
-/* Opens a directory for use with the ...at calls. The caller closes it. -1 with errno set. */
+/* Opens a directory for use with the ...at calls and fchdir. It is a path descriptor: syncfs or
+ * reading need OV_instGuardedOpen with O_DIRECTORY. The caller closes it. -1 with errno set. */
 int OV_instGuardedOpenDir(const char *pDirectory);
 
 /* Opens a file; iMode is what a created file gets (less the umask). Never waits for the other
@@ -31,10 +32,12 @@ FILE *OV_instGuardedFopen(const char *pPath, const char *pMode);
  * in a slash). */
 int OV_instGuardedOpenParent(const char *pPath, const char **ppName);
 
-/* remove(): unlinks the file or link itself, or removes an empty directory. 0 or -1. */
+/* remove(): unlinks the file or link itself, or removes an empty directory. A path that ends in a
+ * slash removes a directory only. 0 or -1. */
 int OV_instGuardedRemove(const char *pPath);
 
-/* Sets the mode of the file itself, through a descriptor that was opened as above. 0 or -1. */
+/* Sets the mode of the file itself, through a descriptor that was opened as above; who has the
+ * file open anyway uses fchmod. 0 or -1. */
 int OV_instGuardedChmod(const char *pPath, mode_t iMode);
 
 #endif

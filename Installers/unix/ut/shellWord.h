@@ -1,5 +1,6 @@
 /* Texts that become part of a shell command. What consists of ordinary characters goes into the
- * command as it stands; anything else is passed so that the shell sees one word and runs nothing. */
+ * command as it stands; anything else is passed so that the shell sees one word and runs nothing.
+ */
 #ifndef OVINST_UT_SHELLWORD_H
 #define OVINST_UT_SHELLWORD_H
 

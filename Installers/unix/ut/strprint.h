@@ -28,8 +28,9 @@ int get_len_or_allocate(va_list args, const char *pFormat, DynString *pString, S
  * group took no part, cut when it does not fit. */
 void copy_reg_match(char *pDest, size_t iSize, const char *pSource, const regmatch_t *pMatch);
 
-/* The text, for the caller to free, or null for a null format or any failure. A format that
- * counts to nothing (an empty one) gives a static empty string that must not be freed. */
+/* The text, for the caller to free, or null for a null format or any failure. What counts to
+ * nothing (an empty format, but also "%d%%" of a single digit) gives a static empty string that
+ * must not be freed. */
 char *OV_instVStrprint(const char *pFormat, va_list args);
 char *OV_instStrPrint(const char *pFormat, ...);
 

@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+
+#include "ut/OVinstFileUtils.h"
+#include "ut/owned.h"
+#include "ut/scratchDir.h"
+
+#include <cstring>
+#include <string>
+
+/* The text of a result that the caller owns; "(null)" for none. */
+static std::string taken(char *pText)
+{
+    OwnedText text(pText);
+    return text ? text.get() : "(null)";
+}
+
+/* A stream that holds pBytes, at its start. */
+static OwnedFile holding(const std::string &bytes)
+{
+    OwnedFile file(tmpfile());
+    EXPECT_EQ(fwrite(bytes.data(), 1, bytes.size(), file.get()), bytes.size());
+    rewind(file.get());
+    return file;
+}
+
+/* Every line that OV_instGetline gives, each followed by "|", and what it counted. */
+static std::string linesOf(const std::string &bytes)
+{
+    OwnedFile file = holding(bytes);
+    std::string lines;
+    int iLine = 100;
+
+    while (char *pLine = OV_instGetline(file.get(), &iLine))
+        lines += taken(pLine) + "|";
+    return lines + std::to_string(iLine - 100);
+}
+
+class InDirectory : public testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        std::filesystem::create_directory("dir");
+        std::filesystem::create_directory_symlink("dir", "link");
+        writeText("file", std::string("a\0b\n", 4));
+        writeText("empty", "");
+    }
+    ScratchDir scratch;
+    std::string base = std::filesystem::canonical(scratch.path);
+};
+
+TEST(BuildPath, JoinsWithSingleSlashes)
+{
+    EXPECT_EQ(taken(OV_instBuildPath("/a/", "b", "/c", nullptr)), "/a/b/c");
+    EXPECT_EQ(taken(OV_instBuildPath("Setup", "log.txt", nullptr)), "Setup/log.txt");
+    EXPECT_EQ(taken(OV_instBuildPath("", "x", nullptr)), "/x");
+    EXPECT_EQ(taken(OV_instBuildPath("a", "", "", nullptr)), "a/");
+    EXPECT_EQ(taken(OV_instBuildPath("a//b///", nullptr)), "a/b/");
+    EXPECT_EQ(taken(OV_instBuildPath("", nullptr)), "");
+    EXPECT_EQ(taken(OV_instBuildPath("..", ".", "//", "x/", nullptr)), ".././x/");
+    EXPECT_EQ(OV_instBuildPath(nullptr, "x", nullptr), nullptr);
+    EXPECT_EQ(OV_instRemoveExtraSlash(nullptr), 1);
+}
+
+TEST(PathParts, SplitAtTheLastSlash)
+{
+    const struct {
+        const char *pPath, *pDirectory, *pBase;
+    } aRows[] = {
+        {"/mnt/cd/cdinst.dat", "/mnt/cd/", "cdinst.dat"},
+        {"/x",                 "/",        "x"         },
+        {"cdinst.dat",         "./",       "cdinst.dat"},
+        {"a//b///",            "a/",       ""          },
+        {"///a",               "/",        "a"         },
+        {"a/",                 "./",       ""          },
+        {"/",                  "./",       ""          },
+        {"",                   "./",       ""          },
+        {nullptr,              "(null)",   "(null)"    },
+    };
+    for (const auto &row : aRows) {
+        SCOPED_TRACE(row.pPath ? row.pPath : "null");
+        EXPECT_EQ(taken(OV_instDirname(row.pPath)), row.pDirectory);
+        EXPECT_EQ(taken(OV_instBasename(row.pPath)), row.pBase);
+    }
+    std::string longest(4096, 'x'), above(4097, '/');
+    EXPECT_EQ(taken(OV_instDirname(longest.c_str())), "./");
+    EXPECT_EQ(taken(OV_instBasename(longest.c_str())), longest);
+    EXPECT_EQ(OV_instDirname(above.c_str()), nullptr);
+    EXPECT_EQ(OV_instBasename(above.c_str()), nullptr);
+}
+
+TEST_F(InDirectory, ResolvesTheDirectory)
+{
+    EXPECT_EQ(taken(OV_instGetRealPath("link/none")), base + "/dir/");
+    EXPECT_EQ(taken(OV_instGetRealPath("link/")), base + "/"); /* the directory of link itself */
+    EXPECT_EQ(taken(OV_instGetRealPath("/none")), "/");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(OV_instGetRealPath("none//x"), nullptr);
+    EXPECT_EQ(OV_instGetRealPath(nullptr), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Error: can't obtain realpath of <none/>\n");
+}
+
+TEST_F(InDirectory, FindsTheNearestDirectory)
+{
+    EXPECT_EQ(taken(OV_instGetPartitionDirectory((base + "/dir/a//b/").c_str())), base + "/dir/");
+    EXPECT_EQ(taken(OV_instGetPartitionDirectory("link")), "link");
+    EXPECT_EQ(taken(OV_instGetPartitionDirectory("/no/such")), "/");
+    EXPECT_EQ(taken(OV_instGetPartitionDirectory("no/such")), "./");
+    EXPECT_EQ(taken(OV_instGetPartitionDirectory(nullptr)), base);
+    EXPECT_EQ(taken(OV_instGetPartitionDirectory("")), base);
+    EXPECT_EQ(OV_instGetPartitionDirectory("file"), nullptr);
+    EXPECT_EQ(OV_instGetPartitionDirectory(std::string(4097, 'x').c_str()), nullptr);
+}
+
+TEST_F(InDirectory, ReadsAWholeFile)
+{
+    int iBefore = dup(0);
+    OwnedText content(OV_instReadFileContent("file"));
+    ASSERT_NE(content, nullptr);
+    EXPECT_EQ(memcmp(content.get(), "a\0b\n", 5), 0);
+    EXPECT_EQ(taken(OV_instReadFileContent("empty")), "");
+    for (const char *pName : {"none", "dir", "", static_cast<const char *>(nullptr)})
+        EXPECT_EQ(OV_instReadFileContent(pName), nullptr);
+    int iAfter = dup(0);
+    EXPECT_EQ(iAfter, iBefore + 1); /* no descriptor is left open */
+    close(iBefore);
+    close(iAfter);
+}
+
+TEST(Getline, JoinsAndCounts)
+{
+    const struct {
+        const char *pBytes, *pExpected;
+    } aRows[] = {
+        {"",             "1"         },
+        {"abc\\\ndef\n", "abc def|3" },
+        {"a\n\nb",       "a||b|3"    },
+        {"a\\\\\nb\n",   "a\\ b|3"   },
+        {"a\\\n\nb\n",   "a |b|4"    },
+        {"\\\n\\\nb\n",  "  b|4"     },
+        {"a\\ \nb\\",    "a\\ |b\\|2"},
+        {"a\nlost\\\n",  "a|3"       },
+    };
+    for (const auto &row : aRows)
+        EXPECT_EQ(linesOf(row.pBytes), row.pExpected);
+    EXPECT_EQ(linesOf(std::string("\0\na\0b\nc", 7)), "|a|c|3"); /* a zero byte hides no newline */
+    EXPECT_EQ(linesOf(std::string("a\0\\\nb\n", 6)), "a|b|3");
+    OwnedFile file = holding("a");
+    EXPECT_EQ(taken(OV_instGetline(file.get(), nullptr)), "a");
+    EXPECT_EQ(OV_instGetline(file.get(), nullptr), nullptr);
+    EXPECT_EQ(OV_instGetline(nullptr, nullptr), nullptr);
+}
+
+TEST(Getline, ReadsPiecesOf102399Bytes)
+{
+    const std::string full(102398, 'x');
+    EXPECT_TRUE(linesOf(full + "\n") == full + "|2");
+    EXPECT_TRUE(linesOf(full + "x\n") == full + "x|3");
+    EXPECT_TRUE(linesOf(full + "\\\nb\n") == full + " b|4"); /* the newline is the second piece */
+    EXPECT_TRUE(linesOf(full + "\\z\nb") == full + "\\z|b|3");
+    EXPECT_TRUE(linesOf(full + full + "\n" + full) == full + full + "|" + full + "|3");
+}
+
+/* Quadratic copying would take minutes here. */
+TEST(Getline, CopesWithHugeLogicalLines)
+{
+    std::string continued;
+    for (int i = 0; i < 1000000; i++)
+        continued += "a\\\n";
+    std::string lines = linesOf(continued + "z\n");
+    EXPECT_EQ(lines.size(), 2000000 + sizeof "z|1000002" - 1);
+    lines.assign(40000000, 'x');
+    lines = linesOf(lines);
+    EXPECT_EQ(lines.size(), 40000000 + sizeof "|391" - 1);
+}
+
+TEST(NeedNewline, LooksAtTheLastByteOnly)
+{
+    for (const char *pBytes : {"", "a", "\na", "a\n", "a\n\n"}) {
+        OwnedFile file = holding(pBytes);
+        int iFirst = getc(file.get());
+        EXPECT_EQ(OV_instNeedNewline(file.get()), strncmp(pBytes, "a\n", 2) != 0) << pBytes;
+        EXPECT_EQ(ftell(file.get()), iFirst == EOF ? 0 : 1) << pBytes;
+    }
+    EXPECT_EQ(OV_instNeedNewline(nullptr), 1);
+}
+
+/* Each piece with "|" behind it, and the count. */
+static std::string piecesOf(const char *pText, char cSeparator)
+{
+    int iCount = -1;
+    std::string pieces;
+    char **apPieces = OV_instSplitStringOn(pText, cSeparator, &iCount);
+
+    for (char **ppPiece = apPieces; ppPiece && *ppPiece; ppPiece++)
+        pieces += *ppPiece + std::string("|");
+    OV_instFreeStringArray(apPieces);
+    return (apPieces ? pieces : "(null)") + std::to_string(iCount);
+}
+
+TEST(SplitString, KeepsEmptyPieces)
+{
+    EXPECT_EQ(piecesOf("a::b", ':'), "a||b|3");
+    EXPECT_EQ(piecesOf("", ':'), "|1");
+    EXPECT_EQ(piecesOf(":a:", ':'), "|a||3");
+    EXPECT_EQ(piecesOf("abc", ':'), "abc|1");
+    EXPECT_EQ(piecesOf(nullptr, ':'), "(null)0");
+    EXPECT_EQ(piecesOf("a", '\0'), "(null)0");
+}

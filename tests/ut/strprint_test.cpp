@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+
+#include "ut/owned.h"
+#include "ut/strprint.h"
+
+#include <climits>
+#include <cstring>
+#include <malloc.h>
+#include <string>
+
+struct PrintRow {
+    std::string got, expected;
+};
+
+/* Both passes by hand: the text, "#" and what the counting pass made of it. */
+static std::string print(const char *pFormat, ...)
+{
+    DynString result = {77, nullptr};
+    va_list args;
+    int iFailed = 0;
+
+    for (StrOper oper : {LENGTH, ALLOC}) {
+        va_start(args, pFormat);
+        iFailed |= get_len_or_allocate(args, pFormat, &result, oper);
+        va_end(args);
+    }
+    if (iFailed || !result.str)
+        return "(failed)";
+    std::string text = result.str + ("#" + std::to_string(result.len));
+    if (result.len)
+        free(result.str);
+    return text;
+}
+
+TEST(StrPrint, RendersAndCountsEveryConversion)
+{
+    const PrintRow aRows[] = {
+        {print("plain"),        "plain#5"                        },
+        {print("a%db",          -42),                              "a-42b#5"},
+        {print("%i %u",                     7,                                          UINT_MAX), "7 4294967295#12"},
+        {print("%o%x%X",            8,255, 255), "10ffFF#6"},
+        {print("%-#8x|%+d|% d",        255,                             1, 2), "0xff    |+1| 2#14"},
+        {print("%08.3d",                 5),                                        "     005#8"},
+        {print("%--------------------5d|", 7),                        "7    |#6"},
+        {print("%d",                   0x1234567800000007),                                 "7#1"},
+        {print("%5.2f MB",        3.14159),                       " 3.14 MB#8"},
+        {print("%e %G",                     1.0,                       1e-10), "1.000000e+00 1E-10#18"},
+        {print("%E%g",           1.0,                     0.5), "1.000000E+000.5#15"},
+        {print("%c%3c|%.5c",'a','b', 'c'), "a  b|c#6"},
+        {print("<%c%3c%-3c>",      0,                        0, 0), "<  >#9"},
+        {print("<%s>",                     "ab"),                                          "<ab>#5"},
+        {print("%s",               ""),   "#1"},
+        {print("%-1.1s|",          "abc"),                              "abc|#5"},
+        {print("%5s and more", "ab"),                                  "ab#15"},
+        {print("%9s%s",                                   nullptr,                                                                                      nullptr), "(null)(null)#12"},
+        {print("100%% sure%%"),           "100% sure%#6"                                           },
+        {print("abc%"),               "abc#1"                       },
+        {print("abc%5"),             "abc#1"                                             },
+        {print("%-5.2%|%%%%"),"%|%%#4294967294"},
+        {print("%ld|%d",            3),                            "d|3#3"},
+        {print("%hd%p%n%a%.%*d",                     3),                                        "dd#2"},
+        {print("%.0f|%5.d",             3.0),                 "0f|d#4"},
+        {print("%\n%d",                9),         "9#1"},
+        {print("%3000d|",         1), std::string(2999, ' ') + "1|#3001"},
+ /* what counts to nothing is written as nothing */
+        {print("ab%"),    "#0"                                    },
+        {print("x%%"),"#0"},
+        {print("%l%h"),"#0"         },
+        {print(""),  "#0"},
+    };
+
+    for (const PrintRow &row : aRows)
+        EXPECT_EQ(row.got, row.expected);
+}
+
+TEST(StrPrint, KeepsTheZeroBytesOfAPaddedString)
+{
+    OwnedText text(OV_instStrPrint("%5s|%s", "ab", "c"));
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(memcmp(text.get(), "ab\0\0\0|c", 8), 0);
+}
+
+TEST(StrPrint, NeverSizesTheBufferByItsCount)
+{
+    std::string wrapped, percents(1000, '%');
+    for (int i = 0; i < 500; i++)
+        wrapped += "%%";
+    OwnedText text(OV_instStrPrint(wrapped.c_str()));
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(text.get(), percents.substr(500));
+    EXPECT_LT(malloc_usable_size(text.get()), 1U << 20);
+    text.reset(OV_instStrPrint((wrapped + "%502s").c_str(), "x")); /* counts 503 of 1002 bytes */
+    EXPECT_EQ(text.get(), percents.substr(500) + "x");
+}
+
+/* What printing both arguments says on standard error. */
+template <typename Number> static std::string reported(const char *pFormat, Number number)
+{
+    testing::internal::CaptureStderr();
+    OwnedText text(OV_instStrPrint(pFormat, number, number));
+    return testing::internal::GetCapturedStderr();
+}
+
+TEST(StrPrint, ReportsWhatTheUsualBufferCouldNotHold)
+{
+    const std::string twice = "Possible memory corruption\nPossible memory corruption\n";
+
+    for (const char *pFormat : {"%20d", "%.21d", "%25.26d", "%9c", "%.15d%.15d"})
+        EXPECT_EQ(reported(pFormat, 1), "") << pFormat;
+    for (const char *pFormat : {"%.22d", "%25.27d"})
+        EXPECT_EQ(reported(pFormat, 1), twice) << pFormat;       /* once in each pass */
+    for (const char *pFormat : {"%.13f", "%40.23f", "%.2f%32e"}) /* 31 and 41 characters fit */
+        EXPECT_EQ(reported(pFormat, 1e16), "") << pFormat;
+    for (const char *pFormat : {"%.14f", "%40.24f"})
+        EXPECT_EQ(reported(pFormat, 1e16), twice) << pFormat;
+}
+
+TEST(StrPrint, FailsOnWhatCannotBeRendered)
+{
+    DynString string = {5, nullptr};
+    va_list none = {};
+
+    for (const char *pFormat :
+         {"%99999999999d", "%.99999999999f", "%99999999999s",
+          "%1000000000000000000000000000000000000000000000c", "%.1111111111111111111111111d"})
+        EXPECT_EQ(OV_instStrPrint(pFormat, 1.0, "x"), nullptr) << pFormat;
+    EXPECT_EQ(OV_instStrPrint(nullptr), nullptr);
+    EXPECT_EQ(OV_instStrPopen(nullptr, "r"), nullptr);
+    EXPECT_EQ(OV_instStrSystem(nullptr), 1);
+    EXPECT_EQ(get_len_or_allocate(none, nullptr, &string, LENGTH), 1);
+    EXPECT_EQ(get_len_or_allocate(none, "x", nullptr, LENGTH), 1);
+}
+
+TEST(CopyRegMatch, CutsAndTerminates)
+{
+    char caText[4] = "zzz";
+    regmatch_t aMatches[] = {
+        {-1, -1},
+        {1,  6 },
+        {1,  3 }
+    };
+    const char *const apExpected[] = {"", "bcd", "bc"};
+
+    for (int i = 0; i < 3; i++) {
+        copy_reg_match(caText, sizeof caText, "abcdef", &aMatches[i]);
+        EXPECT_STREQ(caText, apExpected[i]);
+    }
+}
+
+TEST(StrConcat, AppendsInOrder)
+{
+    OwnedText text(OV_instStrConcat(nullptr, nullptr));
+    ASSERT_STREQ(text.get(), "");
+    text.reset(OV_instStrConcat(text.release(), "a%d", "", "b", nullptr));
+    text.reset(OV_instStrConcat(text.release(), "c", nullptr));
+    EXPECT_STREQ(text.get(), "a%dbc");
+}
+
+TEST(StrCommand, FormatsRunsAndFrees)
+{
+    char caLine[16] = "";
+    OwnedPipe pipe(OV_instStrPopen("printf '%s-%d'", "r", "ab", 5));
+    ASSERT_NE(pipe, nullptr);
+    EXPECT_NE(fgets(caLine, sizeof caLine, pipe.get()), nullptr);
+    EXPECT_STREQ(caLine, "ab-5");
+    EXPECT_EQ(OV_instStrSystem("exit %d", 3), 3 << 8);
+
+    EXPECT_EQ(OV_instStrPrint(""), OV_instStrPrint("%l")); /* static, not to be freed */
+    EXPECT_EQ(OV_instStrSystem(""), 0);
+    pipe.reset(OV_instStrPopen("", "r"));
+    EXPECT_NE(pipe, nullptr);
+}
