@@ -225,16 +225,23 @@ static ssize_t feedBlock(Feed *pFeed)
     return static_cast<ssize_t>(iDone);
 }
 
+static int untakenBytes(int iPipe)
+{
+    int iCount = 0;
+
+    return ioctl(iPipe, FIONREAD, &iCount) < 0 ? 0 : iCount;
+}
+
 /* Waits until the command has taken what the pipe still holds: a command that leaves before that
  * has failed, even though every write went well. */
 static int waitUntilTaken(Feed *pFeed)
 {
     struct pollfd pipeEnd = {fileno(pFeed->pCommandPipe), 0, 0};
-    int iUntaken = 0;
 
-    while (ioctl(pipeEnd.fd, FIONREAD, &iUntaken) == 0 && iUntaken > 0)
+    while (untakenBytes(pipeEnd.fd) > 0)
         if (poll(&pipeEnd, 1, TAKEN_POLL_MSEC) > 0 && (pipeEnd.revents & POLLERR))
-            return pipeFailure(pFeed);
+            return untakenBytes(pipeEnd.fd) > 0 ? pipeFailure(pFeed)
+                                                : 0; /* nobody reads any more */
     return 0;
 }
 
