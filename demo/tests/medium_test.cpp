@@ -1,0 +1,268 @@
+/* The sample medium: whether its description tells the truth, and whether it installs. */
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+#include "description/model.h"
+#include "description/reader.h"
+#include "ut/owned.h"
+
+namespace fs = std::filesystem;
+using Model = std::unique_ptr<_OV_instCDinst, decltype(&OV_instFreeCDinst)>;
+
+static const std::string s_medium = MEDIUM_DIR;
+
+static Model readMedium()
+{
+    return Model(OV_instReadCDinst((s_medium + "/cdinst.dat").c_str(), nullptr), OV_instFreeCDinst);
+}
+
+/* For a shell command; the names of a build tree hold no quotes, but may hold blanks. */
+static std::string word(const std::string &path)
+{
+    return "'" + path + "'";
+}
+
+static std::string output(const std::string &command)
+{
+    OwnedPipe pipe(popen(command.c_str(), "r"));
+    std::string text;
+
+    for (int c; (c = getc(pipe.get())) != EOF;)
+        text += static_cast<char>(c);
+    return text;
+}
+
+static std::string fileText(const std::string &path)
+{
+    std::ostringstream text;
+
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+static std::vector<const _OV_InstOper *> operations(const Model &model)
+{
+    std::vector<const _OV_InstOper *> all;
+
+    for (auto *pNode = model->pPackageHead; pNode; pNode = pNode->pNext)
+        for (auto *pOper = pNode->pPackage->pOperHead; pOper; pOper = pOper->pNext)
+            all.push_back(pOper);
+    return all;
+}
+
+static bool isArchive(const _OV_InstOper *pOper)
+{
+    return pOper->iType >= OV_OPER_UNTAR && pOper->iType <= OV_OPER_UNTARZ2;
+}
+
+/* Member names and sizes as tar itself lists them; an empty file weighs 1 in the description. */
+static std::string listing(const std::string &archive)
+{
+    return output("tar -tvf " + word(archive) +
+                  " | awk '{ size = $3 ? $3 : 1; for (i = 0; i < 5; i++) sub(/^[^ ]+ +/, \"\");"
+                  " print size, $0 }'");
+}
+
+class MediumTest : public ::testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        char caName[] = "/tmp/mediumXXXXXX";
+        ASSERT_TRUE(mkdtemp(caName));
+        scratch = caName;
+    }
+    void TearDown() override { fs::remove_all(scratch); }
+
+    std::string scratch;
+};
+
+TEST_F(MediumTest, MembersAndSizesAreTrue)
+{
+    Model model = readMedium();
+    ASSERT_TRUE(model);
+
+    for (const _OV_InstOper *pOper : operations(model)) {
+        if (pOper->iType == OV_OPER_COPY || pOper->iType == OV_OPER_COPYZ) {
+            EXPECT_EQ(pOper->lUnits, static_cast<int64_t>(
+                                         fs::file_size(s_medium + "/" + pOper->body.copy.pSource)))
+                << pOper->body.copy.pSource;
+        }
+        if (!isArchive(pOper))
+            continue;
+        const _OV_InstTar &tar = pOper->body.tar;
+        std::ostringstream told;
+        for (int i = 0; i < tar.iCount; i++)
+            told << tar.aUnits[i] << " " << tar.apMembers[i] << "\n";
+        EXPECT_EQ(listing(s_medium + "/" + tar.pArchive), told.str()) << tar.pArchive;
+    }
+}
+
+TEST_F(MediumTest, HoldsEveryKindOfEverything)
+{
+    Model model = readMedium();
+    ASSERT_TRUE(model);
+    std::set<int> kinds;
+    std::map<const _OV_InstPackage *, int> users;
+    int iHidden = 0, iVital = 0;
+
+    for (const _OV_InstOper *pOper : operations(model))
+        kinds.insert(pOper->iType);
+    EXPECT_EQ(
+        (std::set<int>{OV_OPER_COPY, OV_OPER_COPYZ, OV_OPER_UNTAR, OV_OPER_UNTARZ, OV_OPER_UNTAR2,
+                       OV_OPER_UNTARZ2, OV_OPER_MKDIR, OV_OPER_HARDLINK, OV_OPER_SOFTLINK,
+                       OV_OPER_FUNCTION, OV_OPER_SHORTCUT, OV_OPER_REGDATA, OV_OPER_SELFREG}),
+        kinds);
+    for (auto *pSuite = model->pSuiteHead; pSuite; pSuite = pSuite->pNext) {
+        iHidden += pSuite->iHidden;
+        iVital += pSuite->iVital;
+        for (auto *pNode = pSuite->pPackHead; pNode; pNode = pNode->pNext)
+            users[pNode->pPackage]++;
+    }
+    EXPECT_EQ(1, iHidden);
+    EXPECT_EQ(1, iVital);
+    EXPECT_LT(1, users[OV_instGetPackageFromName(model.get(), "headers")]);
+}
+
+/* Walks a configuration; collects the packages of its suites. */
+static void walk(_OV_instCDinst *pRoot, int iId, std::set<std::string> *pPackages)
+{
+    const _OV_InstConfigList *pConfig = OV_instGetConfigFromId(pRoot, iId);
+    int32_t iMost = 0;
+
+    ASSERT_TRUE(pConfig) << iId;
+    if (pConfig->pIcon) {
+        void *pModule =
+            dlopen((s_medium + "/SetupFiles/" + pConfig->pIcon->pIcon1).c_str(), RTLD_LAZY);
+        ASSERT_TRUE(pModule) << dlerror();
+        EXPECT_TRUE(dlsym(pModule, pConfig->pIcon->pIcon2)) << pConfig->pIcon->pIcon2;
+        dlclose(pModule);
+    }
+    if (pConfig->iType == OV_CONFIG_SUITE) {
+        auto *pChoice = static_cast<const _OV_InstSuiteChoice *>(pConfig->pData);
+        for (auto *pNode = pChoice->pSuite->pPackHead; pNode; pNode = pNode->pNext)
+            pPackages->insert(pNode->pPackage->pName);
+    }
+    const int32_t *aChildren = OV_instGetConfigChildren(pConfig, &iMost);
+    for (int i = 0; i < iMost && aChildren[i] > 0; i++) {
+        EXPECT_GT(aChildren[i], iId);
+        walk(pRoot, aChildren[i], pPackages);
+    }
+}
+
+TEST_F(MediumTest, ThreeRootsReachEveryPackageAndIcon)
+{
+    Model model = readMedium();
+    ASSERT_TRUE(model);
+    std::set<std::string> all;
+
+    for (auto *pNode = model->pPackageHead; pNode; pNode = pNode->pNext)
+        all.insert(pNode->pPackage->pName);
+    const int aKinds[] = {OV_CONFIG_MAINDLG, OV_CONFIG_CUSDLG, OV_CONFIG_CUSDLG};
+    for (int iId = 1; iId <= 3; iId++) {
+        std::set<std::string> reached;
+        ASSERT_NO_FATAL_FAILURE(walk(model.get(), iId, &reached));
+        EXPECT_EQ(all, reached) << iId;
+        EXPECT_EQ(aKinds[iId - 1], OV_instGetConfigFromId(model.get(), iId)->iType);
+    }
+}
+
+TEST_F(MediumTest, BuilderRepeatsItselfAndSparesOtherDirectories)
+{
+    std::string build = word(MAKE_MEDIUM) + " --program " + word(s_medium + "/setup") +
+                        " --modules " + word(s_medium + "/SetupFiles") + " ";
+    std::string one = scratch + "/one", two = scratch + "/two";
+
+    for (const std::string &out : {one, one, two}) /* the second run replaces the first's */
+        ASSERT_EQ(0, system((build + out + " >/dev/null").c_str()));
+    EXPECT_EQ("", output("diff -r " + one + " " + two));
+    EXPECT_NE(std::string::npos,
+              fileText(one + "/cdinst.dat").find("\nInstallDirectory /usr/Orvane/\n"));
+
+    fs::create_directories(scratch + "/mine");
+    std::ofstream(scratch + "/mine/letter") << "dear";
+    EXPECT_NE(0, system((build + scratch + "/mine 2>/dev/null").c_str()));
+    EXPECT_EQ("dear", fileText(scratch + "/mine/letter"));
+    EXPECT_NE(0, system((build + "--program /nowhere " + two + " 2>/dev/null").c_str()));
+    EXPECT_TRUE(fs::exists(two + "/cdinst.dat"));
+}
+
+static std::string permissions(const std::string &path)
+{
+    struct stat examined;
+
+    if (lstat(path.c_str(), &examined) < 0)
+        return "missing";
+    char caMode[8];
+    (void)snprintf(caMode, sizeof caMode, "%04o", static_cast<unsigned>(examined.st_mode & 07777));
+    return caMode;
+}
+
+/* Everything that the description lists lies where it belongs, and is whole. The one file that the
+ * installation itself goes on to write keeps its beginning. */
+static void expectInstalled(const Model &model, const std::string &root)
+{
+    const std::string dest = root + "/kivo/";
+
+    for (const _OV_InstOper *pOper : operations(model)) {
+        const auto &body = pOper->body;
+        if (pOper->iType == OV_OPER_COPY) {
+            std::string path = dest + (body.copy.pDest ? body.copy.pDest : body.copy.pSource);
+            std::string wanted = fileText(s_medium + "/" + body.copy.pSource),
+                        found = fileText(path);
+            if (path == dest + "Application/registry-calls.log")
+                found.resize(wanted.size());
+            EXPECT_TRUE(wanted == found) << path << ": " << found.size() << " bytes";
+        } else if (isArchive(pOper)) {
+            std::string base = !body.tar.pDestRoot                               ? dest
+                               : std::string("<RootDest>") == body.tar.pDestRoot ? root
+                                                                                 : root + "/Orvane";
+            EXPECT_EQ("", output("tar -df " + word(s_medium + "/" + body.tar.pArchive) + " -C " +
+                                 base + " 2>&1 | grep -v 'd differs$'"));
+        }
+    }
+}
+
+TEST_F(MediumTest, InstallsCompletelyAndCallsTheRegistryTools)
+{
+    const std::string root = scratch + "/root", dest = root + "/kivo/";
+    const std::string command = "HOME=" + scratch + " DISPLAY= " + word(s_medium + "/setup") +
+                                " -cmdline -noroot -dest " + root + " 2>&1 >/dev/null";
+    Model model = readMedium();
+    ASSERT_TRUE(model);
+
+    EXPECT_EQ("", output(command));
+    expectInstalled(model, root);
+    EXPECT_EQ("0644", permissions(dest + "Application/registry"));
+    EXPECT_EQ("0755", permissions(dest + "Application/bin/kivo"));
+    EXPECT_EQ(2u, fs::hard_link_count(dest + "Application/bin/kivo3.5"));
+    EXPECT_EQ("bin/kivo", fs::read_symlink(dest + "Application/kivo"));
+    EXPECT_TRUE(fs::exists(dest + "Documents/start.html"));
+    EXPECT_EQ(262144u, fs::file_size(dest + "Data/Cache/scene.cache"));
+
+    const std::string calls = fileText(dest + "Application/registry-calls.log");
+    const std::string home = "OV_HOME " + dest + "\nMWHOME " + dest +
+                             "Application/mainwin/mw\nMWREGISTRY " + dest +
+                             "Application/registry\n";
+    const std::string aExpected[] = {
+        "program regkey\nargument <-r>\nargument <HKEY_LOCAL_MACHINE>\n"
+        "argument <Software\\Orvane\\KIVO\\3.5>\nargument <InstallDir>\nargument <" +
+            dest + ">\n" + home + "OV_COMMONDIR (unset)\ndirectory " + root + "/kivo\n",
+        "argument <KIVO.Scene\\shell\\open\\command>\nargument <Default>\nargument <\"" + dest +
+            "Application/bin/kivo\" -open>\n",
+        "program cmdreg\nargument <" + dest + "Application/modules/render.rgs>\nargument <" + dest +
+            "Application/modules/import.rgs>\n" + home + "OV_COMMONDIR " + root + "/Orvane/\n",
+    };
+    for (const std::string &expected : aExpected)
+        EXPECT_NE(std::string::npos, calls.find(expected)) << expected << "not in\n" << calls;
+}
