@@ -73,7 +73,8 @@ static void readDescription(benchmark::State &state)
     char caPath[] = "/tmp/ovbenchXXXXXX";
     FILE *pFile = fdopen(mkstemp(caPath), "w");
 
-    fputs("SetupVersion 1\nProductName B\nProductVersion 1\nProductDirectory p\nLogFile l\n", pFile);
+    fputs("SetupVersion 1\nProductName B\nProductVersion 1\nProductDirectory p\nLogFile l\n",
+          pFile);
     for (int64_t i = 0; i < state.range(0); i++)
         fprintf(pFile, "Package \"p%d\" \"P\"\nCopy \"a/b%d\" \"\" 10 0644\n", static_cast<int>(i),
                 static_cast<int>(i));

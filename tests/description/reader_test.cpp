@@ -103,15 +103,15 @@ TEST_F(Reader, RejectsAWrongHeader)
     const std::string noLog = header.substr(0, header.find("LogFile"));
     /* The text, and the key that is missed aloud. */
     const std::string aaRows[][2] = {
-        {"",                                              ""            },
-        {"SetupVersion 1.0\n" + header.substr(15),        ""            },
-        {"\n" + header,                                   "SetupVersion"},
-        {header.substr(15),                               "SetupVersion"},
-        {"SetupVersion 1\n#\nProductName x\n",            "ProductName" },
-        {"SetupVersion 1\nProductName " + lengthy + "\n", "ProductName" },
-        {noLog + "Logfile x\n",                           "LogFile"     },
-        {header + "HistoryFile " + lengthy + "\n",        ""            },
-        {header + "NoDisplayLog " + lengthy + "\n",       ""            },
+        {"", ""},
+        {"SetupVersion 1.0\n" + header.substr(15), ""},
+        {"\n" + header, "SetupVersion"},
+        {header.substr(15), "SetupVersion"},
+        {"SetupVersion 1\n#\nProductName x\n", "ProductName"},
+        {"SetupVersion 1\nProductName " + lengthy + "\n", "ProductName"},
+        {noLog + "Logfile x\n", "LogFile"},
+        {header + "HistoryFile " + lengthy + "\n", ""},
+        {header + "NoDisplayLog " + lengthy + "\n", ""},
     };
     for (const auto &aRow : aaRows) {
         EXPECT_EQ(nullptr, read(aRow[0])) << aRow[0];
@@ -163,18 +163,18 @@ TEST_F(Reader, ChecksEveryModule)
         const char *pLines;
         std::vector<const char *> messages; /* empty: good; "%" stands for the directory */
     } aRows[] = {
-        {"Function \"goodEntry\" \"goodModule.so\"",                                           {}},
+        {"Function \"goodEntry\" \"goodModule.so\"", {}},
         {"Function \"lost\" \"goodModule.so\"",
          {"Error: missing function in module\nModule: goodModule.so\nPackage: p\nFunction: lost"}},
         {"Function \"initModule\" \"oldModule.so\"\nFunction \"goodEntry\" \"goodModule.so\"",
          {"Error: version number of module is invalid\nModule: %/SetupFiles/oldModule.so\n"
-          "Package: p\nCurrent version: 1.000000\nRequired version: 1.100000"}                   },
+          "Package: p\nCurrent version: 1.000000\nRequired version: 1.100000"}},
         {"Function \"initModule\" \"unversionedModule.so\"\nFunction \"f\" \"bareModule.so\"",
          {"Error: there is no version number in module\n"
           "Module: %/SetupFiles/unversionedModule.so\nPackage: p",
-          "Package: p\nFunction: initModule", "Package: p\nFunction: f"}                         },
+          "Package: p\nFunction: initModule", "Package: p\nFunction: f"}},
         {"Function \"f\" \"none.so\"\nFunction \"f\" \"bareModule.so\"",
-         {"Error: unable to load %/SetupFiles/none.so"}                                          },
+         {"Error: unable to load %/SetupFiles/none.so"}},
     };
     for (const auto &row : aRows) {
         Model model = read(std::string(s_caHeader) + "Package \"p\"\n" + row.pLines + "\n");

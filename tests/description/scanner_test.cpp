@@ -25,14 +25,14 @@ TEST(GetToken, TakesTheNextRunOfWordCharacters)
         const char *pToken;
         const char *pRest;
     } aRows[] = {
-        {" ,Copy \"a\"",    s_apWords, 1, "Copy",   " \"a\""     },
-        {"Copy2 x",         s_apWords, 1, "(null)", " x"         },
-        {"copy",            s_apWords, 1, "(null)", ""           },
-        {"mkDIR,",          s_apWords, 0, "mkDIR",  ","          },
-        {"x_1-b\xe4",       nullptr,   1, "x_1-b",  "\xe4"       },
-        {" \"\\,\xff. ",    nullptr,   1, "(null)", ""           },
-        {"",                nullptr,   1, "(null)", ""           },
-        {"word in no list", s_apNone,  1, "(null)", " in no list"},
+        {" ,Copy \"a\"", s_apWords, 1, "Copy", " \"a\""},
+        {"Copy2 x", s_apWords, 1, "(null)", " x"},
+        {"copy", s_apWords, 1, "(null)", ""},
+        {"mkDIR,", s_apWords, 0, "mkDIR", ","},
+        {"x_1-b\xe4", nullptr, 1, "x_1-b", "\xe4"},
+        {" \"\\,\xff. ", nullptr, 1, "(null)", ""},
+        {"", nullptr, 1, "(null)", ""},
+        {"word in no list", s_apNone, 1, "(null)", " in no list"},
     };
     for (const auto &row : aRows) {
         const char *pCursor = nullptr;
@@ -73,19 +73,19 @@ TEST(GetQuotedString, KeepsEveryEscapeButNewline)
         const char *pResult;
         const char *pRest; /* the whole text where the cursor must stay */
     } aRows[] = {
-        {R"(1, "a\"b" 2)",  R"(a\"b)",         " 2"            },
-        {R"("" "x")",       "",                R"( "x")"       },
-        {R"(no quote, 5)",  "",                R"(no quote, 5)"},
-        {"",                "",                ""              },
-        {R"(\"a" "b")",     R"( )",            R"(b")"         },
-        {R"(\\"a")",        "a",               ""              },
-        {R"("one\ntwo")",   "one\ntwo",        ""              },
-        {R"("a\\nb")",      R"(a\\nb)",        ""              },
-        {R"("a\\\nb\t\\")", "a\\\\\nb\\t\\\\", ""              },
-        {R"("abc)",         "(null)",          R"("abc)"       },
-        {R"("abc\")",       "(null)",          R"("abc\")"     },
-        {R"("abc\)",        "(null)",          R"("abc\)"      },
-        {R"(abc\)",         "",                R"(abc\)"       },
+        {R"(1, "a\"b" 2)", R"(a\"b)", " 2"},
+        {R"("" "x")", "", R"( "x")"},
+        {R"(no quote, 5)", "", R"(no quote, 5)"},
+        {"", "", ""},
+        {R"(\"a" "b")", R"( )", R"(b")"},
+        {R"(\\"a")", "a", ""},
+        {R"("one\ntwo")", "one\ntwo", ""},
+        {R"("a\\nb")", R"(a\\nb)", ""},
+        {R"("a\\\nb\t\\")", "a\\\\\nb\\t\\\\", ""},
+        {R"("abc)", "(null)", R"("abc)"},
+        {R"("abc\")", "(null)", R"("abc\")"},
+        {R"("abc\)", "(null)", R"("abc\)"},
+        {R"(abc\)", "", R"(abc\)"},
     };
     for (const auto &row : aRows) {
         const char *pCursor = row.pText;
@@ -102,14 +102,14 @@ TEST(GetInteger, ReadsAnyBaseButStepsOverDecimalDigitsOnly)
         int64_t lValue;
         const char *pRest;
     } aRows[] = {
-        {" size=-12,",           12,                  ","  },
-        {"017",                  15,                  ""   },
-        {"08 ",                  0,                   " "  },
-        {"0x1F",                 31,                  "x1F"},
-        {"",                     0,                   ""   },
-        {"none\"",               0,                   ""   },
-        {"4294967297",           INT64_C(4294967297), ""   },
-        {"9223372036854775807;", INT64_MAX,           ";"  },
+        {" size=-12,", 12, ","},
+        {"017", 15, ""},
+        {"08 ", 0, " "},
+        {"0x1F", 31, "x1F"},
+        {"", 0, ""},
+        {"none\"", 0, ""},
+        {"4294967297", INT64_C(4294967297), ""},
+        {"9223372036854775807;", INT64_MAX, ";"},
     };
     for (const auto &row : aRows) {
         const char *pCursor = nullptr;
@@ -137,15 +137,15 @@ TEST(HeaderLine, MatchesItsWholeFirstWordOnly)
         std::string value;
         std::string word;
     } aRows[] = {
-        {"ProductName   My Product  \nnext\n", 1, "My Product", "ProductName"  },
-        {"ProductName",                        1, "",           "ProductName"  },
-        {"ProductName\tx\\\ny\n",              1, "x y",        "ProductName"  },
-        {"ProductName " + fits + " \n",        1, fits,         "ProductName"  },
-        {"ProductName " + tooLong + "\n",      0, "",           "ProductName"  },
-        {"ProductName=x\n",                    0, "",           "ProductName=x"},
-        {"productname x\n",                    0, "",           "productname"  },
-        {"\nProductName x\n",                  0, "",           ""             },
-        {tooLong + tooLong + "\n",             0, "",           fits           },
+        {"ProductName   My Product  \nnext\n", 1, "My Product", "ProductName"},
+        {"ProductName", 1, "", "ProductName"},
+        {"ProductName\tx\\\ny\n", 1, "x y", "ProductName"},
+        {"ProductName " + fits + " \n", 1, fits, "ProductName"},
+        {"ProductName " + tooLong + "\n", 0, "", "ProductName"},
+        {"ProductName=x\n", 0, "", "ProductName=x"},
+        {"productname x\n", 0, "", "productname"},
+        {"\nProductName x\n", 0, "", ""},
+        {tooLong + tooLong + "\n", 0, "", fits},
     };
     for (const auto &row : aRows) {
         OwnedFile file(fmemopen(const_cast<char *>(row.text.data()), row.text.size(), "r"));

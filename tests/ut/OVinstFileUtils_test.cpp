@@ -68,14 +68,14 @@ TEST(PathParts, SplitAtTheLastSlash)
         const char *pPath, *pDirectory, *pBase;
     } aRows[] = {
         {"/mnt/cd/cdinst.dat", "/mnt/cd/", "cdinst.dat"},
-        {"/x",                 "/",        "x"         },
-        {"cdinst.dat",         "./",       "cdinst.dat"},
-        {"a//b///",            "a/",       ""          },
-        {"///a",               "/",        "a"         },
-        {"a/",                 "./",       ""          },
-        {"/",                  "./",       ""          },
-        {"",                   "./",       ""          },
-        {nullptr,              "(null)",   "(null)"    },
+        {"/x", "/", "x"},
+        {"cdinst.dat", "./", "cdinst.dat"},
+        {"a//b///", "a/", ""},
+        {"///a", "/", "a"},
+        {"a/", "./", ""},
+        {"/", "./", ""},
+        {"", "./", ""},
+        {nullptr, "(null)", "(null)"},
     };
     for (const auto &row : aRows) {
         SCOPED_TRACE(row.pPath ? row.pPath : "null");
@@ -132,14 +132,14 @@ TEST(Getline, JoinsAndCounts)
     const struct {
         const char *pBytes, *pExpected;
     } aRows[] = {
-        {"",             "1"         },
-        {"abc\\\ndef\n", "abc def|3" },
-        {"a\n\nb",       "a||b|3"    },
-        {"a\\\\\nb\n",   "a\\ b|3"   },
-        {"a\\\n\nb\n",   "a |b|4"    },
-        {"\\\n\\\nb\n",  "  b|4"     },
-        {"a\\ \nb\\",    "a\\ |b\\|2"},
-        {"a\nlost\\\n",  "a|3"       },
+        {"", "1"},
+        {"abc\\\ndef\n", "abc def|3"},
+        {"a\n\nb", "a||b|3"},
+        {"a\\\\\nb\n", "a\\ b|3"},
+        {"a\\\n\nb\n", "a |b|4"},
+        {"\\\n\\\nb\n", "  b|4"},
+        {"a\\ \nb\\", "a\\ |b\\|2"},
+        {"a\nlost\\\n", "a|3"},
     };
     for (const auto &row : aRows)
         EXPECT_EQ(linesOf(row.pBytes), row.pExpected);

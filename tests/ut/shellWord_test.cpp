@@ -54,15 +54,15 @@ TEST(ShellQuotedText, KeepsItsEscapesAndRunsNothing)
     static const struct {
         const char *pText, *pQuoted;
     } aRows[] = {
-        {"plain \\n text",    "plain \\n text"   },
+        {"plain \\n text", "plain \\n text"},
         {"\\\\ \\\" \\$ \\`", "\\\\ \\\" \\$ \\`"},
-        {"\" $ `",            "\\\" \\$ \\`"     },
-        {"end\\",             "end\\\\"          },
-        {"end\\\\\\",         "end\\\\\\\\"      },
-        {"a\\\nb",            "a\\\\\nb"         },
-        {"a\\%d",             "a\\\\%d"          },
-        {"a\\\\%d",           "a\\\\%d"          },
-        {"\\\\\"",            "\\\\\\\""         },
+        {"\" $ `", "\\\" \\$ \\`"},
+        {"end\\", "end\\\\"},
+        {"end\\\\\\", "end\\\\\\\\"},
+        {"a\\\nb", "a\\\\\nb"},
+        {"a\\%d", "a\\\\%d"},
+        {"a\\\\%d", "a\\\\%d"},
+        {"\\\\\"", "\\\\\\\""},
     };
     for (const auto &row : aRows) {
         OwnedText quoted(OV_instShellQuotedText(row.pText));
