@@ -16,7 +16,9 @@ struct Scratch {
     Scratch()
     {
         char caName[] = "/tmp/setuptestXXXXXX";
-        path = mkdtemp(caName);
+        if (!mkdtemp(caName))
+            abort();
+        path = std::filesystem::canonical(caName);
     }
     Scratch(const Scratch &) = delete;
     Scratch &operator=(const Scratch &) = delete;
@@ -60,6 +62,13 @@ struct Records {
     {
         fflush(pStream);
         return std::string(pText, iSize);
+    }
+    /* What was written since the last time. */
+    std::string take()
+    {
+        std::string taken = text();
+        rewind(pStream);
+        return taken;
     }
 };
 

@@ -78,7 +78,7 @@ TEST(Faults, ParentKilledWhileChildIsStopped)
 
     makeLargeMedium(medium);
     medium.install([&](pid_t iParent) {
-        ASSERT_TRUE(soon([&] { return !childrenOf(iParent).empty(); }));
+        ASSERT_TRUE(soon([&] { return medium.has("SetupFiles/.h.his"); })); /* it is at work */
         kill(childrenOf(iParent)[0], SIGSTOP);
         kill(iParent, SIGKILL);
     });

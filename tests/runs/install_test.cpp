@@ -299,12 +299,38 @@ TEST(Options, DebuggingTellsTotalsAndLines)
 TEST(Install, NumbersKeepTheirPointInEveryLocale)
 {
     Medium medium;
+    std::string locales = medium.scratch / "locales";
 
+    std::filesystem::create_directories(locales);
+    if (system(("localedef -i de_DE -f UTF-8 " + locales + "/de_DE.UTF-8").c_str()) != 0)
+        GTEST_SKIP() << "needs the sources of locales";
     medium.file("a", std::string(200000, 'a'));
     medium.describe(onePackage("Copy \"a\" \"\" 200000 0644\n"));
-    medium.environment.push_back("LC_NUMERIC=de_DE.UTF-8");
-    medium.environment.push_back("LANG=de_DE.UTF-8");
+    /* In front: the first of two values is the one that counts. */
+    medium.environment.insert(medium.environment.begin(),
+                              {"LOCPATH=" + locales, "LC_ALL=de_DE.UTF-8"});
     EXPECT_NE(medium.install().out.find("Status:100.00%\r"), std::string::npos);
+}
+
+TEST(Install, CommandsRunInAFixedEnvironment)
+{
+    Medium medium;
+
+    medium.file("tool",
+                "#!/bin/sh\necho \"$PATH|$LD_LIBRARY_PATH|$OV_HOME\" >> $OVTEST\necho said\n");
+    medium.describe(
+        onePackage("Copy \"tool\" \"Application/mainwin/mw/bin-amd64_linux/mwperl\" 1 0755\n"
+                   "RegData \"K\" \"n\" \"k\" \"v\"\n"));
+    medium.environment.insert(medium.environment.end(),
+                              {"DISPLAY=:7", "LD_LIBRARY_PATH=/planted",
+                               "OVTEST=" + (medium.scratch / "calls"),
+                               "OVINST_REDIRECT=> " + (medium.scratch / "said")});
+    EXPECT_EQ(medium.install().err, "");
+    EXPECT_EQ(readFile(medium.scratch / "calls"),
+              "/usr/local/sbin:/usr/sbin:/sbin:/bin:/sbin:/usr/bin:/usr/sbin:/usr/local/bin:"
+              "/usr/local/sbin:/usr/bin/X11:/usr/X11R6/bin:/root/bin||" +
+                  medium.tree + "\n");
+    EXPECT_EQ(readFile(medium.scratch / "said"), "said\n");
 }
 
 TEST(Install, PathsNeedNoQuoting)

@@ -58,8 +58,11 @@ void OV_instFreeWalk(OV_ConfigWalk *pWalk)
 
 static bool mayEnter(const _OV_InstConfigList *pConfig)
 {
-    return pConfig && !pConfig->iInside &&
-           (pConfig->iWalk != s_iLastWalk || pConfig->iVisits < MAX_VISITS);
+    if (!pConfig || pConfig->iInside)
+        return false;
+    if (pConfig->iType == OV_CONFIG_SUITE) /* leads no further, so any number of groups share it */
+        return true;
+    return pConfig->iWalk != s_iLastWalk || pConfig->iVisits < MAX_VISITS;
 }
 
 /* The next member of a group that may be entered, or null. */

@@ -1,7 +1,7 @@
 /* The one walk through a configuration and everything beneath it, on which all operations over the
  * tree are built. It visits a group's members in table order, skips ids that name nothing, and
  * needs no stack of the process. A description is not checked for being a tree: the walk does not
- * enter a configuration that it is already inside, and enters none more than 64 times, so that
+ * enter a configuration that it is already inside, and enters no group more than 64 times, so that
  * configurations which refer to each other end the walk instead of keeping it going. */
 #ifndef OVINST_ENGINE_CONFIGWALK_H
 #define OVINST_ENGINE_CONFIGWALK_H

@@ -197,8 +197,8 @@ static const OperRow s_aRows[] = {
     NO_MEANING, /* ConfigEnd */
     {1, EVERY_PASS,         callFunction,   1, callFunction,      1},
     {1, NO_PASS,            nullptr,        0, nullptr,           0}, /* Shortcut */
-    {1, OV_CUSTOM_REGISTRY, addRegData,     1, nullptr,           0},
-    {1, EVERY_PASS,         registerModule, 1, nullptr,           0},
+    {1, OV_CUSTOM_REGISTRY, addRegData,     0, nullptr,           0},
+    {1, EVERY_PASS,         registerModule, 0, nullptr,           0},
 };
 static_assert(sizeof(s_aRows) / sizeof(s_aRows[0]) == OV_OPER_COUNT, "a row for every kind");
 

@@ -4,10 +4,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <fcntl.h>
 #include <sys/prctl.h>
-#include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -20,6 +18,7 @@
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
+#include "engine/statusReader.h"
 #include "engine/toolChest.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
@@ -29,12 +28,7 @@
 #include "ut/strprint.h"
 #include "ut/uiut.h"
 
-enum {
-    PIPE_SIZE = 1024 * 1024, /* so that the child seldom waits for the reader */
-    RECORD_LIMIT = 4095,     /* the longest piece of a record that is handled at once */
-    READ_SIZE = 65536,
-    GATHER_NSEC = 2000000 /* waking for every single record would slow the child down */
-};
+enum { PIPE_SIZE = 1024 * 1024 }; /* so that the child seldom waits for the reader */
 
 static struct {
     int sRemoveAll; /* of the current run */
@@ -225,84 +219,7 @@ static void logMode(const _OV_instCDinst *pRoot)
         (void)OV_instAddSinclude(nullptr, OV_instGetRootDestinationDirectory()); /* it tells */
 }
 
-/* ---- the unattended reader ---- */
-
-void OV_instProcessUpdate(const char *pLine, uint64_t ulTotal)
-{
-    static uint64_t s_ulSum = 0;
-    const char *pText = nullptr;
-    int64_t lCount;
-
-    if (!pLine) {
-        if (!ulTotal)
-            s_ulSum = 0;
-        return;
-    }
-    if (!pLine[0])
-        return;
-    lCount = OV_instRecordCount(pLine, &pText);
-    if (lCount < 0) {
-        fprintf(stderr, "Error: %s\n", pText);
-        (void)OV_instUpdateLogfile("%s\n", pText); /* the log is optional */
-        return;
-    }
-    if (strncmp(pLine, OV_RECORD_LOG, strlen(OV_RECORD_LOG)) == 0)
-        (void)OV_instUpdateLogfile("%s\n", pLine + strlen(OV_RECORD_LOG));
-    s_ulSum += static_cast<uint64_t>(lCount);
-    printf("Status:%6.2f%%\r",
-           ulTotal ? static_cast<double>(s_ulSum) / static_cast<double>(ulTotal) * 100.0 : 100.0);
-}
-
-static void onRecord(const char *pLine, void *pTotal)
-{
-    OV_instProcessUpdate(pLine, *static_cast<uint64_t *>(pTotal));
-}
-
-/* Waits up to a second for the pipe. 1 when it can be read, 0 when not yet, -1 for a failure. */
-static int waitForRecords(int iFd)
-{
-    struct timeval timeout = {1, 0};
-    fd_set readable;
-    int iReady;
-
-    FD_ZERO(&readable);
-    FD_SET(iFd, &readable);
-    iReady = select(iFd + 1, &readable, nullptr, nullptr, &timeout);
-    if (iReady < 0)
-        return errno == EINTR ? 0 : -1;
-    return iReady > 0 ? 1 : 0;
-}
-
-static void letRecordsGather()
-{
-    const struct timespec pause = {0, GATHER_NSEC};
-
-    (void)nanosleep(&pause, nullptr); /* a signal only makes it shorter */
-}
-
-/* Handles records until the pipe's end. Everything that has arrived is handled before waiting
- * again, so that the status is never late. */
-static void readRecords(int iFd, uint64_t ulTotal)
-{
-    OV_RecordSplitter splitter = OV_instNewSplitter(RECORD_LIMIT);
-    char caBytes[READ_SIZE];
-    int iReady;
-
-    OV_instProcessUpdate(nullptr, 0);
-    while (splitter.pBuffer && (iReady = waitForRecords(iFd)) >= 0) {
-        ssize_t iRead = iReady ? read(iFd, caBytes, sizeof(caBytes)) : -1;
-
-        if (iRead == 0 || (iReady && iRead < 0 && errno != EINTR))
-            break;
-        if (iRead < 0)
-            continue;
-        OV_instSplitRecords(&splitter, caBytes, static_cast<size_t>(iRead), onRecord, &ulTotal);
-        (void)fflush(stdout);
-        letRecordsGather();
-    }
-    OV_instSplitRest(&splitter, onRecord, &ulTotal);
-    OV_instFreeSplitter(&splitter);
-}
+/* ---- following an unattended run ---- */
 
 /* The child has closed the pipe, or is dead; what it still does takes a moment. Its status is not
  * looked at: what failed was told record by record. */
@@ -320,7 +237,7 @@ void OV_instChildHandler(int iSignal)
 static int followRun(pid_t iChild, OwnedFile *pRead, OwnedFile *pWrite)
 {
     pWrite->reset();
-    readRecords(fileno(pRead->get()), GetProgressBarTotalSize());
+    OV_instReadRecords(fileno(pRead->get()), GetProgressBarTotalSize());
     pRead->reset();
     waitForChild(iChild);
     printf("\n");
@@ -347,6 +264,7 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
         fputs("Invalid arguments to CommandLineInstall\n", stderr);
         return 1;
     }
+    OV_instSetGuardedRoot(GetRootDestinationDirectory(pRoot)); /* the header may have named it */
     OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
     setTotal(pRoot, pConfig);
     if (openPipe(&fromChild, &toParent) != 0)
@@ -398,37 +316,4 @@ int OV_instInterfaceInstall(_OV_instCDinst *, const char *, FILE **ppStream, pid
     (void)fclose(*piChild ? pWrite : pRead);
     *ppStream = *piChild ? pRead : pWrite;
     return 0;
-}
-
-/* ---- before a run from the dialogs ---- */
-
-static int refuse(const char *pFormat, const char *pPath)
-{
-    OwnedText message(OV_instStrPrint(pFormat, pPath));
-
-    if (message)
-        tellUser(message.get());
-    return 0;
-}
-
-int OV_instPreInstallCheck(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
-{
-    struct stat info;
-
-    OV_instUpdateNumInUseFlag(pRoot, pConfig, 1);
-    OV_instUpdateNumInUseFlag(pRoot, pConfig, 0);
-    if (OV_instNumPackagesAffected(pRoot, pConfig) <= 0)
-        return refuse("%s", "Nothing to Install/Remove");
-    OwnedText dest(strdup(GetDestinationDirectory(pRoot) ? GetDestinationDirectory(pRoot) : ""));
-    OwnedText root(
-        strdup(GetRootDestinationDirectory(pRoot) ? GetRootDestinationDirectory(pRoot) : ""));
-    if (OV_instMkdir(dest.get(), OV_DIRECTORY_MODE, nullptr) < 0)
-        return refuse("Unable to create install directory:\n%s", dest.get());
-    if (stat(root.get(), &info) < 0)
-        return 1;
-    if (!S_ISDIR(info.st_mode))
-        return refuse("Install path is not a directory:\n%s", root.get());
-    if (!(info.st_mode & S_IRUSR) || !(info.st_mode & S_IWUSR))
-        return refuse("Install path does not have read/write permissions:\n%s", root.get());
-    return 1;
 }

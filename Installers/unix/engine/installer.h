@@ -3,7 +3,6 @@
 #ifndef OVINST_ENGINE_INSTALLER_H
 #define OVINST_ENGINE_INSTALLER_H
 
-#include <cstdint>
 #include <cstdio>
 #include <sys/types.h>
 
@@ -18,15 +17,6 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
  * stream is closed at the end. */
 int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll,
                            FILE *pStream);
-
-/* Handles one record of an unattended run: adds its count to the status and prints that, or tells
- * the error on standard error; both also log what belongs in the log. The status is printed but
- * not flushed. A null line with a total of 0 starts anew. */
-void OV_instProcessUpdate(const char *pLine, uint64_t ulTotal);
-
-/* What the dialogs check before a run: 1 when there is something to do and the destination can be
- * used, else 0 with the reason shown. */
-int OV_instPreInstallCheck(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig);
 
 /* A bare fork with a pipe: 0 in both processes, each with the end it needs in *ppStream and the
  * child's id (0 in the child) in *piChild; -1 when there can be no child. */

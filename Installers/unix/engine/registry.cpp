@@ -56,10 +56,12 @@ static char *expandDestination(const char *pText, const char *pDest)
 }
 
 /* The value as it stands between the command's quotes: what the description wrote for the shell
- * stays, the destination is taken literally. */
+ * stays, the destination is taken literally. All other "%" escapes vanish before anything is
+ * quoted, or they would take a quoting backslash with them. */
 static char *quotedValue(const char *pValue, const char *pDest)
 {
-    OwnedText text(OV_instShellQuotedText(pValue));
+    OwnedText plain(expandDestination(pValue, "%d"));
+    OwnedText text(OV_instShellQuotedText(plain.get()));
     OwnedText dest(OV_instShellQuotedPath(pDest));
 
     return text && dest ? expandDestination(text.get(), dest.get()) : nullptr;
