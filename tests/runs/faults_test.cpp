@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <linux/landlock.h>
 #include <random>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -245,6 +248,154 @@ TEST(Faults, StrangersLinksAreNotFollowed)
                   "Error: Untar can't run 'tar --no-same-owner -xBof - 2> /dev/null' on file: " +
                   std::filesystem::canonical(medium.place).string() + "/a.tar\n" +
                   "Error: Softlink can't change directory to: " + medium.tree + "dir:x->link\n");
+}
+
+/* The kernel's part of it: tar itself is kept to the destination. */
+static bool hasLandlock()
+{
+    return syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) >= 2;
+}
+
+TEST(Faults, TarIsNotLedAstrayByUnlistedMembers)
+{
+    Medium medium;
+    std::string outside = medium.scratch / "outside";
+
+    if (getuid() != 0 || !hasLandlock())
+        GTEST_SKIP() << "needs root, and a kernel with Landlock";
+    medium.file("in/tar", "new");
+    medium.file("own/tar", "new");
+    must("cd " + medium.place + " && tar -cf a.tar in/tar own/tar");
+    medium.describe(onePackage("Untar \"a.tar\" 1 \"own/tar\" 3\n"));
+    std::filesystem::create_directories(outside);
+    std::filesystem::create_directories(medium.scratch / "mine");
+    std::filesystem::create_directories(medium.tree);
+    std::filesystem::create_symlink(outside, medium.tree + "in");
+    std::filesystem::create_symlink(medium.scratch / "mine", medium.tree + "own");
+    ASSERT_EQ(lchown((medium.tree + "in").c_str(), 65534, 65534), 0);
+    EXPECT_EQ(medium.install().iStatus, 0);
+
+    EXPECT_TRUE(std::filesystem::is_empty(outside));
+    EXPECT_EQ(readFile(medium.scratch / "mine/tar"), "new"); /* root's own link is followed */
+}
+
+TEST(Faults, StrangersFilesAreReplacedNotFilled)
+{
+    Medium medium;
+
+    if (getuid() != 0)
+        GTEST_SKIP() << "needs root to give files away";
+    medium.file("a", "new");
+    medium.describe(onePackage("Copy \"a\" \"tool\" 3 0755\nCopy \"a\" \"linked\" 3 0644\n"
+                               "HardLink \".\" \"away/victim\" \"hard\"\n"));
+    writeFile(medium.tree + "tool", "planted");
+    writeFile(medium.scratch / "victim", "untouched");
+    std::filesystem::create_hard_link(medium.scratch / "victim", medium.tree + "linked");
+    std::filesystem::create_symlink(medium.scratch.path, medium.tree + "away");
+    ASSERT_EQ(chown((medium.tree + "tool").c_str(), 65534, 65534), 0);
+    ASSERT_EQ(lchown((medium.tree + "away").c_str(), 65534, 65534), 0);
+    RunResult result = medium.install();
+
+    struct stat tool = {};
+    ASSERT_EQ(stat((medium.tree + "tool").c_str(), &tool), 0);
+    EXPECT_EQ(tool.st_uid, 0u);
+    EXPECT_EQ(medium.installed("tool"), "new");
+    EXPECT_EQ(medium.installed("linked"), "new");
+    EXPECT_EQ(readFile(medium.scratch / "victim"), "untouched");
+    EXPECT_FALSE(medium.has("hard"));
+    EXPECT_EQ(result.err, "Error: Hardlink linking file hard to away/victim\n");
+}
+
+TEST(Faults, PaddedArchivesAreWhole)
+{
+    Medium medium;
+
+    medium.file("in/tar", "new");
+    must("cd " + medium.place + " && tar -b 256 -cf a.tar in");
+    medium.describe(onePackage("Untar \"a.tar\" 1 \"in/tar\" 3\n"));
+    EXPECT_EQ(medium.install().err, "");
+    EXPECT_EQ(medium.installed("in/tar"), "new");
+    EXPECT_NE(medium.log().find("Installation Completed\n"), std::string::npos);
+}
+
+TEST(Faults, MediumMayBeTheInstalledTree)
+{
+    Medium medium;
+
+    medium.place = medium.tree;
+    medium.file("a", "kept");
+    std::filesystem::create_symlink(SETUP_PROGRAM, medium.place + "setup");
+    medium.describe(onePackage("Copy \"a\" \"\" 4 0640\n"));
+    std::string description = medium.installed("cdinst.dat");
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(medium.installed("a"), "kept");
+    EXPECT_EQ(medium.installed("cdinst.dat"), description);
+}
+
+/* Runs the shell's command line in the medium's directory, "RUN" standing for the usual run. */
+static int runThroughShell(Medium &medium, std::string command)
+{
+    std::string run =
+        "HOME=" + (medium.scratch / "home") + " ./setup -cmdline -noroot -dest " + medium.dest;
+
+    command.replace(command.find("RUN"), 3, run);
+    return WEXITSTATUS(system(("cd " + medium.place + " && " + command).c_str()));
+}
+
+TEST(Faults, SurroundingsThatTheShellCanMake)
+{
+    struct Case {
+        const char *pCommand;
+        const char *pErrors; /* what must stand in them; null for none at all */
+    };
+    const std::vector<Case> cases = {
+        {"(ulimit -f 100; RUN) 2>../errors >/dev/null", "Error: Copyfile writing file "},
+        {"RUN 2>../errors >&-", nullptr},
+        {"RUN 2>../errors >/dev/full", nullptr},
+        {"RUN 2>../errors <&- >/dev/null", nullptr},
+        {"TAR_OPTIONS=--to-command=false RUN 2>../errors >/dev/null", nullptr},
+    };
+
+    for (const Case &test : cases) {
+        SCOPED_TRACE(test.pCommand);
+        Medium medium;
+        medium.file("large", std::string(300000, 'l'));
+        medium.file("in/tar", "new");
+        must("cd " + medium.place + " && tar -cf a.tar in");
+        medium.describe(onePackage("Copy \"large\" \"\" 300000 0644\n"
+                                   "Untar \"a.tar\" 1 \"in/tar\" 3\n"));
+        EXPECT_EQ(runThroughShell(medium, test.pCommand), 0);
+        EXPECT_EQ(medium.installed("in/tar"), "new");
+        std::string errors = readFile(medium.scratch / "errors");
+        if (test.pErrors)
+            EXPECT_NE(errors.find(test.pErrors), std::string::npos) << errors;
+        else
+            EXPECT_EQ(errors, "");
+        EXPECT_NE(medium.history().find("Package \"all\" Installed\n"), std::string::npos);
+    }
+}
+
+/* A module that leaves a process behind, which holds the pipe, and one that ends the child. */
+TEST(Faults, ModulesThatMisbehave)
+{
+    Medium medium;
+
+    std::filesystem::create_directories(medium.place + "/SetupFiles");
+    std::filesystem::copy(TEST_MODULE_DIR "/badManners.so", medium.place + "/SetupFiles/m.so");
+    medium.describe(onePackage("Function \"leaveProcess\" \"m.so\" \"\"\n"));
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(medium.install().iStatus, 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start,
+              std::chrono::seconds(20)); /* it sleeps 30 */
+    EXPECT_NE(medium.log().find("Installation Completed\n"), std::string::npos);
+
+    std::filesystem::remove_all(medium.dest);
+    medium.describe(onePackage("Function \"endProcess\" \"m.so\" \"\"\n"));
+    RunResult result = medium.install();
+    EXPECT_EQ(result.err, "Setup did not complete successfully\n");
+    EXPECT_NE(medium.log().find("Setup did not complete successfully\n"), std::string::npos);
 }
 
 TEST(Faults, PlantedFifoDoesNotStopTheRun)

@@ -4,13 +4,16 @@
 #include <cinttypes>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <poll.h>
+#include <string>
 #include <string_view>
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <unordered_set>
 
+#include "engine/confined.h"
 #include "engine/fileOps.h"
 #include "engine/mediaPrompt.h"
 #include "engine/records.h"
@@ -144,10 +147,12 @@ struct Feed {
     const char *pCommand; /* likewise */
     FILE *pStream;
     int iArchive;
-    FILE *pCommandPipe;
+    int iPipe; /* to the command */
+    pid_t iCommand;
     uint64_t ulSize;
     uint64_t ulFed;
     int32_t iReported; /* files reported so far */
+    bool bLeftEarly;   /* the command ended before it had taken everything */
 };
 
 int32_t OV_instLastFedFile(int32_t iFiles, uint64_t ulFed, uint64_t ulSize)
@@ -198,7 +203,7 @@ static ssize_t feedByCopy(Feed *pFeed)
     } while (iRead < 0 && errno == EINTR);
     if (iRead < 0)
         return readFailure(pFeed);
-    if (OV_instWriteAll(fileno(pFeed->pCommandPipe), caBlock, static_cast<size_t>(iRead)) < 0)
+    if (OV_instWriteAll(pFeed->iPipe, caBlock, static_cast<size_t>(iRead)) < 0)
         return pipeFailure(pFeed);
     return iRead;
 }
@@ -209,8 +214,7 @@ static ssize_t feedBlock(Feed *pFeed)
     size_t iDone = 0;
 
     while (iDone < OV_COPY_BLOCK) {
-        ssize_t iSent =
-            sendfile(fileno(pFeed->pCommandPipe), pFeed->iArchive, nullptr, OV_COPY_BLOCK - iDone);
+        ssize_t iSent = sendfile(pFeed->iPipe, pFeed->iArchive, nullptr, OV_COPY_BLOCK - iDone);
 
         if (iSent < 0 && errno == EINTR)
             continue;
@@ -232,17 +236,18 @@ static int untakenBytes(int iPipe)
     return ioctl(iPipe, FIONREAD, &iCount) < 0 ? 0 : iCount;
 }
 
-/* Waits until the command has taken what the pipe still holds: a command that leaves before that
- * has failed, even though every write went well. */
-static int waitUntilTaken(Feed *pFeed)
+/* Waits until the command has taken what the pipe still holds. One that leaves before that may have
+ * failed although every write went well; it may also have met the archive's end. */
+static void waitUntilTaken(Feed *pFeed)
 {
-    struct pollfd pipeEnd = {fileno(pFeed->pCommandPipe), 0, 0};
+    struct pollfd pipeEnd = {pFeed->iPipe, 0, 0};
 
-    while (untakenBytes(pipeEnd.fd) > 0)
-        if (poll(&pipeEnd, 1, TAKEN_POLL_MSEC) > 0 && (pipeEnd.revents & POLLERR))
-            return untakenBytes(pipeEnd.fd) > 0 ? pipeFailure(pFeed)
-                                                : 0; /* nobody reads any more */
-    return 0;
+    while (untakenBytes(pipeEnd.fd) > 0) {
+        if (poll(&pipeEnd, 1, TAKEN_POLL_MSEC) <= 0 || !(pipeEnd.revents & POLLERR))
+            continue;
+        pFeed->bLeftEarly = untakenBytes(pipeEnd.fd) > 0;
+        return; /* nobody reads any more */
+    }
 }
 
 static int feedArchive(Feed *pFeed)
@@ -253,21 +258,40 @@ static int feedArchive(Feed *pFeed)
         pFeed->ulFed += static_cast<uint64_t>(iFed);
         reportFed(pFeed);
     }
-    return iFed < 0 || waitUntilTaken(pFeed) < 0 ? 1 : 0;
+    if (iFed < 0)
+        return 1;
+    waitUntilTaken(pFeed);
+    return 0;
 }
 
-static int runFailure(const Feed *pFeed)
+/* The path that an opened directory really has; empty when /proc does not tell. */
+static std::string realPathOf(int iDirectory)
 {
-    OV_instSendUpdate(pFeed->pStream, "-1 Untar can't run '%s' on file: %s\n", pFeed->pCommand,
-                      pFeed->pPath);
-    return 1;
+    std::error_code failed;
+
+    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(iDirectory), failed);
 }
 
-/* Whether a directory that members go to is reached through a stranger's link: tar would follow
- * it. */
-static bool membersAreLedAstray(const _OV_InstTar *pTar, const char *pDest)
+/* Opens the directory below pDest, or the nearest one above it that exists. */
+static int openNearest(const char *pDest, std::string directory)
+{
+    for (;;) {
+        OwnedText path(OV_instBuildPath(pDest, directory.c_str(), nullptr));
+        int iFd = path ? OV_instGuardedOpenDir(path.get()) : -1;
+        size_t iSlash = directory.rfind('/');
+
+        if (iFd >= 0 || errno != ENOENT || directory.empty())
+            return iFd;
+        directory.resize(iSlash == std::string::npos ? 0 : iSlash);
+    }
+}
+
+/* Finds where the members go: what a trusted link leads out of the destination to is written to as
+ * well. False when a stranger's link is in the way, which tar would follow. */
+static bool allowMembers(const _OV_InstTar *pTar, const char *pDest, OV_Confinement *pConfinement)
 {
     std::unordered_set<std::string_view> seen;
+    std::string root = realPathOf(pConfinement->aDirs[0]) + "/";
 
     for (int32_t i = 0; i < pTar->iCount; i++) {
         const char *pMember = pTar->apMembers[i];
@@ -276,33 +300,40 @@ static bool membersAreLedAstray(const _OV_InstTar *pTar, const char *pDest)
 
         if (!iLength || !seen.emplace(pMember, iLength).second)
             continue;
-        OwnedText directory(strndup(pMember, iLength));
-        OwnedText path(directory ? OV_instBuildPath(pDest, directory.get(), nullptr) : nullptr);
-        OwnedFd opened(path ? OV_instGuardedOpenDir(path.get()) : -1);
+        OwnedFd opened(openNearest(pDest, std::string(pMember, iLength)));
         if (opened.iFd < 0 && errno == ELOOP)
-            return true;
+            return false;
+        if (opened.iFd >= 0 && (realPathOf(opened.iFd) + "/").compare(0, root.size(), root) != 0)
+            OV_instAllowBelow(pConfinement, opened.release());
     }
-    return false;
+    return true;
 }
 
-/* Starts the command with pDest as its working directory. 0 or 1. */
-static int startCommand(Feed *pFeed, const char *pDest)
+/* Starts the command with pDest as its working directory, and able to write only there. 0 or 1. */
+static int startCommand(Feed *pFeed, const char *pDest, OV_Confinement *pConfinement)
 {
     char caSaved[OV_INST_PATH_SIZE + 1];
+    int iDirectory;
 
     if (!getcwd(caSaved, sizeof(caSaved))) {
         OV_instSendUpdate(pFeed->pStream, "-1 Can't get current working\n");
         return 1;
     }
-    OwnedFd directory(OV_instGuardedOpenDir(pDest));
-    if (directory.iFd < 0 || fchdir(directory.iFd) < 0) {
+    iDirectory = OV_instGuardedOpenDir(pDest);
+    if (iDirectory < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Can't change directory to: %s\n", pDest);
         return 1;
     }
-    pFeed->pCommandPipe = popen(pFeed->pCommand, "we");
-    if (chdir(caSaved) < 0 || !pFeed->pCommandPipe)
-        return runFailure(pFeed);
-    (void)fcntl(fileno(pFeed->pCommandPipe), F_SETPIPE_SZ, PIPE_SIZE); /* the default will do */
+    OV_instAllowBelow(pConfinement, iDirectory);
+    if (allowMembers(pFeed->pTar, pDest, pConfinement))
+        pFeed->iPipe =
+            OV_instStartConfined(pFeed->pCommand, iDirectory, pConfinement, &pFeed->iCommand);
+    if (pFeed->iPipe < 0) {
+        OV_instSendUpdate(pFeed->pStream, "-1 Untar can't run '%s' on file: %s\n", pFeed->pCommand,
+                          pFeed->pPath);
+        return 1;
+    }
+    (void)fcntl(pFeed->iPipe, F_SETPIPE_SZ, PIPE_SIZE); /* the default will do */
     return 0;
 }
 
@@ -335,14 +366,21 @@ static void makeWritable(const Feed *pFeed)
 static int closeFeed(Feed *pFeed)
 {
     int iResult = 0;
+    int iCommandStatus = 0;
+    int iStatus;
 
     if (close(pFeed->iArchive) < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close tarfile %s\n", pFeed->pPath);
         iResult = 1;
     }
-    if (pclose(pFeed->pCommandPipe) < 0) { /* tar's own status is not examined: meant so */
+    iStatus = close(pFeed->iPipe);
+    if (OV_instWaitConfined(pFeed->iCommand, &iCommandStatus) < 0 || iStatus < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close pipe for file '%s'\n",
                           pFeed->pPath);
+        iResult = 1;
+    } else if (iCommandStatus != 0 && pFeed->bLeftEarly) {
+        /* Otherwise tar's own status is not examined: meant so. */
+        (void)pipeFailure(pFeed); /* writes the record */
         iResult = 1;
     }
     return iResult;
@@ -357,6 +395,7 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
                  FILE *pStream, int)
 {
     Feed feed = {};
+    OV_Confinement confinement = {};
     char *pPath = nullptr;
     struct stat info;
     int iResult;
@@ -381,13 +420,11 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
     feed.pStream = pStream;
     feed.ulSize = static_cast<uint64_t>(info.st_size);
     feed.iArchive = archive.iFd;
-    if (membersAreLedAstray(pTar, pDest))
-        return runFailure(&feed);
-    if (startCommand(&feed, pDest) != 0) {
-        if (feed.pCommandPipe)
-            (void)pclose(feed.pCommandPipe); /* the failure is already told */
+    feed.iPipe = -1;
+    iResult = startCommand(&feed, pDest, &confinement);
+    OV_instReleaseConfinement(&confinement);
+    if (iResult != 0)
         return 1;
-    }
     makeWritable(&feed);
     iResult = feedArchive(&feed);
     (void)archive.release();

@@ -7,6 +7,7 @@
 #include "engine/customFunc.h"
 #include "engine/fileOps.h"
 #include "engine/history.h"
+#include "engine/links.h"
 #include "engine/records.h"
 #include "engine/registry.h"
 #include "engine/setupState.h"

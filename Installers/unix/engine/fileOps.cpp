@@ -13,7 +13,6 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
-#include "ut/strprint.h"
 
 static const int MODE_BITS = 07777;
 
@@ -70,8 +69,11 @@ static int createDirectory(const char *pPrefix, int iMode, FILE *pStream)
     const char *pName = nullptr;
     OwnedFd parent(OV_instGuardedOpenParent(pPrefix, &pName));
 
-    if (parent.iFd < 0 || mkdirat(parent.iFd, pName, static_cast<mode_t>(iMode & MODE_BITS)) < 0)
+    if (parent.iFd < 0 || mkdirat(parent.iFd, pName, static_cast<mode_t>(iMode & MODE_BITS)) < 0) {
+        if (parent.iFd >= 0 && errno == EEXIST && examineDirectory(pPrefix) == 0)
+            return 0; /* another process was quicker */
         return mkdirFailure(pStream, "could not create", pPrefix);
+    }
     /* The mode holds whatever the umask is. */
     if (examineDirectory(pPrefix) < 0 ||
         OV_instGuardedChmod(pPrefix, static_cast<mode_t>(iMode & MODE_BITS)) < 0)
@@ -192,10 +194,11 @@ static ssize_t readBlock(int iFd, char *pBlock)
     return iRead;
 }
 
-/* Opens the target, its directory being made only where that turns out to be needed. */
+/* Opens the target, its directory being made only where that turns out to be needed. What it holds
+ * stays for now: it may be the source itself. */
 static int openTarget(const char *pTarget, FILE *pStream)
 {
-    const int iFlags = O_WRONLY | O_CREAT | O_TRUNC;
+    const int iFlags = O_WRONLY | O_CREAT;
     int iFd = OV_instGuardedOpen(pTarget, iFlags, 0600);
 
     if (iFd >= 0)
@@ -209,6 +212,42 @@ static int openTarget(const char *pTarget, FILE *pStream)
     if (iFd < 0)
         OV_instSendUpdate(pStream, "-1 Copyfile can't create file %s\n", pTarget);
     return iFd;
+}
+
+/* Whether writing into the open target would hand our bytes to somebody else: to a stranger who
+ * owns the file, or to whoever knows it by another name. */
+static bool isShared(const struct stat *pTarget)
+{
+    return pTarget->st_nlink > 1 || (pTarget->st_uid != 0 && pTarget->st_uid != geteuid());
+}
+
+/* A new file in the target's place. -1 when that cannot be had. */
+static int replaceTarget(const char *pTarget)
+{
+    if (OV_instGuardedRemove(pTarget) < 0)
+        return -1;
+    return OV_instGuardedOpen(pTarget, O_WRONLY | O_CREAT | O_EXCL, 0600);
+}
+
+enum TargetState { TARGET_READY, TARGET_IS_SOURCE, TARGET_FAILED };
+
+/* Makes the opened target empty. A product that is maintained from its own tree has files that are
+ * their own source: those are left alone. */
+static TargetState prepareTarget(int iFrom, OwnedFd *pTo, const char *pTarget)
+{
+    struct stat from;
+    struct stat to;
+
+    if (fstat(pTo->iFd, &to) < 0)
+        return TARGET_FAILED;
+    if (!S_ISREG(to.st_mode) || (!to.st_size && !isShared(&to)))
+        return TARGET_READY;
+    if (fstat(iFrom, &from) == 0 && from.st_dev == to.st_dev && from.st_ino == to.st_ino)
+        return TARGET_IS_SOURCE;
+    if (!isShared(&to))
+        return ftruncate(pTo->iFd, 0) == 0 ? TARGET_READY : TARGET_FAILED;
+    pTo->reset(replaceTarget(pTarget));
+    return pTo->iFd < 0 ? TARGET_FAILED : TARGET_READY;
 }
 
 /* Copies to the end of the source. 0 or 1. */
@@ -233,6 +272,25 @@ static int copyBlocks(int iFrom, int iTo, const char *pFrom, const char *pTo, FI
     }
 }
 
+/* Copies into the opened target, which is closed when it cannot be used. 0 or 1. */
+static int fillTarget(int iFrom, OwnedFd *pTo, const char *pFrom, const char *pTarget,
+                      FILE *pStream)
+{
+    switch (prepareTarget(iFrom, pTo, pTarget)) {
+    case TARGET_READY:
+        return copyBlocks(iFrom, pTo->iFd, pFrom, pTarget, pStream);
+    case TARGET_IS_SOURCE:
+        OV_instSendUpdate(pStream, "+%" PRId64 " %s %s\n",
+                          static_cast<int64_t>(lseek(iFrom, 0, SEEK_END)), pFrom, pTarget);
+        return 0;
+    case TARGET_FAILED:
+        break;
+    }
+    OV_instSendUpdate(pStream, "-1 Copyfile can't create file %s\n", pTarget);
+    pTo->reset(-1);
+    return 1;
+}
+
 int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
                     FILE *pStream, int iDelete)
 {
@@ -255,7 +313,9 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
     OwnedFd to(openTarget(pTarget, pStream));
     if (to.iFd < 0)
         return 1;
-    iResult = copyBlocks(from.iFd, to.iFd, pPath, pTarget, pStream);
+    iResult = fillTarget(from.iFd, &to, pPath, pTarget, pStream);
+    if (to.iFd < 0)
+        return 1;
     /* Set through the descriptor: the name could by now be somebody else's file. */
     bModeFailed = fchmod(to.iFd, static_cast<mode_t>(iMode & MODE_BITS)) < 0;
     if (close(from.release()) < 0) {
@@ -271,121 +331,4 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
         iResult = 1;
     }
     return iResult;
-}
-
-/* ---- links ---- */
-
-/* What differs between the two kinds of link. A target that is relative is so to the working
- * directory, for a hard link, and to the link itself, for a soft one. */
-struct LinkKind {
-    const char *pWord;
-    int (*make)(int iDirectory, const char *pTarget, const char *pName);
-};
-
-static int makeHard(int iDirectory, const char *pTarget, const char *pName)
-{
-    return linkat(AT_FDCWD, pTarget, iDirectory, pName, 0);
-}
-
-static int makeSoft(int iDirectory, const char *pTarget, const char *pName)
-{
-    return symlinkat(pTarget, iDirectory, pName);
-}
-
-/* The link's parent directory, opened; it is made when it is missing. -1 when it cannot be. */
-static int openLinkParent(const char *pDirectory, const char *pName, char **ppPath,
-                          const char **ppLast)
-{
-    *ppPath = pName[0] == '/' ? strdup(pName) : OV_instBuildPath(pDirectory, pName, nullptr);
-    if (!*ppPath || OV_instMakeParent(*ppPath) < 0)
-        return -1;
-    return OV_instGuardedOpenParent(*ppPath, ppLast);
-}
-
-static int changeInto(const char *pDirectory)
-{
-    OwnedFd directory(OV_instGuardedOpenDir(pDirectory));
-
-    return directory.iFd < 0 ? -1 : fchdir(directory.iFd);
-}
-
-static int replaceByLink(const LinkKind *pKind, int iParent, const char *pLast, const char *pTarget,
-                         const char *pName, FILE *pStream)
-{
-    (void)unlinkat(iParent, pLast, 0); /* what cannot be removed makes the link fail */
-    if (pKind->make(iParent, pTarget, pLast) == 0)
-        return 0;
-    OV_instSendUpdate(pStream, "-1 %s linking file %s to %s\n", pKind->pWord, pName, pTarget);
-    return 1;
-}
-
-static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *pTarget,
-                    const char *pName, FILE *pStream)
-{
-    char caSaved[OV_INST_PATH_SIZE + 1];
-    const char *pLast = nullptr;
-    char *pPath = nullptr;
-    int iResult;
-
-    if (!getcwd(caSaved, sizeof(caSaved))) {
-        OV_instSendUpdate(pStream, "-1 %s can't get current working directory\n", pKind->pWord);
-        return 1;
-    }
-    if (examineDirectory(pDirectory) < 0) {
-        OV_instSendUpdate(pStream, "-1 %s can't change directory to: %s:%s->%s\n", pKind->pWord,
-                          pDirectory, pTarget, pName);
-        return 1;
-    }
-    OwnedFd parent(openLinkParent(pDirectory, pName, &pPath, &pLast));
-    OwnedText path(pPath);
-    if (parent.iFd < 0) {
-        /* The decompression's message: shared on purpose. */
-        OV_instSendUpdate(pStream, "-1 Uncompress can't create destination directory for:\n%s\n",
-                          pName);
-        return 1;
-    }
-    if (changeInto(pDirectory) < 0) {
-        OV_instSendUpdate(pStream, "-1 %s can't change directory to: %s:%s->%s\n", pKind->pWord,
-                          pDirectory, pTarget, pName);
-        return 1;
-    }
-    iResult = replaceByLink(pKind, parent.iFd, pLast, pTarget, pName, pStream);
-    if (chdir(caSaved) < 0) {
-        OV_instSendUpdate(pStream, "-1 %s can't change directory back to: %s\n", pKind->pWord,
-                          caSaved);
-        return 1;
-    }
-    OV_instSendUpdate(pStream, "+1 %s %s\n", pKind->pWord, pName);
-    return iResult;
-}
-
-static int linkOperation(const LinkKind *pKind, const char *pDirectory, const char *pTarget,
-                         const char *pName, int64_t lSize, FILE *pStream, int iDelete)
-{
-    if (!isText(pDirectory) || !isText(pTarget) || !isText(pName)) {
-        OV_instSendUpdate(pStream, "-1 %s invalid parameters\n", pKind->pWord);
-        return 1;
-    }
-    if (!iDelete)
-        return makeLink(pKind, pDirectory, pTarget, pName, pStream);
-    OwnedText path(OV_instStrPrint("%s/%s", pDirectory, pName));
-    if (path)
-        (void)OVinstDeleteFile(path.get(), pStream, lSize); /* a file that stays is no failure */
-    return 0;
-}
-
-int OV_instHardlink(const char *pDirectory, const char *pTarget, const char *pName, int64_t lSize,
-                    FILE *pStream, int iDelete)
-{
-    static const LinkKind s_kind = {"Hardlink", makeHard};
-
-    return linkOperation(&s_kind, pDirectory, pTarget, pName, lSize, pStream, iDelete);
-}
-
-int OV_instSoftlink(const char *pDirectory, const char *pTarget, const char *pName, int64_t lSize,
-                    FILE *pStream, int iDelete)
-{
-    static const LinkKind s_kind = {"Softlink", makeSoft};
-
-    return linkOperation(&s_kind, pDirectory, pTarget, pName, lSize, pStream, iDelete);
 }

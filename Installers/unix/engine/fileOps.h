@@ -22,12 +22,6 @@ int OV_instMkdir(const char *pPath, int iMode, FILE *pStream);
 /* OV_instMkdir for the directory part of a path, mode 0755 and without records. 0 or -1. */
 int OV_instMakeParent(const char *pPath);
 
-/* Makes pName, below pDirectory, a link to pTarget; a file of that name is replaced. 0 or 1. */
-int OV_instHardlink(const char *pDirectory, const char *pTarget, const char *pName, int64_t lSize,
-                    FILE *pStream, int iDelete);
-int OV_instSoftlink(const char *pDirectory, const char *pTarget, const char *pName, int64_t lSize,
-                    FILE *pStream, int iDelete);
-
 /* Removes a file, or an empty directory, unless it is a loaded module or the installed setup
  * program itself: those are skipped silently with result 1. Else the result of removing it. */
 int OVinstDeleteFile(const char *pPath, FILE *pStream, int64_t lSize);

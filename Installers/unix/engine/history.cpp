@@ -38,6 +38,17 @@ static FILE *openForWriting(const char *pDest, const char *pMode)
     return pFile;
 }
 
+/* Closes the file; what did not reach the disk is told. */
+static void closeWritten(OwnedFile *pFile, const char *pDest)
+{
+    bool bFailed = ferror(pFile->get()) != 0;
+
+    if (fclose(pFile->release()) == 0 && !bFailed)
+        return;
+    OwnedText path(historyPath(pDest));
+    fprintf(stderr, "Error: writing %s\n", path ? path.get() : "");
+}
+
 void OV_InitHistoryFile(const char *pDest, const char *pProductName, const char *pProductVersion)
 {
     OwnedText folder(OV_instStrPrint("%s/%s", pDest, s_caFolder));
@@ -51,6 +62,7 @@ void OV_InitHistoryFile(const char *pDest, const char *pProductName, const char 
     fprintf(file.get(), "%s\n", pProductName);
     fprintf(file.get(), "%s\n", pProductVersion);
     fprintf(file.get(), "%s\n", OV_instGetSourceDirectory());
+    closeWritten(&file, pDest);
 }
 
 void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite)
@@ -62,6 +74,7 @@ void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite)
     for (_OV_InstPackageNode *pNode = pSuite ? pSuite->pPackHead : nullptr; pNode;
          pNode = pNode->pNext)
         fprintf(file.get(), "%s \"%s\" Installed\n", s_caPackageWord, pNode->pPackage->pName);
+    closeWritten(&file, pDest);
 }
 
 void OV_RemoveHistoryFile(const char *pDest)

@@ -1,13 +1,11 @@
 #include "engine/installer.h"
 
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "engine/driver.h"
@@ -221,14 +219,6 @@ static void logMode(const _OV_instCDinst *pRoot)
 
 /* ---- following an unattended run ---- */
 
-/* The child has closed the pipe, or is dead; what it still does takes a moment. Its status is not
- * looked at: what failed was told record by record. */
-static void waitForChild(pid_t iChild)
-{
-    while (waitpid(iChild, nullptr, 0) < 0 && errno == EINTR)
-        ;
-}
-
 void OV_instChildHandler(int iSignal)
 {
     (void)signal(iSignal, OV_instChildHandler);
@@ -237,9 +227,8 @@ void OV_instChildHandler(int iSignal)
 static int followRun(pid_t iChild, OwnedFile *pRead, OwnedFile *pWrite)
 {
     pWrite->reset();
-    OV_instReadRecords(fileno(pRead->get()), GetProgressBarTotalSize());
+    OV_instReadRecords(fileno(pRead->get()), GetProgressBarTotalSize(), iChild);
     pRead->reset();
-    waitForChild(iChild);
     printf("\n");
     (void)fflush(stdout);
     return 0;

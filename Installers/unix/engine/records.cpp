@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
 {
@@ -19,15 +20,16 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
 }
 
 /* A handler, unlike "ignore", does not survive exec. */
-static void brokenPipe(int) {}
+static void failedWrite(int) {}
 
 void OV_instCatchBrokenPipes()
 {
     struct sigaction action = {};
 
-    action.sa_handler = brokenPipe;
+    action.sa_handler = failedWrite;
     action.sa_flags = SA_RESTART;
-    (void)sigaction(SIGPIPE, &action, nullptr); /* fails for bad arguments only */
+    for (int iSignal : {SIGPIPE, SIGXFSZ})
+        (void)sigaction(iSignal, &action, nullptr); /* fails for bad arguments only */
 }
 
 OV_RecordSplitter OV_instNewSplitter(size_t iLimit)

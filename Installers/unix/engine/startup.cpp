@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "description/reader.h"
@@ -35,10 +36,29 @@ struct Options {
     int bCommandLine;
 };
 
+/* What would make the commands do something else than they are told. */
+static const char *const s_apMisleading[] = {"TAR_OPTIONS",     "BZIP",   "BZIP2",
+                                             "POSIXLY_CORRECT", "CDPATH", nullptr};
+
+/* A file that is opened later must not become a standard stream that was handed over closed. */
+static void openStandardStreams()
+{
+    int iFd;
+
+    do {
+        iFd = open("/dev/null", O_RDWR);
+    } while (iFd >= 0 && iFd <= STDERR_FILENO);
+    if (iFd >= 0)
+        (void)close(iFd); /* nothing was written */
+}
+
 void OV_instPrepareEnvironment()
 {
     const char *pRedirect;
 
+    openStandardStreams();
+    for (const char *const *ppName = s_apMisleading; *ppName; ppName++)
+        (void)unsetenv(*ppName);   /* fails for bad names only */
     (void)putenv(s_caLibraryPath); /* fail without memory only, which the next steps notice */
     (void)putenv(s_caPath);
     if (getenv("OVINST_DEBUG_MODE"))

@@ -2,7 +2,8 @@
 #ifndef OVINST_ENGINE_STARTUP_H
 #define OVINST_ENGINE_STARTUP_H
 
-/* Gives every command that is started a fixed search path and no library path, and reads the
+/* Gives every command that is started a fixed search path, no library path and none of the
+ * variables that would mislead it, sees to it that the standard streams are open, and reads the
  * debugging variables. */
 void OV_instPrepareEnvironment();
 

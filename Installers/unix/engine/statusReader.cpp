@@ -4,7 +4,8 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <sys/select.h>
+#include <poll.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "engine/records.h"
@@ -13,6 +14,7 @@
 enum {
     RECORD_LIMIT = 4095, /* the longest piece of a record that is handled at once */
     READ_SIZE = 65536,
+    WAIT_MSEC = 1000,
     GATHER_NSEC = 2000000 /* waking for every single record would slow the child down */
 };
 
@@ -42,24 +44,30 @@ void OV_instProcessUpdate(const char *pLine, uint64_t ulTotal)
            ulTotal ? static_cast<double>(s_ulSum) / static_cast<double>(ulTotal) * 100.0 : 100.0);
 }
 
-static void onRecord(const char *pLine, void *pTotal)
+/* What the records of a run are handled with. */
+struct RunStatus {
+    uint64_t ulTotal;
+    bool bCompleted; /* the last marker was seen */
+};
+
+static void onRecord(const char *pLine, void *pContext)
 {
-    OV_instProcessUpdate(pLine, *static_cast<uint64_t *>(pTotal));
+    RunStatus *pStatus = static_cast<RunStatus *>(pContext);
+
+    if (strcmp(pLine, OV_RECORD_COMPLETED) == 0)
+        pStatus->bCompleted = true;
+    OV_instProcessUpdate(pLine, pStatus->ulTotal);
 }
 
 /* Waits up to a second for the pipe. 1 when it can be read, 0 when not yet, -1 for a failure. */
 static int waitForRecords(int iFd)
 {
-    struct timeval timeout = {1, 0};
-    fd_set readable;
-    int iReady;
+    struct pollfd pipeEnd = {iFd, POLLIN, 0}; /* select could not watch a high descriptor */
+    int iReady = poll(&pipeEnd, 1, WAIT_MSEC);
 
-    FD_ZERO(&readable);
-    FD_SET(iFd, &readable);
-    iReady = select(iFd + 1, &readable, nullptr, nullptr, &timeout);
     if (iReady < 0)
         return errno == EINTR ? 0 : -1;
-    return iReady > 0 ? 1 : 0;
+    return iReady;
 }
 
 static void letRecordsGather()
@@ -69,24 +77,57 @@ static void letRecordsGather()
     (void)nanosleep(&pause, nullptr); /* a signal only makes it shorter */
 }
 
-void OV_instReadRecords(int iFd, uint64_t ulTotal)
+/* Whether the child has ended. Its status is not looked at: what failed was told by records. */
+static bool isGone(pid_t iChild)
+{
+    return waitpid(iChild, nullptr, WNOHANG) != 0;
+}
+
+/* Reads what has arrived. False at the end. */
+static bool readOnce(int iFd, OV_RecordSplitter *pSplitter, RunStatus *pStatus)
+{
+    char caBytes[READ_SIZE];
+    ssize_t iRead = read(iFd, caBytes, sizeof(caBytes));
+
+    if (iRead < 0)
+        return errno == EINTR;
+    if (iRead == 0)
+        return false;
+    OV_instSplitRecords(pSplitter, caBytes, static_cast<size_t>(iRead), onRecord, pStatus);
+    (void)fflush(stdout);
+    letRecordsGather();
+    return true;
+}
+
+static void tellUnfinished()
+{
+    static const char s_caText[] = "Setup did not complete successfully\n";
+
+    fputs(s_caText, stderr);
+    (void)OV_instUpdateLogfile("%s", s_caText); /* the log is optional */
+}
+
+void OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild)
 {
     OV_RecordSplitter splitter = OV_instNewSplitter(RECORD_LIMIT);
-    char caBytes[READ_SIZE];
+    RunStatus status = {ulTotal, false};
+    bool bGone = false;
     int iReady;
 
     OV_instProcessUpdate(nullptr, 0);
     while (splitter.pBuffer && (iReady = waitForRecords(iFd)) >= 0) {
-        ssize_t iRead = iReady ? read(iFd, caBytes, sizeof(caBytes)) : -1;
-
-        if (iRead == 0 || (iReady && iRead < 0 && errno != EINTR))
+        if (iReady && !readOnce(iFd, &splitter, &status))
             break;
-        if (iRead < 0)
-            continue;
-        OV_instSplitRecords(&splitter, caBytes, static_cast<size_t>(iRead), onRecord, &ulTotal);
-        (void)fflush(stdout);
-        letRecordsGather();
+        /* A process that the child left behind may keep the pipe open for ever. */
+        if (!iReady && bGone)
+            break;
+        if (!iReady)
+            bGone = isGone(iChild);
     }
-    OV_instSplitRest(&splitter, onRecord, &ulTotal);
+    OV_instSplitRest(&splitter, onRecord, &status);
     OV_instFreeSplitter(&splitter);
+    while (!bGone && waitpid(iChild, nullptr, 0) < 0 && errno == EINTR)
+        ;
+    if (!status.bCompleted)
+        tellUnfinished();
 }

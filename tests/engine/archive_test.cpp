@@ -1,0 +1,132 @@
+#include <gtest/gtest.h>
+
+#include "engine/archive.h"
+#include "engine/engineTest.h"
+#include "engine/records.h"
+
+struct Archive : EngineTest {
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        OV_instCatchBrokenPipes();
+        put("D/file", "");
+    }
+    int shell(const std::string &command) { return system(full(command).c_str()); }
+};
+
+TEST(LastFedFile, FollowsTheFractionOfTheArchive)
+{
+    const uint64_t ulHuge = uint64_t(1) << 62;
+    static const struct {
+        int32_t iFiles;
+        uint64_t ulFed, ulSize;
+        int32_t iLast;
+    } aRows[] = {{3, 10240, 30720, 1},
+                 {3, 10239, 30720, 0},
+                 {3, 30720, 30720, 2},
+                 {3, 40960, 30720, 2},
+                 {0, 10240, 30720, -1},
+                 {3, 0, 0, -1},
+                 {INT32_MAX, ulHuge, ulHuge, INT32_MAX - 1}};
+    for (const auto &row : aRows)
+        EXPECT_EQ(row.iLast, OV_instLastFedFile(row.iFiles, row.ulFed, row.ulSize)) << row.ulFed;
+}
+
+TEST_F(Archive, IsUnpackedAndReportedInTheOrderOfItsEntry)
+{
+    put("@/in/sub/a", std::string(25000, 'a'));
+    put("@/in/b`$(c)", "b");
+    ASSERT_EQ(0, shell("cd @/in && tar -cf 'M/t $x' . && bzip2 -k 'M/t $x'"));
+    fs::current_path(m_medium);
+    const auto row = [this](const std::string &line) {
+        const std::string text = runLines(line);
+        EXPECT_EQ(25000u, got("D/sub/a").size());
+        EXPECT_EQ("b", got("D/b`$(c)"));
+        fs::remove_all(m_dest + "sub");
+        return text;
+    };
+    expectRows(R"(
+        Untar 't $x' 1                            => 0
+        Untar 't $x' 1 'sub/a' 250 'b`$(c)' 1     => 0 +250 M/t $x D/sub/a\n+1 M/t $x D/b`$(c)\n
+        UntarZ 't $x.bz2' 1 'unknown' 0 'sub/a' 2 => 0 +1 M/t $x.bz2 D/unknown\n
+                                                     +2 M/t $x.bz2 D/sub/a\n)",
+               row);
+    EXPECT_EQ(m_medium, fs::current_path().string() + "/");
+}
+
+TEST_F(Archive, FailuresAreTold)
+{
+    put("M/directory/x", "");
+    put("M/empty", "");
+    put("M/small", "no archive");              /* tar's status is not examined */
+    put("M/large", std::string(4 << 20, 'x')); /* more than any pipe holds */
+    const auto row = [this](const std::string &line) {
+        std::string text;
+        (void)told([&] { text = runLines(line); }); /* by the commands */
+        return text;
+    };
+    expectRows(R"(
+        Untar '' 1 'f' 4      => 1 -1 Untar invalid parameters\n
+        Untar 'no' 1 'f' 4    => 1 Can't open tarfile: noReturning Continue\n
+        Untar 'directory' 1   => 1 -1 Untar couldn't read file M/directory\n
+        Untar 'empty' 1 'f' 4 => 0
+        Untar 'small' 1 'f' 4 => 0 +4 M/small D/f\n
+        UntarZ 'large' 1      => 1 -1 Untar couldn't write to pipe\n
+        Untar2 'no' 'small' 1 => 1 -1 Can't change directory to: no\n)",
+               row);
+}
+
+TEST_F(Archive, NamedFilesBecomeWritableWhereTheRunStarted)
+{
+    put("M/t", "");
+    put("@/cwd/ro", "");
+    put("D/ro", "");
+    ASSERT_EQ(0, chmod(full("@/cwd/ro").c_str(), 0451) | chmod(full("D/ro").c_str(), 0451));
+    fs::current_path(full("@/cwd"));
+    EXPECT_EQ("0 -1 Untar could not make \"/proc/self/limits\" writable before\n"
+              "extracting it from \"M/t\"\n",
+              runLines("Untar 't' 1 'ro' 1 'unknown' 1 '/proc/self/limits' 1"));
+    EXPECT_EQ(0651u, modeOf("@/cwd/ro"));
+    EXPECT_EQ(0451u, modeOf("D/ro")) << "not where it is unpacked: meant so";
+}
+
+TEST_F(Archive, MembersAreDeletedLastFirst)
+{
+    put("D/d/e/b", "");
+    put("D/full/x", "");
+    OV_instSetDebugLevel(1);
+    EXPECT_EQ("7\n6\n1\n4\n3\n2\n", told([this] {
+                  EXPECT_EQ("0 +7 D/d/e/b\n+6 D/d/a\n+1 D/d/e/\n+4 D/d/\n+3 D/d\n+2 D/full\n",
+                            runLines("Untar 't' 1 'full' 2 'd' 3 'd/' 4 'd/e/' 0 'd/a' 6 'd/e/b' 7",
+                                     OV_INST_DELETE_MODE));
+              }));
+    EXPECT_FALSE(exists("D/d"));
+    EXPECT_TRUE(exists("D/full/x"));
+}
+
+TEST_F(Archive, CompressedFileIsUncompressed)
+{
+    load("");
+    put("M/f `x` $y", std::string(10241, 'f'));
+    put("M/plain", "not compressed");
+    ASSERT_EQ(0, shell("bzip2 'M/f `x` $y'"));
+    (void)told([this] { /* by the decompressor */
+                        const auto row = [this](const std::string &names) {
+                            const size_t bar = names.find('|');
+                            const int iResult = OV_instUncompress(
+                                names.substr(0, bar).c_str(), full(names.substr(bar + 1)).c_str(),
+                                0640, 9, m_pipe.pStream, 0);
+                            return std::to_string(iResult) + " " + records();
+                        };
+                        expectRows(R"(
+            f `x` $y.bz2|D/new/f  => 0 +10240 M/f `x` $y.bz2 D/new/f\n+1 M/f `x` $y.bz2 D/new/f\n
+            f `x` $y.bz2|D/file/f => 1 -1 Uncompress can't create destination directory for:\n
+                                     D/file/f\n
+            f `x` $y.bz2|D/new    => 1 0 Can't create file D/new\n
+            plain|D/x             => 1 -1 Uncompress couldn't close input file M/plain\n
+            plain|                => 1 -1 Uncompress invalid parameters\n)",
+                                   row);
+    });
+    EXPECT_EQ(10241u, got("D/new/f").size());
+    EXPECT_EQ(0640u, modeOf("D/new/f"));
+}

@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include "engine/engineTest.h"
+
+static const OV_InstMode INSTALL = OV_INST_INSTALL_MODE, REMOVE = OV_INST_DELETE_MODE,
+                         REMOVE_ALL = OV_INST_DELETE_ALL_MODE;
+
+struct Driver : EngineTest {
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        put("M/f", "file");
+        put("M/z", "zipped");
+        put("D/file", "");
+        put("@/root/Orvane/x", "");
+    }
+    int runConfig(int iId, OV_CustomPass ovPass, OV_InstMode iMode)
+    {
+        return OV_instInstallConfig(CDInstPtr, config(iId), m_dest.c_str(), m_pipe.pStream, ovPass,
+                                    iMode);
+    }
+};
+
+/* Pass and mode; the records, with those of the custom function as "F". */
+TEST_F(Driver, EveryKindActsInItsPassAndMode)
+{
+    ASSERT_EQ(0, system(("cd " + m_medium + " && tar -cf t f && bzip2 -k t").c_str()));
+    inChild([this] { /* modules are registered only once */
+                     const auto row = [this](const std::string &words) {
+                         const int iPass = words[0] - '0', iMode = words[2] - '0';
+                         const std::string text = runLines(
+                             "Copy 'f' 'copied' 4 0644\nCopyZ 'z' 'other' 6 0644\nUntar "
+                             "'t' 1 'f' 4\n"
+                             "UntarZ 't.bz2' 1 'f' 5\nUntar2 '<RootDest>' 't' 1 'f' 6\n"
+                             "UntarZ2 '<CommonDest>' 't.bz2' 1 'f' 7\nMkdir 'd' 0755\n"
+                             "Mkdir 'd/e' 0755\nHardLink 'd' '../copied' 'hard'\n"
+                             "SoftLink 'd' '../copied' 'soft'\nShortcut '1' '2' '3'\n"
+                             "Function 'tellAll' 'engineModule.so' 'data'\n"
+                             "RegData 'r' 'n' 'k' 'v'\nSelfReg 'm.so'",
+                             static_cast<OV_InstMode>(iMode), static_cast<OV_CustomPass>(iPass));
+                         EXPECT_EQ(iPass, package("p")->iPassDone);
+                         EXPECT_TRUE(words != "3 0" || got("D/d/hard") == "file");
+                         return replaced(text,
+                                         "init 1 model\npass " + words.substr(0, 1) + " mode " +
+                                             words.substr(2) +
+                                             ": @/root/|@/root/Orvane/|D/|M/|data|p|S|0|no shell\n",
+                                         "F");
+                     };
+                     expectRows(R"(
+            2 1 => 0 F
+            4 1 => 0 F
+            2 0 => 0 F
+            3 0 => 0 +4 M/f D/copied\n+6 M/z D/z\n+4 M/t D/f\n+5 M/t.bz2 D/f\n+6 M/t @/root/f\n
+                   +7 M/t.bz2 @/root/Orvane/f\n+1 mkdir D/d\n+1 mkdir D/d/e\n+1 Hardlink hard\n
+                   +1 Softlink soft\nF
+            4 0 => 0 FWarning: (no display) can't add data to registry\n
+                   Warning: (no display) can't register module m.so\n
+            5 0 => 0 F
+            3 1 => 0 +4 D/copied\n+6 D/z\n+4 D/f\n+5 D/f\n+6 @/root/f\n+7 @/root/Orvane/f\n
+                   +1 D/d/hard\n+1 D/d/soft\nF+1 D/d/e\n+1 D/d\n
+            3 2 => 0 +4 D/copied\n+6 D/z\n+4 D/f\n+5 D/f\n+6 @/root/f\n+7 @/root/Orvane/f\n
+                   +1 D/d/hard\n+1 D/d/soft\nF)",
+                                row);
+                     EXPECT_FALSE(exists("D/d"));
+    });
+}
+
+TEST_F(Driver, SomeFailuresAreNotCounted)
+{
+    const auto run = [this](OV_InstMode iMode, OV_CustomPass ovPass) {
+        return [=](const std::string &lines) { return runLines(lines, iMode, ovPass); };
+    };
+    expectRows(R"(
+        CopyZ 'no' '' 4                => 0 Copyfile can't open file: noReturning Continue\n
+        Untar2 'no' 'f' 1\nMkdir 'x' 7 => 1 -1 Can't change directory to: no\n+1 mkdir D/x\n)",
+               run(INSTALL, OV_CUSTOM_INIT));
+    expectRows(R"(
+        Copy '' 'd' 4                             => 1 -1 Copyfile invalid parameters\n
+        CopyZ '' 'd' 4                            => 1 -1 Uncompress invalid parameters\n
+        SoftLink '' '' 'l'                        => 1 -1 Softlink invalid parameters\n
+        Untar 'no' 4 'no' 4\nMkdir 'file' 0755    => 0 +4 D/no\n+1 D/file\n)",
+               run(REMOVE, OV_CUSTOM_INIT));
+    EXPECT_TRUE(exists("D/file")) << "a file in a directory's place stays";
+    setenv("DISPLAY", "", 1); /* so that the registry is tried, and fails */
+    inChild([&] {
+        expectRows(R"(
+            RegData 'r' 'n' 'k' 'v' => 0 -1 Error: adding rootkey=r keyname=n, keyvalue=k, value=v\n
+            SelfReg 'm'             => 0 -1 Error: internal error in OV_instRegisterModule (4)\n)",
+                   run(INSTALL, OV_CUSTOM_REGISTRY));
+    });
+    for (OV_InstMode iMode : {INSTALL, REMOVE})
+        EXPECT_EQ('1', run(iMode, OV_CUSTOM_PRE)("Function 'tellAll' 'engineModule.so' 'fail'")[0]);
+}
+
+TEST_F(Driver, PackagesAreSkippedAndSharedOnesWorkedOnce)
+{
+    load("Package 'p' ''\nMkdir 'p' 0755\nPackage 'q' ''\nMkdir 'q' 0755\n"
+         "Suite 'S' p q\nSuite 'T' q p\nSuite 'Empty'\n");
+    package("p")->iInstalled = 1;
+    EXPECT_EQ("0 +1 mkdir D/q\n", runSuite("S", INSTALL));
+    EXPECT_EQ(0, package("p")->iPassDone) << "a skipped package keeps its pass";
+    EXPECT_EQ("0", runSuite("T", REMOVE_ALL)) << "which skips nothing, but q has seen the pass";
+    EXPECT_EQ(OV_CUSTOM_INIT, package("p")->iPassDone);
+    package("p")->iPassDone = package("q")->iPassDone = 0;
+    package("q")->iInUse = 1;
+    EXPECT_EQ("0 +1 D/p\n", runSuite("S", REMOVE)) << "q is needed";
+    package("q")->iInUse = 0;
+    package("q")->iPassDone = OV_CUSTOM_POST;
+    EXPECT_EQ("0", runSuite("T", REMOVE)) << "p has seen the pass, and q a later one";
+    EXPECT_EQ(OV_CUSTOM_INIT, package("q")->iPassDone);
+    EXPECT_EQ("-1", runSuite("Empty", INSTALL));
+    EXPECT_EQ(-1, OV_instInstallPackList(suite("S")->pPackHead, "", "", m_pipe.pStream,
+                                         OV_CUSTOM_INIT, INSTALL, "S"));
+}
+
+TEST_F(Driver, ThousandDirectoriesAreRemovedInReverse)
+{
+    const std::string tooLarge = "Can't remove all dirs, list too large\n";
+    std::string lines, expected = "0 " + tooLarge + tooLarge;
+    for (int i = 0; i < OV_MAX_REMOVED_DIRS + 2; i++) {
+        fs::create_directories(m_dest + "d" + std::to_string(i));
+        lines += "Mkdir 'd" + std::to_string(i) + "' 0755\n";
+    }
+    for (int i = OV_MAX_REMOVED_DIRS - 1; i >= 0; i--)
+        expected += "+1 D/d" + std::to_string(i) + "\n";
+    put("D/d7/user's", "");
+    EXPECT_EQ(expected, runLines(lines, REMOVE));
+    for (int i = 0; i < OV_MAX_REMOVED_DIRS + 2; i++)
+        EXPECT_EQ(i == 7 || i >= OV_MAX_REMOVED_DIRS, exists("D/d" + std::to_string(i))) << i;
+}
+
+TEST_F(Driver, KindsWithoutMeaningEndTheCall)
+{
+    for (int iType : {0, 1, 11, 12, 13, 14, 15, 20, -1}) {
+        load("Package 'p' ''\nShortcut '1' '2' '3'\nMkdir 'd' 0755\nPackage 'q' ''\n"
+             "Mkdir 'd' 0755\nSuite 'S' p q\n");
+        package("p")->pOperHead->iType = iType;
+        EXPECT_EQ("Error:Undefined operation " + std::to_string(iType) + "\n",
+                  told([this] { EXPECT_EQ("1", runSuite("S", INSTALL)); }));
+        package("p")->pOperHead->iType = OV_OPER_SHORTCUT; /* or its texts would be lost */
+    }
+}
+
+/* Pass, mode, whether the suite is installed, states; what is reported of its package, and whether
+ * the history records it: in the removing pass, too. */
+TEST_F(Driver, ConfigurationsAreHandedOverByModeAndRecorded)
+{
+    const auto row = [this](const std::string &words) {
+        load("Package 'p' ''\nMkdir 'p' 0755\nSuite 'S' p\nConfigBegin\n"
+             "3 CusDlg '' '' '' 1 4 90 5\n4 Suite 'S' '' '' 1\n5 CusDlg '' '' '' 1\n"
+             "ConfigEnd\n");
+        put("D/SetupFiles/.Product.his", "");
+        setStates(words.substr(6));
+        suite("S")->iState = words[4] - '0';
+        EXPECT_EQ(0, runConfig(3, static_cast<OV_CustomPass>(words[0] - '0'),
+                               static_cast<OV_InstMode>(words[2] - '0')));
+        fs::remove(m_dest + "p");
+        return records() + got("D/SetupFiles/.Product.his");
+    };
+    expectRows(R"(
+        3 0 0 4:01 => +1 mkdir D/p\nPackage "p" Installed\n
+        3 0 1 4:01 => Package "p" Installed\n
+        3 0 0 4:00 =>
+        5 0 0 4:01 =>
+        3 1 1 4:10 => +1 D/p\n
+        3 1 1 4:11 => Package "p" Installed\n
+        3 1 0 4:10 =>
+        3 2 1 4:10 =>
+        3 2 1 4:01 => Package "p" Installed\n)",
+               row);
+}
+
+TEST_F(Driver, WhatCannotBeInstalledIsTold)
+{
+    load("Package 'p' ''\nMkdir 'p' 0755\nSuite 'None'\nSuite 'S' p\nConfigBegin\n"
+         "3 CusDlg '' '' '' 1 4 5 6\n4 MainDlg '' '' ''\n5 Suite 'None' '' '' 0\n"
+         "6 Suite 'S' '' '' 1\nConfigEnd\n");
+    EXPECT_EQ("Error: can only install a suite or a custom list of suites\n"
+              "Error: invalid input to function OV_instInstallConfig\n",
+              told([this] {
+                  (void)printed([this] { EXPECT_EQ(1, runConfig(3, OV_CUSTOM_INIT, INSTALL)); });
+                  EXPECT_EQ(1, runConfig(90, OV_CUSTOM_PRE, INSTALL));
+              }));
+    EXPECT_EQ("+1 mkdir D/p\n", records()) << "the others go on";
+    setStates("5:01");
+    EXPECT_NE(0, runConfig(5, OV_CUSTOM_PRE, INSTALL)) << "a suite without packages";
+}

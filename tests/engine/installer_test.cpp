@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include "engine/engineTest.h"
+#include "engine/installer.h"
+
+struct Installer : EngineTest {
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        load("HistoryFile h\nPackage 'p' ''\nMkdir 'p' 0755\n"
+             "Function 'tellAll' 'engineModule.so' ''\nSuite 'S' p\nConfigBegin\n"
+             "3 Suite 'S' '' '' 1\nConfigEnd\n");
+        ASSERT_EQ(0, OV_instInitLogfile(full("@/log").c_str()));
+    }
+    /* The records of a run, each custom function's shortened to its pass and mode. */
+    std::string run(int iRemoveAll, bool bFails)
+    {
+        FILE *pStream = fopen(full("@/pipe").c_str(), "w");
+        (void)printed([&] { /* the prompt for what is missing */
+                            EXPECT_EQ(bFails, OV_instRunInstallation(CDInstPtr, config(3),
+                                                                     iRemoveAll, pStream) != 0);
+        });
+        std::istringstream all(got("@/pipe"));
+        std::string text;
+        for (std::string line; std::getline(all, line);)
+            if (line.compare(0, 5, "init ") != 0)
+                text += line.substr(0, line.compare(0, 5, "pass ") ? line.npos : 13) + "\n";
+        return text;
+    }
+};
+
+TEST_F(Installer, RunsItsPassesInOrder)
+{
+    const std::string copied = "+" + std::to_string(got("M/cdinst.dat").size());
+    EXPECT_EQ("# Start installation\n# Removing files\n# Installing files\npass 2 mode 0\n"
+              "+1 mkdir D/p\npass 3 mode 0\n" +
+                  copied +
+                  " M/cdinst.dat D/cdinst.dat\n"
+                  "# Pass Installation completed\n# Updating the registry\npass 4 mode 0\n"
+                  "# Done updating the registry\npass 5 mode 0\n# Installation completed\n",
+              run(0, false));
+    EXPECT_NE(std::string::npos, got("@/log").find("Installation Completed\n"));
+    for (int iRemoveAll : {0, 1}) {
+        setStates("3:10 +p");
+        suite("S")->iState = 1;
+        package("p")->iPassDone = package("p")->iInUse = 0;
+        EXPECT_EQ("# Start installation\n# Removing files\npass 2 mode 1\npass 3 mode 1\n+1 D/p\n"
+                  "pass 5 mode 1\n# Installing files\n" +
+                      copied + (iRemoveAll ? "" : " M/cdinst.dat") +
+                      " D/cdinst.dat\n"
+                      "# Pass Installation completed\n# Updating the registry\n"
+                      "# Done updating the registry\n# Installation completed\n",
+                  run(iRemoveAll, false));
+        EXPECT_EQ(!iRemoveAll, exists("D/SetupFiles/.h.his"));
+        EXPECT_EQ(!iRemoveAll, exists("D/cdinst.dat"));
+    }
+}
+
+TEST_F(Installer, FailureIsSummedUpAtTheEnd)
+{
+    const std::string end =
+        "pass 5 mode 0\n# Error during installation\n# Installation completed\n";
+    fs::remove(m_medium + "cdinst.dat"); /* which counts like any copy */
+    const std::string text = run(0, true);
+    EXPECT_EQ(end, text.substr(text.size() - end.size()));
+    EXPECT_NE(std::string::npos, got("@/log").find("Error during the installation\n"));
+    EXPECT_EQ(std::string::npos, got("@/log").find("Completed"));
+}
+
+TEST_F(Installer, BareForkGivesEachSideItsEnd)
+{
+    FILE *pStream = nullptr;
+    pid_t iChild = -1;
+    int iStatus = -1;
+    char caLine[80] = "";
+    ASSERT_EQ(0, OV_instInterfaceInstall(nullptr, "", &pStream, &iChild));
+    if (iChild == 0)
+        _exit(fputs("from the child", pStream) < 0 || fclose(pStream) != 0);
+    EXPECT_NE(nullptr, fgets(caLine, sizeof(caLine), pStream)) << "nobody else holds the other end";
+    EXPECT_STREQ("from the child", caLine);
+    fclose(pStream);
+    EXPECT_EQ(iChild, waitpid(iChild, &iStatus, 0)) << "the handler reaps nobody";
+    EXPECT_EQ(0, iStatus);
+}

@@ -1,0 +1,146 @@
+#include <gtest/gtest.h>
+
+#include "engine/engineTest.h"
+#include "engine/registry.h"
+
+/* A stand-in for the registry tool writes down how it was called: where, with what in its
+ * environment, and its arguments. */
+struct Registry : EngineTest {
+    void install(const std::string &dest)
+    {
+        const std::string tool = dest + "Application/mainwin/mw/bin-amd64_linux/mwperl";
+        put(tool, "#!/bin/sh\n{ printf '<%s>' \"$PWD\" \"$OV_HOME\" \"$MWHOME\" \"$MWREGISTRY\""
+                  " \"$OV_COMMONDIR\" \"$@\"; echo; } >> '" +
+                      full("@/calls'\necho out\n[ ! -e '@/fail' ]\n"));
+        fs::permissions(full(tool), fs::perms::owner_all);
+        setenv("DISPLAY", "", 1); /* set but empty counts */
+        fs::current_path(m_scratch.path);
+    }
+    /* The one call since the last time, without what belongs to every call. */
+    std::string calls(const std::string &dest, const std::string &common = "")
+    {
+        const std::string text = got("@/calls"), home = dest + "Application/mainwin/mw";
+        fs::remove(full("@/calls"));
+        return replaced(text,
+                        "<" + dest.substr(0, dest.size() - 1) + "><" + dest + "><" + home + "><" +
+                            dest + "Application/registry><" + common + "><" + home +
+                            "/scripts/mwgeneric.pl><Application/",
+                        "");
+    }
+    int regData(const std::string &dest, const char *pValue)
+    {
+        return OV_instRegData(full(dest).c_str(), "H r", "k $n", "k\"v", pValue, m_pipe.pStream);
+    }
+    int selfReg(const std::string &dest, const char *pModule, int iPass)
+    {
+        return OV_instSelfReg("# dest/", full(dest).c_str(), pModule, m_pipe.pStream, iPass);
+    }
+    void expectNothingWasRun()
+    {
+        for (const auto &entry : fs::recursive_directory_iterator(m_scratch.path))
+            EXPECT_FALSE(entry.path().filename() == "evil") << entry.path();
+    }
+};
+
+/* Destinations that the shell would take apart, or run. */
+static const char *const s_apDests[] = {"@/plain/",        "@/a b/",   "@/it's/",
+                                        "@/a\"b/",         "@/$HOME/", "@/$(touch evil)/",
+                                        "@/`touch evil`/", "@/b\\a/",  "@/(;&|)/"};
+
+/* Escapes that are meant for the shell reach it; a "%" takes the next character with it. */
+TEST_F(Registry, ValueReachesTheToolAsWritten)
+{
+    for (const std::string dest : s_apDests) {
+        install(dest);
+        const auto row = [&](const std::string &value) {
+            EXPECT_EQ(0, regData(dest, value.c_str()));
+            const std::string rest = calls(dest),
+                              start =
+                                  "<mainwin/mw/bin-linux_optimized/regkey><-r><H r><k $n><k\"v><";
+            return replaced(replaced("<" + rest, start, ""), ">\n", "");
+        };
+        expectRows(replaced(R"(
+            plain             => plain
+            %d/bin:%d         => DEST/bin:DEST
+            a\"b \$x          => a"b $x
+            a"b $HOME `id`    => a"b $HOME `id`
+            $(touch evil)     => $(touch evil)
+            c:\dir\           => c:\dir\
+            \%d               => \DEST
+            100%% %x-%        => 100 -
+            %$(touch evil)    => (touch evil)
+            %"; touch evil;"  => ; touch evil;"
+            %`touch evil`     => touch evil`
+                              =>)",
+                            "DEST", dest),
+                   row);
+    }
+    EXPECT_EQ("", records());
+    expectNothingWasRun();
+}
+
+TEST_F(Registry, FailuresAndTheMissingDisplayAreTold)
+{
+    install("D/");
+    OV_instSetRedirect("> redirected");
+    EXPECT_EQ(0, regData("D/", "v"));
+    EXPECT_EQ("out\n", got("@/redirected"));
+    put("@/fail", "");
+    EXPECT_EQ(OV_INST_ERROR, regData("D/", "%d%x"));
+    (void)calls("D/");
+    unsetenv("DISPLAY");
+    EXPECT_EQ(0, regData("D/", "v"));
+    EXPECT_EQ(OV_INST_ERROR, regData("D/", nullptr));
+    EXPECT_EQ("-1 Error: adding rootkey=H r keyname=k $n, keyvalue=k\"v, value=D/\n"
+              "Warning: (no display) can't add data to registry\n"
+              "-1 Error: internal error in OV_instAddRegData (0)\n",
+              records());
+    EXPECT_EQ("", calls("D/"));
+}
+
+TEST_F(Registry, ModulesAreRegisteredTogetherAndOnce)
+{
+    for (const std::string dest : s_apDests)
+        inChild([&] {
+            install(dest);
+            put("@/fail", ""); /* the status is not examined */
+            for (int iPass : {0, 1, 2, 5, 6})
+                EXPECT_EQ(0, selfReg(dest, "never", iPass));
+            EXPECT_EQ(0, selfReg(dest, "a.so", OV_CUSTOM_INIT));
+            EXPECT_EQ(0, selfReg(dest, "lib/b $c.so", OV_CUSTOM_INIT));
+            EXPECT_EQ("", got("@/calls"));
+            for (int iPass : {OV_CUSTOM_REGISTRY, OV_CUSTOM_INIT, OV_CUSTOM_REGISTRY})
+                EXPECT_EQ(0, selfReg(dest, "lib/b $c.so", iPass));
+            EXPECT_EQ("bin/cmdreg><" + dest + "a.so><" + dest + "lib/b $c.so>\n",
+                      calls(dest, "# dest/"));
+            EXPECT_EQ("", records());
+        });
+    expectNothingWasRun();
+}
+
+TEST_F(Registry, NothingIsRegisteredAfterAFailureOrWithoutADisplay)
+{
+    inChild([this] {
+        EXPECT_EQ(OV_INST_ERROR, selfReg("D/", nullptr, OV_CUSTOM_INIT));
+        EXPECT_EQ(OV_INST_ERROR, selfReg("D/", "m", OV_CUSTOM_REGISTRY));
+        EXPECT_EQ(0, selfReg("D/", "m", OV_CUSTOM_REGISTRY)) << "done";
+        EXPECT_EQ("-1 Error: internal error in OV_instRegisterModule (0)\n"
+                  "-1 Error: internal error in OV_instRegisterModule (4)\n",
+                  records());
+    });
+    inChild([this] {
+        EXPECT_EQ(0, selfReg("D/", "a", OV_CUSTOM_INIT) | selfReg("D/", "b", OV_CUSTOM_REGISTRY));
+        install("D/");
+        EXPECT_EQ(0, selfReg("D/", "b", OV_CUSTOM_REGISTRY));
+        EXPECT_EQ("Warning: (no display) can't register module b\n", records() + got("@/calls"));
+    });
+}
+
+TEST_F(Registry, LocationIsMadeForItsUser)
+{
+    EXPECT_EQ("Unable to get OV_LOCATION environment variable\n",
+              printed([] { EXPECT_EQ(nullptr, OV_instGetOVLocation()); }));
+    setenv("OV_LOCATION", full("@/location").c_str(), 1);
+    EXPECT_EQ(full("@/location"), OV_instGetOVLocation());
+    EXPECT_EQ(0700u, modeOf("@/location"));
+}

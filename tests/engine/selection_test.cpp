@@ -1,0 +1,191 @@
+#include <gtest/gtest.h>
+
+#include "engine/configWalk.h"
+#include "engine/engineTest.h"
+#include "engine/selection.h"
+#include "engine/sizes.h"
+
+/* 90 names nothing, 7 is a group without members. */
+static const char s_caTree[] =
+    "Package 'a' ''\nPackage 'b' ''\nPackage 'c' ''\n"
+    "Suite 'A' a b\nSuite 'B' b c\nSuite 'C' c\nSuite 'Empty'\nConfigBegin\n2 MainDlg '' '' '' 3\n"
+    "3 CusDlg '' '' '' 0 4 90 5 8\n4 Suite 'A' '' '' 0\n5 CusDlg '' '' '' 0 6 7\n"
+    "6 Suite 'B' '' '' 0\n7 CusDlg '' '' '' 0\n8 Suite 'C' '' '' 0\n9 Suite 'A' '' '' "
+    "0\nConfigEnd\n";
+
+struct Selection : EngineTest {
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        load(s_caTree);
+    }
+    static std::string walked(int iFirst, int iThroughPages = 0)
+    {
+        OwnedWalk walk(OV_instStartWalk(CDInstPtr, config(iFirst), iThroughPages));
+        std::string visits;
+        while (OV_ConfigVisit *pVisit = OV_instNextVisit(walk.get()))
+            visits += (pVisit->iLeaving ? "-" : "+") + std::to_string(pVisit->pConfig->iId);
+        return visits;
+    }
+};
+
+TEST_F(Selection, WalkEntersMembersInTableOrderAndNothingThatItIsInside)
+{
+    EXPECT_EQ("+3+4-4+5+6-6+7-7-5+8-8-3", walked(3));
+    EXPECT_EQ("+2-2", walked(2)) << "a page holds no members";
+    EXPECT_EQ("+2+3+4-4+5+6-6+7-7-5+8-8-3-2", walked(2, 1)) << "but leads to its successor";
+    EXPECT_EQ("", walked(90, 1));
+    (void)told(
+        [this] { /* which tells ids that do not grow */
+                 load("Suite 'A'\nConfigBegin\n3 CusDlg '' '' '' 0 5 4 3\n4 CusDlg '' '' '' 0 6 3\n"
+                      "5 CusDlg '' '' '' 0 6 6 5\n6 Suite 'A' '' '' 0\nConfigEnd\n");
+        });
+    EXPECT_EQ("+3+5+6-6+6-6-5+4+6-6-4-3", walked(3));
+    EXPECT_EQ("+4+6-6+3+5+6-6+6-6-5-3-4", walked(4));
+}
+
+TEST_F(Selection, WalkIsBoundedWhereMembersAreShared)
+{
+    std::string body = "Suite 'A'\nConfigBegin\n", shared = "100 CusDlg '' '' '' 0";
+    for (int i = 10; i < 50; i++) { /* every group holds the next one twice */
+        const std::string next = " " + std::to_string(i + 1);
+        body += std::to_string(i) + " CusDlg '' '' '' 0" + next + next + "\n";
+    }
+    for (int i = 101; i < 201; i++) { /* a hundred groups share one suite */
+        shared += " " + std::to_string(i);
+        body += std::to_string(i) + " CusDlg '' '' '' 0 300\n";
+    }
+    load(body + shared + "\n300 Suite 'A' '' '' 0\nConfigEnd\n");
+    EXPECT_EQ(2u * 3 * (1 + 2 + 4 + 8 + 16 + 32 + 34 * 64), walked(10).size());
+    EXPECT_EQ(1, OV_instFindAndMarkConfig(CDInstPtr, config(100), suite("A"), 1));
+    EXPECT_EQ(1, config(200)->iSelected) << "the suite is found in every group that holds it";
+}
+
+TEST_F(Selection, DeepChainsNeedNoStack)
+{
+    const int DEPTH = 100000;
+    std::string body = "Suite 'A'\nConfigBegin\n";
+    for (int i = 1; i < DEPTH; i++)
+        body += std::to_string(i) + " CusDlg '' '' '' 1 " + std::to_string(i + 1) + "\n";
+    load(body + std::to_string(DEPTH) + " Suite 'A' '' '' 0\nConfigEnd\n");
+    OV_instMarkAllConfig(config(1), 1);
+    EXPECT_EQ(1, config(DEPTH)->iSelected);
+    config(DEPTH - 1)->iSelected = 0;
+    EXPECT_EQ(0, OV_instIsAllConfigSelected(config(1), 1)) << "leaves the walk at its deepest";
+    EXPECT_EQ(1, OV_instFindAndMarkConfig(CDInstPtr, config(1), suite("A"), 1));
+    EXPECT_EQ(1, config(DEPTH - 1)->iSelected) << "no marks are left from the walk before";
+    EXPECT_EQ(0, GetSizePass(CDInstPtr, config(1), 1, 1, 1));
+}
+
+TEST_F(Selection, MarkAllSetsOneStateAndResetAllBoth)
+{
+    const auto row = [this](const std::string &id) {
+        load(s_caTree);
+        setStates("4:10");
+        OV_instMarkAllConfig(config(std::stoi(id)), 1);
+        const std::string marked = states();
+        OV_instResetAllConfig(CDInstPtr, config(std::stoi(id)), 1);
+        return marked + " " + states();
+    };
+    expectRows(R"(
+        3  => 3:01 4:11 5:01 6:01 7:01 8:01 + 3:11 4:11 5:11 6:11 7:11 8:11 +
+        7  => 4:10 7:01 + 4:10 7:11 +
+        2  => 2:01 4:10 + 2:11 4:10 +
+        90 => 4:10 + 4:10 +)",
+               row);
+}
+
+/* A page only leads on; packages become installed whatever the state is. */
+TEST_F(Selection, FindAndMarkMarksTheSuiteAndTheGroupsThatHoldIt)
+{
+    const auto row = [this](const std::string &words) {
+        int iId = 0, iState = 0;
+        std::string name;
+        std::istringstream(words) >> iId >> name >> iState;
+        load(s_caTree);
+        setStates("8:10");
+        iState = OV_instFindAndMarkConfig(CDInstPtr, config(iId), suite(name.c_str()), iState);
+        return std::to_string(iState) + " " + states();
+    };
+    expectRows(R"(
+        3 B 1     => 1 3:11 5:11 6:11 8:10 +bc
+        4 A 1     => 1 4:11 8:10 +ab
+        4 B 1     => 0 8:10 +
+        3 Empty 1 => 0 8:10 +
+        2 A 1     => 0 3:11 4:11 8:10 +ab
+        3 C 0     => 1 +c
+        90 A 1    => 0 8:10 +)",
+               row);
+    static_cast<_OV_InstSuiteChoice *>(config(6)->pData)->pSuite = nullptr;
+    EXPECT_EQ("Null pList to UpdateInstalledFlag\n",
+              printed([] { OV_instFindAndMarkConfig(CDInstPtr, config(5), nullptr, 1); }));
+    EXPECT_EQ("5:11 6:11 8:10 +", states()) << "and it counts as found";
+}
+
+TEST_F(Selection, AllIsSelectedWhenAllGroupsAre)
+{
+    for (int iId : {7, 4, 2, 90})
+        EXPECT_EQ(1, OV_instIsAllConfigSelected(config(iId), iId != 7)) << iId;
+    setStates("5:01 7:01");
+    EXPECT_EQ(1, OV_instIsAllConfigSelected(config(3), 0)) << "suites do not count";
+    EXPECT_EQ(0, OV_instIsAllConfigSelected(config(3), 1));
+    setStates("3:01 7:00");
+    EXPECT_EQ(0, OV_instIsAllConfigSelected(config(3), 1));
+}
+
+/* In-use counts of a, b and c, packages affected. A package is counted by every suite that changes;
+ * without a change nothing is, whatever is missing; selected is exactly 1. */
+TEST_F(Selection, CountsWhatUsesAPackageAndWhatAnInstallationWouldTouch)
+{
+    const auto row = [this](const std::string &words) {
+        std::string counts;
+        load(s_caTree);
+        setStates(words);
+        package("a")->iInUse = package("c")->iInUse = 9;
+        OV_instUpdateNumInUseFlag(CDInstPtr, config(3), 1);
+        OV_instUpdateNumInUseFlag(CDInstPtr, config(3), 0);
+        for (const char *pName : {"a", "b", "c"})
+            counts += std::to_string(package(pName)->iInUse);
+        const int iAffected = OV_instNumPackagesAffected(CDInstPtr, config(3));
+        return counts + " " + std::to_string(iAffected);
+    };
+    expectRows(R"(
+        4:01 6:01           => 121 4
+        4:11 6:01 +ab       => 121 1
+        4:11 6:10 8:11 +abc => 111 0
+        4:10 6:11 8:11 +abc => 012 1
+        4:11 6:11 8:11      => 122 0
+        4:02                => 000 0)",
+               row);
+    EXPECT_EQ(
+        "Invalid args to UpdateNumInUseFlag\nInvalid args to NumPackagesAffected\n"
+        "invalid suite type to UpdateNumInUseFlag\ninvalid suite type to NumPackagesAffected\n",
+        printed([] {
+            OV_instUpdateNumInUseFlag(CDInstPtr, nullptr, 1);
+            EXPECT_EQ(0, OV_instNumPackagesAffected(nullptr, config(3)));
+            OV_instUpdateNumInUseFlag(CDInstPtr, config(2), 1);
+            EXPECT_EQ(0, OV_instNumPackagesAffected(CDInstPtr, config(2)));
+        }));
+}
+
+TEST_F(Selection, StoreRestoresTheSlotAboveItsTop)
+{
+    const auto drain = [] { /* until the store is empty, as any other test expects it */
+                            for (int i = 0; i <= OV_CONFIG_STORE; i++)
+                                (void)OV_instRestoreLastDlg();
+    };
+    (void)printed(drain);
+    for (int iId : {2, 3, 5})
+        OV_instSetLastDlg(config(iId)); /* 2 comes to lie in slot 1, 3 in slot 2 */
+    EXPECT_EQ(config(5), OV_InstGetLastConfig());
+    (void)OV_instRestoreLastDlg();
+    EXPECT_EQ(config(3), OV_instRestoreLastDlg());
+    EXPECT_EQ(config(2), OV_instRestoreLastDlg());
+    EXPECT_EQ("Underflow in config store\n", printed([] { (void)OV_instRestoreLastDlg(); }));
+    EXPECT_EQ("Overflow in config store\n", printed([] {
+                  for (int i = 0; i <= OV_CONFIG_STORE; i++)
+                      OV_instSetLastDlg(config(i < OV_CONFIG_STORE ? 3 : 4));
+              }));
+    EXPECT_EQ(config(3), OV_instRestoreLastDlg()) << "the entry that overflowed";
+    EXPECT_EQ("Underflow in config store\nUnderflow in config store\n", printed(drain));
+}
