@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cinttypes>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
@@ -30,7 +31,9 @@ static const char s_caTar[] = "tar --no-same-owner -xBof - 2> /dev/null";
 
 enum {
     PIPE_SIZE = 1024 * 1024, /* lets tar and us work side by side */
-    TAKEN_POLL_MSEC = 2
+    TAKEN_POLL_MSEC = 2,
+    ROOM_FIRST_USEC = 400, /* long enough for tar to take a good part of the pipe */
+    ROOM_MOST_USEC = 6400
 };
 
 static bool isText(const char *pText)
@@ -191,13 +194,15 @@ static int readFailure(const Feed *pFeed)
     return -1;
 }
 
-/* One block by way of our own memory. The bytes fed, 0 at the end of the archive, or -1 with the
- * record written. */
+/* One block by way of our own memory, which tells a file that cannot be read from one that cannot
+ * be sent within the kernel. The bytes fed, 0 at the end of the archive, or -1 with the record
+ * written. */
 static ssize_t feedByCopy(Feed *pFeed)
 {
     char caBlock[OV_COPY_BLOCK];
     ssize_t iRead;
 
+    (void)fcntl(pFeed->iPipe, F_SETFL, 0); /* from now on writes wait for room */
     do {
         iRead = read(pFeed->iArchive, caBlock, sizeof(caBlock));
     } while (iRead < 0 && errno == EINTR);
@@ -208,23 +213,36 @@ static ssize_t feedByCopy(Feed *pFeed)
     return iRead;
 }
 
+/* Waits while the pipe is full. Sleeping a while instead of waiting for the pipe itself saves tar
+ * from having to wake us at every single read. */
+static void waitForRoom(unsigned *piMicroseconds)
+{
+    const struct timespec pause = {0, static_cast<long>(*piMicroseconds) * 1000};
+
+    (void)nanosleep(&pause, nullptr); /* a signal only makes it shorter */
+    if (*piMicroseconds < ROOM_MOST_USEC)
+        *piMicroseconds *= 2;
+}
+
 /* One block within the kernel where the file systems can do that. Results as above. */
 static ssize_t feedBlock(Feed *pFeed)
 {
+    unsigned iPause = ROOM_FIRST_USEC;
     size_t iDone = 0;
 
     while (iDone < OV_COPY_BLOCK) {
         ssize_t iSent = sendfile(pFeed->iPipe, pFeed->iArchive, nullptr, OV_COPY_BLOCK - iDone);
 
-        if (iSent < 0 && errno == EINTR)
-            continue;
-        if (iSent < 0 && errno == EPIPE)
+        if (iSent < 0 && errno == EAGAIN)
+            waitForRoom(&iPause);
+        else if (iSent < 0 && errno == EPIPE)
             return pipeFailure(pFeed);
-        if (iSent < 0) /* tells a file that cannot be read from one that cannot be spliced */
+        else if (iSent < 0 && errno != EINTR)
             return iDone ? static_cast<ssize_t>(iDone) : feedByCopy(pFeed);
         if (iSent == 0)
             break;
-        iDone += static_cast<size_t>(iSent);
+        if (iSent > 0)
+            iDone += static_cast<size_t>(iSent);
     }
     return static_cast<ssize_t>(iDone);
 }
@@ -272,25 +290,30 @@ static std::string realPathOf(int iDirectory)
     return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(iDirectory), failed);
 }
 
-/* Opens the directory below pDest, or the nearest one above it that exists. */
-static int openNearest(const char *pDest, std::string directory)
+typedef std::unordered_set<std::string_view> SeenDirectories;
+
+/* Opens the directory below pDest, or the nearest one above it that exists and was not seen yet. -1
+ * with errno 0 when all were seen. */
+static int openNearest(const char *pDest, std::string_view directory, SeenDirectories *pSeen)
 {
-    for (;;) {
-        OwnedText path(OV_instBuildPath(pDest, directory.c_str(), nullptr));
+    while (!directory.empty() && pSeen->insert(directory).second) {
+        OwnedText path(OV_instBuildPath(pDest, std::string(directory).c_str(), nullptr));
         int iFd = path ? OV_instGuardedOpenDir(path.get()) : -1;
         size_t iSlash = directory.rfind('/');
 
-        if (iFd >= 0 || errno != ENOENT || directory.empty())
+        if (iFd >= 0 || errno != ENOENT)
             return iFd;
-        directory.resize(iSlash == std::string::npos ? 0 : iSlash);
+        directory = directory.substr(0, iSlash == std::string_view::npos ? 0 : iSlash);
     }
+    errno = 0;
+    return -1;
 }
 
 /* Finds where the members go: what a trusted link leads out of the destination to is written to as
  * well. False when a stranger's link is in the way, which tar would follow. */
 static bool allowMembers(const _OV_InstTar *pTar, const char *pDest, OV_Confinement *pConfinement)
 {
-    std::unordered_set<std::string_view> seen;
+    SeenDirectories seen;
     std::string root = realPathOf(pConfinement->aDirs[0]) + "/";
 
     for (int32_t i = 0; i < pTar->iCount; i++) {
@@ -298,9 +321,7 @@ static bool allowMembers(const _OV_InstTar *pTar, const char *pDest, OV_Confinem
         const char *pSlash = strrchr(pMember, '/');
         size_t iLength = pSlash ? static_cast<size_t>(pSlash - pMember) : 0;
 
-        if (!iLength || !seen.emplace(pMember, iLength).second)
-            continue;
-        OwnedFd opened(openNearest(pDest, std::string(pMember, iLength)));
+        OwnedFd opened(openNearest(pDest, std::string_view(pMember, iLength), &seen));
         if (opened.iFd < 0 && errno == ELOOP)
             return false;
         if (opened.iFd >= 0 && (realPathOf(opened.iFd) + "/").compare(0, root.size(), root) != 0)
@@ -334,6 +355,7 @@ static int startCommand(Feed *pFeed, const char *pDest, OV_Confinement *pConfine
         return 1;
     }
     (void)fcntl(pFeed->iPipe, F_SETPIPE_SZ, PIPE_SIZE); /* the default will do */
+    (void)fcntl(pFeed->iPipe, F_SETFL, O_NONBLOCK);     /* likewise */
     return 0;
 }
 
