@@ -1,6 +1,6 @@
 /* What the tests of the description share: models made from lines, and records as text. */
-#ifndef TESTS_DESCRIPTION_DESCRIBE_H
-#define TESTS_DESCRIPTION_DESCRIBE_H
+#ifndef OVINST_TESTS_DESCRIPTION_DESCRIBE_H
+#define OVINST_TESTS_DESCRIPTION_DESCRIBE_H
 
 #include <initializer_list>
 #include <memory>
@@ -91,6 +91,29 @@ inline std::string shown(const _OV_InstConfigList *pConfig)
     for (int i = 0; i < iMost && aChildren[i] != 0; i++)
         all << aChildren[i];
     return all.out.str();
+}
+
+/* Visits all that the reader has handed out and looks for what it promised; "" when it holds. */
+inline std::string findFault(_OV_instCDinst *pRoot)
+{
+    std::string all = pRoot->pLogFile;
+    for (_OV_InstPackageNode *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext) {
+        if (!OV_instGetPackageFromName(pRoot, pNode->pPackage->pName))
+            return "a package is not found";
+        for (_OV_InstOper *pOper = pNode->pPackage->pOperHead; pOper; pOper = pOper->pNext)
+            all += shown(pOper);
+    }
+    for (_OV_InstSuiteList *pSuite = pRoot->pSuiteHead; pSuite; pSuite = pSuite->pNext) {
+        if (!OV_instGetSuiteFromName(pRoot, pSuite->pName))
+            return "a suite is not found";
+    }
+    for (_OV_InstConfigList *pConfig = pRoot->pConfigHead; pConfig; pConfig = pConfig->pNext) {
+        all += shown(pConfig);
+        if (!OV_instGetConfigFromId(pRoot, pConfig->iId) ||
+            (pConfig == pRoot->pConfigHead) != !pConfig->pParent)
+            return "a configuration is not found, or has a wrong parent";
+    }
+    return "";
 }
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <dlfcn.h>
 
 #include "description/describe.h"
 
@@ -15,20 +16,8 @@ static _OV_InstSuiteList *addSuite(const Model &model, const char *pName)
 static _OV_InstPackage *addPackage(const Model &model, const char *pName)
 {
     _OV_InstPackage *pPackage = newPackage(model.get());
-    pPackage->pName = pName ? strdup(pName) : nullptr;
+    pPackage->pName = strdup(pName);
     return pPackage;
-}
-
-TEST(Keywords, AreExactAndStandAtTheirKindsPosition)
-{
-    EXPECT_EQ(OV_OPER_UNTARZ2, getOperType("UntarZ2"));
-    EXPECT_EQ(OV_OPER_SELFREG, getOperType("SelfReg"));
-    EXPECT_EQ(nullptr, OVInstOperTkList[OV_OPER_COUNT]);
-    EXPECT_EQ(OV_CONFIG_SUITE, getConfigType("Suite"));
-    for (const char *pWord : {"copy", "Copy2", "", static_cast<const char *>(nullptr)}) {
-        EXPECT_EQ(-1, getOperType(pWord)) << shown(pWord);
-        EXPECT_EQ(-1, getConfigType(pWord)) << shown(pWord);
-    }
 }
 
 TEST(LookUp, GivesTheFirstInFileOrderAndNullForTheRest)
@@ -56,10 +45,10 @@ TEST(LookUp, SeesWhatWasAppendedBehindIt)
 {
     Model model(newCDinst());
     EXPECT_EQ(nullptr, OV_instGetPackageFromName(model.get(), "late"));
-    _OV_InstPackage *pUnnamed = addPackage(model, nullptr);
-    _OV_InstPackage *pLate = addPackage(model, "late");
-    EXPECT_EQ(pLate, OV_instGetPackageFromName(model.get(), "late"));
-    pUnnamed->pName = strdup("late"); /* named later, yet first in the file */
+    _OV_InstPackage *pUnnamed = newPackage(model.get());
+    EXPECT_EQ(nullptr, OV_instGetPackageFromName(model.get(), "late"));
+    addPackage(model, "late");
+    pUnnamed->pName = strdup("late"); /* named last, yet first in the file */
     EXPECT_EQ(pUnnamed, OV_instGetPackageFromName(model.get(), "late"));
 
     newConfig(model.get(), 1, OV_CONFIG_MAINDLG);
@@ -75,7 +64,7 @@ TEST(MarkInstalled, ReachesEveryPackageOfTheName)
 {
     Model model(newCDinst());
     _OV_InstPackage *apPackages[] = {addPackage(model, "a"), addPackage(model, "b"),
-                                     addPackage(model, "a"), addPackage(model, nullptr),
+                                     addPackage(model, "a"), addPackage(model, "c"),
                                      addPackage(model, "a")};
     OV_instMarkPackageInstalled(model.get(), "unknown");
     OV_instMarkPackageInstalled(model.get(), "a");
@@ -85,40 +74,23 @@ TEST(MarkInstalled, ReachesEveryPackageOfTheName)
     EXPECT_EQ("10101", marks);
 }
 
-/* The rule as it is told, walked from the head for every configuration. */
-static _OV_InstConfigList *parentByWalking(_OV_InstConfigList *pHead)
+TEST(NewConfig, FindsTheGroupThatGoverns)
 {
-    _OV_InstConfigList *pParent = pHead;
-    for (_OV_InstConfigList *pConfig = pHead; pConfig && pConfig->pNext; pConfig = pConfig->pNext) {
-        if (pConfig->iType == OV_CONFIG_CUSDLG)
-            pParent = pConfig;
-    }
-    return pParent;
-}
-
-TEST(NewConfig, FindsTheParentThatTheWalkFinds)
-{
-    for (unsigned int iPattern = 0; iPattern < 6561; iPattern++) { /* 8 configurations, 3 kinds */
+    /* The kinds in file order (M, C or S), and each one's parent by its position; 0 for none. */
+    const char *const aaRows[][2] = {
+        {"MSS", "011"},       {"CC", "01"},         {"MCSS", "0112"},
+        {"MCCSCS", "011233"}, {"MCMSCC", "011222"}, {"CSSCS", "01111"},
+    };
+    for (const auto &apRow : aaRows) {
         Model model(newCDinst());
-        unsigned int iLeft = iPattern;
-        for (int iId = 1; iId <= 8; iId++, iLeft /= 3) {
-            _OV_InstConfigList *pExpected = parentByWalking(model->pConfigHead);
-            _OV_InstConfigList *pConfig = newConfig(model.get(), iId, static_cast<int>(iLeft % 3));
-            ASSERT_EQ(pExpected, pConfig->pParent) << iPattern << " at " << iId;
+        std::string parents;
+        for (int i = 0; apRow[0][i]; i++) {
+            const int iType = static_cast<int>(std::string("MCS").find(apRow[0][i]));
+            _OV_InstConfigList *pConfig = newConfig(model.get(), i + 1, iType);
+            parents += std::to_string(pConfig->pParent ? pConfig->pParent->iId : 0);
         }
+        EXPECT_EQ(apRow[1], parents) << apRow[0];
     }
-}
-
-TEST(NewOper, BelongsToTheLastPackage)
-{
-    Model model(newCDinst());
-    EXPECT_EQ(nullptr, newOper(model.get()));
-    _OV_InstPackage *pFirst = addPackage(model, "a");
-    _OV_InstPackage *pLast = addPackage(model, "b");
-    _OV_InstOper *pOper = newOper(model.get());
-    EXPECT_EQ(pOper, pLast->pOperHead);
-    EXPECT_EQ(newOper(model.get()), pOper->pNext);
-    EXPECT_EQ(nullptr, pFirst->pOperHead);
 }
 
 TEST(AddPackageToSuite, TellsOfANullSuiteOnly)
@@ -129,6 +101,18 @@ TEST(AddPackageToSuite, TellsOfANullSuiteOnly)
     EXPECT_EQ(nullptr, model->pSuiteHead->pPackHead);
     OV_instAddPackage2Suite(nullptr, addPackage(model, "p"));
     EXPECT_EQ("Error: adding package to suite\n", testing::internal::GetCapturedStderr());
+}
+
+TEST(Free, ClosesTheModuleOfAFunction)
+{
+    const char caModule[] = TEST_MODULE_DIR "/goodModule.so";
+    Model model(newCDinst());
+    ASSERT_EQ(0, addLines(model, {"Package \"p\"", "Function \"f\" \"goodModule.so\""}));
+    void *hModule = dlopen(caModule, RTLD_LAZY);
+    ASSERT_NE(nullptr, hModule);
+    model->pPackageHead->pPackage->pOperHead->body.function.hModule = hModule;
+    model.reset();
+    EXPECT_EQ(nullptr, dlopen(caModule, RTLD_LAZY | RTLD_NOLOAD));
 }
 
 /* Mostly for the leak check: bodies that are empty, and kinds that have none. */
@@ -148,8 +132,11 @@ TEST(Free, AcceptsNullAndPartlyFilledRecords)
         OV_instFreeOper(pOper);
     }
     Model model(newCDinst());
-    for (int iType = 0; iType < OV_CONFIG_COUNT; iType++)
-        newConfig(model.get(), iType + 1, iType);
+    newConfig(model.get(), 1, OV_CONFIG_MAINDLG);
+    for (int iType = 0; iType < OV_CONFIG_COUNT; iType++) {
+        _OV_InstConfigList *pConfig = newConfig(model.get(), iType + 2, iType);
+        EXPECT_TRUE(newConfigData(pConfig) && newIcon(pConfig));
+    }
     model->pHistoryFile = strdup("history");
     int iMost = -1;
     EXPECT_EQ(nullptr, OV_instGetConfigChildren(model->pConfigHead, &iMost));

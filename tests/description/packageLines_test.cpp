@@ -28,15 +28,6 @@ TEST(PackageLine, RejectsWhatIsNoKeywordOrHasNoPackage)
     EXPECT_STREQ("", model->pPackageTail->pPackage->pLabel);
 }
 
-TEST(PackageLine, SectionWordsSwitchTheFlag)
-{
-    Model model(newCDinst());
-    EXPECT_EQ(0, addLines(model, {"ConfigBegin now"}));
-    EXPECT_EQ(1, OV_instParsingConfiguration);
-    EXPECT_EQ(0, addLines(model, {"ConfigEnd", "ConfigEnd"}));
-    EXPECT_EQ(0, OV_instParsingConfiguration);
-}
-
 TEST(OperationLine, FillsItsRecordOrIsRejected)
 {
     const char *const aaRows[][2] = {
@@ -66,40 +57,29 @@ TEST(OperationLine, FillsItsRecordOrIsRejected)
         {R"(Untar "x" 1 "a" 1 "b)", "rejected Error: invalid tar line\n"},
         {R"(Untar "x" 1 "a" 9223372036854775808)", "rejected Error: invalid tar line\n"},
         {R"(Untar "x" 9223372036854775808)", "rejected "},
-        {R"(Untar "x)", "rejected "},
         {R"(UntarZ2 "r" "x)", "rejected "},
         {R"(Copy "a)", "rejected "},
         {R"(Copy "a" "b" 9223372036854775808)", "rejected "},
-        {R"(Copy "a" "b" 1 9223372036854775808)", "rejected "},
         {R"(Mkdir "d" 1 2 0xffffffffffffffffff)", "rejected "},
         {R"(SoftLink "l" "t" "x)", "rejected "},
-        {R"(Function "f" "m" "d)", "rejected "},
         {R"(Shortcut "1" "2" "3)", "rejected "},
-        {R"(RegData "r" "k" "v" "x)", "rejected "},
-        {R"(SelfReg "m)", "rejected "},
     };
     for (const auto &apRow : aaRows)
         EXPECT_EQ(apRow[1], parse(apRow[0])) << apRow[0];
 }
 
-/* Members by the hundred thousand; bare numbers, too, each of which would otherwise search the
- * rest of the line for a quote. */
-TEST(TarLine, StaysCheapAndClearsItsUnusedSlots)
+TEST(TarLine, GrowsByAHundredClearSlots)
 {
-    for (const char *pPair : {" \"dir/member\" 12", " 12"}) {
-        const int iCount = 200050;
-        std::string line = "Untar \"x.tar\" 1";
-        for (int i = 0; i < iCount; i++)
-            line += pPair;
-        Model model(newCDinst());
-        ASSERT_EQ(0, addLines(model, {"Package \"p\"", line}));
-        const _OV_InstTar *pTar = &model->pPackageHead->pPackage->pOperTail->body.tar;
-        ASSERT_EQ(iCount, pTar->iCount);
-        EXPECT_EQ(12, pTar->aUnits[iCount - 1]);
-        for (int i = iCount; i % 100; i++) {
-            EXPECT_EQ(nullptr, pTar->apMembers[i]);
-            EXPECT_EQ(0, pTar->aUnits[i]);
-        }
+    std::string line = "Untar \"x.tar\" 1";
+    for (int i = 0; i < 250; i++)
+        line += " \"dir/member\" 12";
+    Model model(newCDinst());
+    ASSERT_EQ(0, addLines(model, {"Package \"p\"", line}));
+    const _OV_InstTar *pTar = &model->pPackageHead->pPackage->pOperTail->body.tar;
+    ASSERT_EQ(250, pTar->iCount);
+    for (int i = 0; i < 300; i++) {
+        EXPECT_STREQ(i < 250 ? "dir/member" : nullptr, pTar->apMembers[i]);
+        EXPECT_EQ(i < 250 ? 12 : 0, pTar->aUnits[i]);
     }
 }
 

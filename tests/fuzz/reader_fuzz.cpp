@@ -9,12 +9,12 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include "description/configLines.h"
+#include "../description/describe.h"
 #include "description/reader.h"
 #include "ut/owned.h"
 
 extern "C" int LLVMFuzzerInitialize(int *piArgc, char ***papArgv);
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t lSize);
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t iSize);
 
 /* The reader's own messages would drown the fuzzer's, which keeps the stream it started with. */
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
@@ -27,30 +27,17 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
     return 0;
 }
 
-/* Looks at what a model's users rely on. */
-static void useModel(_OV_instCDinst *pRoot)
-{
-    for (_OV_InstPackageNode *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext) {
-        if (!OV_instGetPackageFromName(pRoot, pNode->pPackage->pName))
-            abort();
-    }
-    for (_OV_InstConfigList *pConfig = pRoot->pConfigHead; pConfig; pConfig = pConfig->pNext) {
-        if (!OV_instGetConfigFromId(pRoot, pConfig->iId) || !pConfig->pData)
-            abort();
-    }
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t lSize)
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t iSize)
 {
     OwnedFd memory(memfd_create("cdinst.dat", MFD_CLOEXEC));
 
-    if (memory.iFd < 0 || write(memory.iFd, pData, lSize) != static_cast<ssize_t>(lSize))
+    if (memory.iFd < 0 || write(memory.iFd, pData, iSize) != static_cast<ssize_t>(iSize))
         abort();
     OV_instParsingConfiguration = 0;
     const std::string path = "/proc/self/fd/" + std::to_string(memory.iFd);
     _OV_instCDinst *pRoot = OV_instReadCDinst(path.c_str(), nullptr);
-    if (pRoot)
-        useModel(pRoot);
+    if (pRoot && !findFault(pRoot).empty())
+        abort();
     OV_instFreeCDinst(pRoot);
     return 0;
 }

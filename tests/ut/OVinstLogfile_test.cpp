@@ -1,42 +1,55 @@
 #include <gtest/gtest.h>
 
-#include "ut/OVinstLogfile.h"
-#include "ut/guard.h"
-#include "ut/owned.h"
-#include "ut/scratchDir.h"
-
-#include <regex>
+#include <ctime>
 #include <string>
-#include <unistd.h>
 
-namespace fs = std::filesystem;
+#include "support.h"
+#include "ut/OVinstLogfile.h"
+#include "ut/owned.h"
 
-class Logfile : public testing::Test
-{
-  protected:
+struct Logfile : testing::Test {
     void SetUp() override { g_caLogName[0] = '\0'; }
     void TearDown() override { g_caLogName[0] = '\0'; }
-    ScratchDir scratch;
-    std::string base = scratch.path, log = base + "/log.txt";
+    Scratch scratch;
+    const std::string log = scratch / "log.txt";
 };
+
+/* A run's header at a place that is 13 hours and 7 minutes ahead. */
+static std::string headAt(time_t now)
+{
+    char caHead[200] = "";
+    struct tm far = {};
+
+    now += (13 * 60 + 7) * 60;
+    gmtime_r(&now, &far);
+    (void)snprintf(caHead, sizeof caHead,
+                   "\n>>>>>>> SETUP Log File created on %d-%02d-%02d-%02dh%02d <<<<<<<\n"
+                   "Starting Installation\n",
+                   far.tm_year + 1900, far.tm_mon + 1, far.tm_mday, far.tm_hour, far.tm_min);
+    return caHead;
+}
 
 TEST_F(Logfile, AppendsAHeaderForEveryRun)
 {
-    std::string head = "\n>>>>>>> SETUP Log File created on "
-                       "[0-9]{4}-[0-9]{2}-[0-9]{2}-[0-9]{2}h[0-9]{2} <<<<<<<\n"
-                       "Starting Installation\n";
-
+    const std::string zone = getenv("TZ") ? getenv("TZ") : "";
+    setenv("TZ", "FAR-13:07", 1);
+    tzset();
+    time_t now = time(nullptr);
     ASSERT_EQ(OV_instInitLogfile(log.c_str()), 0);
-    EXPECT_TRUE(fs::is_empty(log));
+    EXPECT_TRUE(std::filesystem::is_empty(log));
     ASSERT_EQ(OV_instInitLogfileAndTimeStamp(log.c_str()), 0);
     EXPECT_EQ(OV_instUpdateLogfile("%s\n", "100%s"), 0);
     OwnedFile stream(OV_instOpenLogfile()); /* a module's, which writes after the next record */
     EXPECT_EQ(OV_instUpdateLogfile("no "), 0);
-    EXPECT_GT(fputs("newline", stream.get()), 0);
-    stream.reset();
+    EXPECT_TRUE(fputs("newline", stream.get()) > 0 && fflush(stream.get()) == 0);
     ASSERT_EQ(OV_instInitLogfileAndTimeStamp(g_caLogName), 0);
-    EXPECT_TRUE(std::regex_match(readText(log), std::regex(head + "100%s\nno newline" + head)))
-        << readText(log);
+    std::string text = readFile(log);
+    for (const std::string &head : {headAt(now), headAt(time(nullptr))}) /* the minute may end */
+        for (size_t at; (at = text.find(head)) != std::string::npos;)
+            text.replace(at, head.size(), "<head>");
+    EXPECT_EQ(text, "<head>100%s\nno newline<head>");
+    zone.empty() ? unsetenv("TZ") : setenv("TZ", zone.c_str(), 1);
+    tzset();
 }
 
 TEST_F(Logfile, WritesNothingWithoutALog)
@@ -54,34 +67,13 @@ TEST_F(Logfile, WritesNothingWithoutALog)
 
 TEST_F(Logfile, RemembersAPathThatCannotBeOpened)
 {
-    std::string path = base + "/none/%s.txt", longest = base + "/" + std::string(4096, 'x');
-    longest.resize(4096);
+    const std::string path = scratch / "none/%s.txt", longest(4096, 'x');
     EXPECT_EQ(OV_instInitLogfile(longest.c_str()), -1);
     EXPECT_EQ(g_caLogName, longest);
 
     testing::internal::CaptureStderr();
-    EXPECT_EQ(OV_instInitLogfileAndTimeStamp(path.c_str()), -1);
-    EXPECT_EQ(g_caLogName, path);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-
-    testing::internal::CaptureStderr();
+    EXPECT_EQ(OV_instInitLogfileAndTimeStamp(path.c_str()), -1); /* silent */
     EXPECT_EQ(OV_instUpdateLogfile("lost\n"), 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Error: (OV_instUpdateLogfile) can't open '" + path + "'\n");
-    fs::create_directory(base + "/none");
-    EXPECT_EQ(OV_instUpdateLogfile("found\n"), 0);
-    EXPECT_TRUE(fs::exists(path));
-}
-
-TEST_F(Logfile, StaysInsideTheDestination)
-{
-    if (geteuid() != 0)
-        GTEST_SKIP() << "only root can plant another user's links";
-    fs::create_directory(base + "/root");
-    fs::create_symlink(log, base + "/root/log");
-    ASSERT_EQ(lchown((base + "/root/log").c_str(), 65534, 65534), 0);
-    OV_instSetGuardedRoot((base + "/root").c_str());
-    EXPECT_EQ(OV_instInitLogfileAndTimeStamp((base + "/root/log").c_str()), -1);
-    EXPECT_FALSE(fs::exists(log));
-    OV_instSetGuardedRoot(nullptr);
 }

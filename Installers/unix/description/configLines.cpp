@@ -1,9 +1,9 @@
 #include "description/configLines.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
+#include "description/fields.h"
 #include "description/scanner.h"
 #include "ut/owned.h"
 
@@ -13,17 +13,6 @@ static int rejectLine(const char *pLine)
 {
     fprintf(stderr, "Error: invalid configuration line: %s\n", pLine);
     return -1;
-}
-
-/* Missing numbers are 0. */
-static int readNumber(const char **ppText, int32_t *piValue)
-{
-    int64_t lValue = 0;
-
-    if (scanInteger(*ppText, ppText, &lValue) < 0)
-        return -1;
-    *piValue = static_cast<int32_t>(lValue);
-    return 0;
 }
 
 /* An empty text means no icon; any other one is two names around its first comma. */
@@ -38,10 +27,9 @@ static int readIcon(const char **ppText, _OV_InstConfigList *pConfig)
     const char *pComma = strchr(names.get(), ',');
     if (!pComma)
         return -1;
-    _OV_InstIcon *pIcon = static_cast<_OV_InstIcon *>(calloc(1, sizeof(*pIcon)));
+    _OV_InstIcon *pIcon = newIcon(pConfig);
     if (!pIcon)
         return -1;
-    pConfig->pIcon = pIcon;
     pIcon->pIcon1 = strndup(names.get(), static_cast<size_t>(pComma - names.get()));
     pIcon->pIcon2 = strdup(pComma + 1);
     return pIcon->pIcon1 && pIcon->pIcon2 ? 0 : -1;
@@ -53,7 +41,7 @@ static int readIcon(const char **ppText, _OV_InstConfigList *pConfig)
 static int readChildren(const char *pText, int32_t iOwnId, int32_t *aChildren, int iMost)
 {
     for (int i = 0; i < iMost; i++) {
-        if (readNumber(&pText, &aChildren[i]) < 0)
+        if (readNumbers(&pText, {&aChildren[i]}) < 0)
             return -1;
         if (aChildren[i] == 0)
             return 0;
@@ -65,47 +53,31 @@ static int readChildren(const char *pText, int32_t iOwnId, int32_t *aChildren, i
     return 0;
 }
 
-/* Title, text and icon, as both dialogs have them. */
-static int readDialogTexts(const char **ppText, _OV_InstConfigList *pConfig, char **ppTitle,
-                           char **ppBody)
-{
-    *ppTitle = getQuotedString(*ppText, ppText);
-    if (!*ppTitle)
-        return -1;
-    *ppBody = getQuotedString(*ppText, ppText);
-    if (!*ppBody)
-        return -1;
-    return readIcon(ppText, pConfig);
-}
-
 static int readMainDlg(const char *pText, _OV_instCDinst *, _OV_InstConfigList *pConfig)
 {
-    _OV_InstMainDlg *pDialog = static_cast<_OV_InstMainDlg *>(calloc(1, sizeof(*pDialog)));
+    auto *pDialog = static_cast<_OV_InstMainDlg *>(newConfigData(pConfig));
 
-    pConfig->pData = pDialog;
-    if (!pDialog || readDialogTexts(&pText, pConfig, &pDialog->pTitle, &pDialog->pText) < 0)
+    if (!pDialog || readTexts(&pText, {&pDialog->pTitle, &pDialog->pText}) < 0 ||
+        readIcon(&pText, pConfig) < 0)
         return -1;
     return readChildren(pText, pConfig->iId, pDialog->aChildren, OV_MAINDLG_CHILDREN);
 }
 
 static int readCusDlg(const char *pText, _OV_instCDinst *, _OV_InstConfigList *pConfig)
 {
-    _OV_InstCusDlg *pDialog = static_cast<_OV_InstCusDlg *>(calloc(1, sizeof(*pDialog)));
+    auto *pDialog = static_cast<_OV_InstCusDlg *>(newConfigData(pConfig));
 
-    pConfig->pData = pDialog;
-    if (!pDialog || readDialogTexts(&pText, pConfig, &pDialog->pTitle, &pDialog->pText) < 0)
-        return -1;
-    if (readNumber(&pText, &pConfig->iSelected) < 0)
+    if (!pDialog || readTexts(&pText, {&pDialog->pTitle, &pDialog->pText}) < 0 ||
+        readIcon(&pText, pConfig) < 0 || readNumbers(&pText, {&pConfig->iSelected}) < 0)
         return -1;
     return readChildren(pText, pConfig->iId, pDialog->aChildren, OV_CUSDLG_CHILDREN);
 }
 
 static int readSuite(const char *pText, _OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
 {
-    _OV_InstSuiteChoice *pChoice = static_cast<_OV_InstSuiteChoice *>(calloc(1, sizeof(*pChoice)));
+    auto *pChoice = static_cast<_OV_InstSuiteChoice *>(newConfigData(pConfig));
     OwnedText name(getQuotedString(pText, &pText));
 
-    pConfig->pData = pChoice;
     if (!pChoice || !name)
         return -1;
     pChoice->pSuite = OV_instGetSuiteFromName(pRoot, name.get());
@@ -113,10 +85,9 @@ static int readSuite(const char *pText, _OV_instCDinst *pRoot, _OV_InstConfigLis
         fprintf(stderr, "Error: invalid suite name '%s'\n", name.get());
         return -1;
     }
-    pChoice->pText = getQuotedString(pText, &pText);
-    if (!pChoice->pText || readIcon(&pText, pConfig) < 0)
+    if (readTexts(&pText, {&pChoice->pText}) < 0 || readIcon(&pText, pConfig) < 0)
         return -1;
-    return readNumber(&pText, &pConfig->iSelected);
+    return readNumbers(&pText, {&pConfig->iSelected});
 }
 
 /* In the order of OV_InstConfigType. */
@@ -142,7 +113,7 @@ int AddLineToConfig(const char *pLine, _OV_instCDinst *pRoot)
         return rejectLine(pLine);
 
     pText = pLine;
-    if (readNumber(&pText, &iId) < 0 || iId == 0)
+    if (readNumbers(&pText, {&iId}) < 0 || iId == 0)
         return -1;
     OwnedText kind(getToken(pText, OVInstConfigTkList, &pText, 1));
     if (!kind)

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <initializer_list>
-#include <new>
-#include <string_view>
-#include <unordered_map>
+
+#include "description/modelIndex.h"
+#include "description/scanner.h"
 
 /* In the order of OV_InstOperType. */
 const char *const OVInstOperTkList[] = {
@@ -23,25 +23,6 @@ const char *const OVInstConfigTkList[] = {"MainDlg", "CusDlg", "Suite", nullptr}
 static_assert(sizeof(OVInstConfigTkList) / sizeof(*OVInstConfigTkList) == OV_CONFIG_COUNT + 1,
               "one keyword for each configuration kind");
 
-/* The end of the configuration list, and the group that governs whatever is appended there. */
-struct ConfigEnd {
-    _OV_InstConfigList *pTail;
-    _OV_InstConfigList *pGroup;
-};
-
-/* Maps beside the lists. The keys are the records' own names. A list may be appended to by hand,
- * so each map follows its list: the "seen" pointers stand on the last node that it holds. */
-struct _OV_InstIndex {
-    std::unordered_map<int, _OV_InstConfigList *> configs;
-    std::unordered_map<std::string_view, _OV_InstSuiteList *> suites;
-    std::unordered_map<std::string_view, _OV_InstPackage *> packages;
-    std::unordered_multimap<std::string_view, _OV_InstPackage *> namesakes; /* all but the first */
-    _OV_InstConfigList *pConfigSeen;
-    _OV_InstSuiteList *pSuiteSeen;
-    _OV_InstPackageNode *pPackageSeen;
-    ConfigEnd configEnd;
-};
-
 static int getKeyword(const char *pWord, const char *const *apKeywords)
 {
     for (int i = 0; pWord && apKeywords[i]; i++) {
@@ -51,82 +32,28 @@ static int getKeyword(const char *pWord, const char *const *apKeywords)
     return -1;
 }
 
-/* Null without memory: every user of the index can do with the list alone. */
-static _OV_InstIndex *getIndex(_OV_instCDinst *pRoot)
-{
-    if (!pRoot->pIndex)
-        pRoot->pIndex = new (std::nothrow) _OV_InstIndex();
-    return pRoot->pIndex;
-}
-
-/* The first node behind pSeen. */
-template <typename Node> static Node *unseen(Node *pSeen, Node *pHead)
-{
-    return pSeen ? pSeen->pNext : pHead;
-}
-
-/* Each of these follows its list as far as it goes: to the end, to a record whose name is not read
- * yet, or until memory is short. The rest is looked through by walking. */
-static void followConfigs(_OV_InstIndex *pIndex, _OV_InstConfigList *pHead)
-{
-    try {
-        while (_OV_InstConfigList *pConfig = unseen(pIndex->pConfigSeen, pHead)) {
-            pIndex->configs.emplace(pConfig->iId, pConfig); /* keeps the first of an id */
-            pIndex->pConfigSeen = pConfig;
-        }
-    } catch (const std::bad_alloc &) {
-        return;
-    }
-}
-
-static void followSuites(_OV_InstIndex *pIndex, _OV_InstSuiteList *pHead)
-{
-    try {
-        _OV_InstSuiteList *pSuite = nullptr;
-        while ((pSuite = unseen(pIndex->pSuiteSeen, pHead)) && pSuite->pName) {
-            pIndex->suites.emplace(pSuite->pName, pSuite);
-            pIndex->pSuiteSeen = pSuite;
-        }
-    } catch (const std::bad_alloc &) {
-        return;
-    }
-}
-
-static void followPackages(_OV_InstIndex *pIndex, _OV_InstPackageNode *pHead)
-{
-    try {
-        _OV_InstPackageNode *pNode = nullptr;
-        while ((pNode = unseen(pIndex->pPackageSeen, pHead)) && pNode->pPackage->pName) {
-            if (!pIndex->packages.emplace(pNode->pPackage->pName, pNode->pPackage).second)
-                pIndex->namesakes.emplace(pNode->pPackage->pName, pNode->pPackage);
-            pIndex->pPackageSeen = pNode;
-        }
-    } catch (const std::bad_alloc &) {
-        return;
-    }
-}
-
-static bool isNamed(const char *pName, const char *pWanted)
-{
-    return pName && strcmp(pName, pWanted) == 0;
-}
-
 /* Walks on to the list's last element. The first configuration governs until a custom dialog that
  * has a successor takes over; the last element itself never counts, which is meant. */
-static void reachConfigEnd(ConfigEnd *pEnd, _OV_InstConfigList *pHead)
+static void reachConfigEnd(_OV_instCDinst *pRoot)
 {
-    if (!pEnd->pTail)
-        pEnd->pTail = pEnd->pGroup = pHead;
-    while (pEnd->pTail && pEnd->pTail->pNext) {
-        if (pEnd->pTail->iType == OV_CONFIG_CUSDLG)
-            pEnd->pGroup = pEnd->pTail;
-        pEnd->pTail = pEnd->pTail->pNext;
+    if (!pRoot->pConfigTail)
+        pRoot->pConfigTail = pRoot->pConfigGroup = pRoot->pConfigHead;
+    while (pRoot->pConfigTail && pRoot->pConfigTail->pNext) {
+        if (pRoot->pConfigTail->iType == OV_CONFIG_CUSDLG)
+            pRoot->pConfigGroup = pRoot->pConfigTail;
+        pRoot->pConfigTail = pRoot->pConfigTail->pNext;
     }
 }
 
 template <typename Record> static Record *newRecord()
 {
     return static_cast<Record *>(calloc(1, sizeof(Record)));
+}
+
+/* A record that the look-ups will find, once those before it are in the index. */
+template <typename Record> static Record *newIndexed(_OV_instCDinst *pRoot)
+{
+    return updateIndex(pRoot) == 0 ? newRecord<Record>() : nullptr;
 }
 
 template <typename Node> static void append(Node **ppHead, Node **ppTail, Node *pNode)
@@ -207,6 +134,37 @@ static void (*const s_aFreeBody[])(_OV_InstOper *) = {
 static_assert(sizeof(s_aFreeBody) / sizeof(*s_aFreeBody) == OV_OPER_COUNT,
               "one row for each operation kind");
 
+static void freeMainDlg(void *pData)
+{
+    _OV_InstMainDlg *pDialog = static_cast<_OV_InstMainDlg *>(pData);
+
+    freeTexts({pDialog->pTitle, pDialog->pText});
+}
+
+static void freeCusDlg(void *pData)
+{
+    _OV_InstCusDlg *pDialog = static_cast<_OV_InstCusDlg *>(pData);
+
+    freeTexts({pDialog->pTitle, pDialog->pText});
+}
+
+static void freeSuiteChoice(void *pData)
+{
+    free(static_cast<_OV_InstSuiteChoice *>(pData)->pText);
+}
+
+/* In the order of OV_InstConfigType. */
+static const struct {
+    size_t iSize;
+    void (*freeOwn)(void *pData);
+} s_aData[] = {
+    {sizeof(_OV_InstMainDlg),     freeMainDlg    },
+    {sizeof(_OV_InstCusDlg),      freeCusDlg     },
+    {sizeof(_OV_InstSuiteChoice), freeSuiteChoice},
+};
+static_assert(sizeof(s_aData) / sizeof(*s_aData) == OV_CONFIG_COUNT,
+              "one row for each configuration kind");
+
 /* Nodes only: whom they refer to is the root's. */
 static void freeNodes(_OV_InstPackageNode *pNode)
 {
@@ -225,84 +183,6 @@ int getOperType(const char *pWord)
 int getConfigType(const char *pWord)
 {
     return getKeyword(pWord, OVInstConfigTkList);
-}
-
-_OV_InstConfigList *OV_instGetConfigFromId(_OV_instCDinst *pRoot, int iId)
-{
-    _OV_InstConfigList *pSeen = nullptr;
-
-    if (!pRoot)
-        return nullptr;
-    if (_OV_InstIndex *pIndex = getIndex(pRoot)) {
-        followConfigs(pIndex, pRoot->pConfigHead);
-        auto found = pIndex->configs.find(iId);
-        if (found != pIndex->configs.end())
-            return found->second;
-        pSeen = pIndex->pConfigSeen;
-    }
-    _OV_InstConfigList *pConfig = unseen(pSeen, pRoot->pConfigHead);
-    while (pConfig && pConfig->iId != iId)
-        pConfig = pConfig->pNext;
-    return pConfig;
-}
-
-_OV_InstSuiteList *OV_instGetSuiteFromName(_OV_instCDinst *pRoot, const char *pName)
-{
-    _OV_InstSuiteList *pSeen = nullptr;
-
-    if (!pRoot || !pName)
-        return nullptr;
-    if (_OV_InstIndex *pIndex = getIndex(pRoot)) {
-        followSuites(pIndex, pRoot->pSuiteHead);
-        auto found = pIndex->suites.find(pName);
-        if (found != pIndex->suites.end())
-            return found->second;
-        pSeen = pIndex->pSuiteSeen;
-    }
-    _OV_InstSuiteList *pSuite = unseen(pSeen, pRoot->pSuiteHead);
-    while (pSuite && !isNamed(pSuite->pName, pName))
-        pSuite = pSuite->pNext;
-    return pSuite;
-}
-
-_OV_InstPackage *OV_instGetPackageFromName(_OV_instCDinst *pRoot, const char *pName)
-{
-    _OV_InstPackageNode *pSeen = nullptr;
-
-    if (!pRoot || !pName)
-        return nullptr;
-    if (_OV_InstIndex *pIndex = getIndex(pRoot)) {
-        followPackages(pIndex, pRoot->pPackageHead);
-        auto found = pIndex->packages.find(pName);
-        if (found != pIndex->packages.end())
-            return found->second;
-        pSeen = pIndex->pPackageSeen;
-    }
-    _OV_InstPackageNode *pNode = unseen(pSeen, pRoot->pPackageHead);
-    while (pNode && !isNamed(pNode->pPackage->pName, pName))
-        pNode = pNode->pNext;
-    return pNode ? pNode->pPackage : nullptr;
-}
-
-void OV_instMarkPackageInstalled(_OV_instCDinst *pRoot, const char *pName)
-{
-    _OV_InstPackage *pFirst = OV_instGetPackageFromName(pRoot, pName);
-    _OV_InstPackageNode *pSeen = nullptr;
-
-    if (!pFirst)
-        return;
-    pFirst->iInstalled = 1;
-    if (_OV_InstIndex *pIndex = pRoot->pIndex) {
-        auto others = pIndex->namesakes.equal_range(pName);
-        for (auto other = others.first; other != others.second; ++other)
-            other->second->iInstalled = 1;
-        pSeen = pIndex->pPackageSeen;
-    }
-    for (_OV_InstPackageNode *pNode = unseen(pSeen, pRoot->pPackageHead); pNode;
-         pNode = pNode->pNext) {
-        if (isNamed(pNode->pPackage->pName, pName))
-            pNode->pPackage->iInstalled = 1;
-    }
 }
 
 const int32_t *OV_instGetConfigChildren(const _OV_InstConfigList *pConfig, int *piMost)
@@ -335,7 +215,7 @@ _OV_instCDinst *newCDinst()
 
 _OV_InstSuiteList *newSuite(_OV_instCDinst *pRoot)
 {
-    _OV_InstSuiteList *pSuite = newRecord<_OV_InstSuiteList>();
+    _OV_InstSuiteList *pSuite = newIndexed<_OV_InstSuiteList>(pRoot);
 
     if (pSuite)
         append(&pRoot->pSuiteHead, &pRoot->pSuiteTail, pSuite);
@@ -344,7 +224,7 @@ _OV_InstSuiteList *newSuite(_OV_instCDinst *pRoot)
 
 _OV_InstPackage *newPackage(_OV_instCDinst *pRoot)
 {
-    _OV_InstPackage *pPackage = newRecord<_OV_InstPackage>();
+    _OV_InstPackage *pPackage = newIndexed<_OV_InstPackage>(pRoot);
     _OV_InstPackageNode *pNode = newRecord<_OV_InstPackageNode>();
 
     if (!pPackage || !pNode) {
@@ -371,22 +251,31 @@ _OV_InstOper *newOper(_OV_instCDinst *pRoot)
 
 _OV_InstConfigList *newConfig(_OV_instCDinst *pRoot, int iId, int iType)
 {
-    _OV_InstConfigList *pConfig = newRecord<_OV_InstConfigList>();
-    _OV_InstIndex *pIndex = getIndex(pRoot);
-    ConfigEnd fromHead = {};
-    ConfigEnd *pEnd = pIndex ? &pIndex->configEnd : &fromHead;
+    _OV_InstConfigList *pConfig = newIndexed<_OV_InstConfigList>(pRoot);
 
     if (!pConfig)
         return nullptr;
-    reachConfigEnd(pEnd, pRoot->pConfigHead);
+    reachConfigEnd(pRoot);
     pConfig->iId = iId;
     pConfig->iType = iType;
-    pConfig->pParent = pEnd->pGroup;
-    if (pEnd->pTail)
-        pEnd->pTail->pNext = pConfig;
+    pConfig->pParent = pRoot->pConfigGroup;
+    if (pRoot->pConfigTail)
+        pRoot->pConfigTail->pNext = pConfig;
     else
         pRoot->pConfigHead = pConfig;
     return pConfig;
+}
+
+void *newConfigData(_OV_InstConfigList *pConfig)
+{
+    pConfig->pData = calloc(1, s_aData[pConfig->iType].iSize);
+    return pConfig->pData;
+}
+
+_OV_InstIcon *newIcon(_OV_InstConfigList *pConfig)
+{
+    pConfig->pIcon = newRecord<_OV_InstIcon>();
+    return pConfig->pIcon;
 }
 
 void OV_instAddPackage2Suite(_OV_InstSuiteList *pSuite, _OV_InstPackage *pPackage)
@@ -400,7 +289,7 @@ void OV_instAddPackage2Suite(_OV_InstSuiteList *pSuite, _OV_InstPackage *pPackag
 
     _OV_InstPackageNode *pNode = newRecord<_OV_InstPackageNode>();
     if (!pNode) {
-        fprintf(stderr, "%s\n", "Out of memory");
+        tellNoMemory();
         return;
     }
     pNode->pPackage = pPackage;
@@ -442,15 +331,8 @@ void OV_instFreeConfig(_OV_InstConfigList *pConfig)
 {
     if (!pConfig)
         return;
-    if (pConfig->pData && pConfig->iType == OV_CONFIG_MAINDLG) {
-        _OV_InstMainDlg *pDialog = static_cast<_OV_InstMainDlg *>(pConfig->pData);
-        freeTexts({pDialog->pTitle, pDialog->pText});
-    } else if (pConfig->pData && pConfig->iType == OV_CONFIG_CUSDLG) {
-        _OV_InstCusDlg *pDialog = static_cast<_OV_InstCusDlg *>(pConfig->pData);
-        freeTexts({pDialog->pTitle, pDialog->pText});
-    } else if (pConfig->pData && pConfig->iType == OV_CONFIG_SUITE) {
-        free(static_cast<_OV_InstSuiteChoice *>(pConfig->pData)->pText);
-    }
+    if (pConfig->pData && pConfig->iType >= 0 && pConfig->iType < OV_CONFIG_COUNT)
+        s_aData[pConfig->iType].freeOwn(pConfig->pData);
     free(pConfig->pData);
     if (pConfig->pIcon)
         freeTexts({pConfig->pIcon->pIcon1, pConfig->pIcon->pIcon2});
@@ -475,6 +357,6 @@ void OV_instFreeCDinst(_OV_instCDinst *pRoot)
     freeNodes(pRoot->pPackageHead);
     freeTexts({pRoot->pSourceDir, pRoot->pInstallDir, pRoot->pProductName, pRoot->pProductVersion,
                pRoot->pProductDirectory, pRoot->pCdinstPath, pRoot->pLogFile, pRoot->pHistoryFile});
-    delete pRoot->pIndex;
+    freeIndex(pRoot->pIndex);
     free(pRoot);
 }

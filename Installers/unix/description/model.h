@@ -53,8 +53,8 @@ struct _OV_InstCopy {
     int32_t iValue4;
 };
 
-/* An archive and its members; the two arrays are parallel and grow by 100 slots or more, unused
- * ones clear. */
+/* An archive and its members; the two arrays are parallel and grow by 100 slots, unused ones
+ * clear. */
 struct _OV_InstTar {
     char *pArchive;
     int32_t iCount;
@@ -163,7 +163,7 @@ struct _OV_InstMainDlg {
 };
 
 struct _OV_InstCusDlg {
-    int32_t iReserved;
+    int32_t iReserved; /* unused: it makes the next one the second 32-bit field, which is fixed */
     int32_t iMoveBlocked; /* installation starts only while this is 0; the reader leaves it so */
     char *pTitle;
     char *pText;
@@ -189,7 +189,7 @@ struct _OV_InstConfigList {
     int32_t iInside;
 };
 
-struct _OV_InstIndex; /* by name and id, beside the lists; private to the model */
+struct _OV_InstIndex; /* by name and id, beside the lists; see modelIndex.h */
 
 struct _OV_instCDinst {
     uint8_t bChestRC;
@@ -208,7 +208,9 @@ struct _OV_instCDinst {
     _OV_InstPackageNode *pPackageHead;
     _OV_InstPackageNode *pPackageTail;
     _OV_InstConfigList *pConfigHead;
-    _OV_InstIndex *pIndex; /* made on first use */
+    _OV_InstConfigList *pConfigTail;  /* newConfig's own: how far it has walked, and the group */
+    _OV_InstConfigList *pConfigGroup; /* that governs what comes next */
+    _OV_InstIndex *pIndex;            /* made on first use */
 };
 
 /* Position in the keyword table, or -1 for a null, empty or unknown word. Exact comparison. */
@@ -216,7 +218,8 @@ int getOperType(const char *pWord);
 int getConfigType(const char *pWord);
 
 /* First match in list order, or null (also for a null argument). Appending to the lists between
- * look-ups is seen; removing from them is not supported. */
+ * look-ups is seen, by hand too, but a record without a name hides those behind it until it has
+ * one; removing from the lists is not supported. */
 _OV_InstConfigList *OV_instGetConfigFromId(_OV_instCDinst *pRoot, int iId);
 _OV_InstSuiteList *OV_instGetSuiteFromName(_OV_instCDinst *pRoot, const char *pName);
 _OV_InstPackage *OV_instGetPackageFromName(_OV_instCDinst *pRoot, const char *pName);
@@ -231,12 +234,18 @@ const int32_t *OV_instGetConfigChildren(const _OV_InstConfigList *pConfig, int *
 /* A new, empty root with the header flags at their defaults; null without memory. */
 _OV_instCDinst *newCDinst();
 
-/* New records, zeroed and linked at the tail of their list; null without memory. newOper also
- * gives null before the first package, newConfig sets the parent by the order of the list. */
+/* New records, zeroed and linked at the tail of their list; null without memory, for their index
+ * too. newOper also gives null before the first package, newConfig sets the parent by the order of
+ * the list. */
 _OV_InstSuiteList *newSuite(_OV_instCDinst *pRoot);
 _OV_InstPackage *newPackage(_OV_instCDinst *pRoot);
 _OV_InstOper *newOper(_OV_instCDinst *pRoot);
 _OV_InstConfigList *newConfig(_OV_instCDinst *pRoot, int iId, int iType);
+
+/* The parts of a configuration that has none of them yet, zeroed and freed with it: the record of
+ * its kind, and its icon. Null without memory. */
+void *newConfigData(_OV_InstConfigList *pConfig);
+_OV_InstIcon *newIcon(_OV_InstConfigList *pConfig);
 
 /* Appends a reference to pPackage. A null suite is told on standard error, a null package
  * ignored. */

@@ -3,13 +3,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <initializer_list>
 
 #include "description/configLines.h"
+#include "description/fields.h"
 #include "description/scanner.h"
 #include "ut/owned.h"
 
-static const size_t s_lTarStep = 100;
+static const int32_t s_iTarStep = 100;
 
 /* How a keyword's arguments are read: as a line of its own, or as the body of an operation that
  * is linked to the last package beforehand. Both return 0 or -1. */
@@ -17,37 +17,6 @@ struct LineRow {
     int (*readLine)(const char *pText, _OV_instCDinst *pRoot);
     int (*readBody)(const char *pText, _OV_InstOper *pOper);
 };
-
-static int readTexts(const char **ppText, std::initializer_list<char **> appTargets)
-{
-    for (char **ppTarget : appTargets) {
-        *ppTarget = getQuotedString(*ppText, ppText);
-        if (!*ppTarget)
-            return -1;
-    }
-    return 0;
-}
-
-static int readNumbers(const char **ppText, std::initializer_list<int32_t *> apTargets)
-{
-    for (int32_t *pTarget : apTargets) {
-        int64_t lValue = 0;
-        if (scanInteger(*ppText, ppText, &lValue) < 0)
-            return -1;
-        *pTarget = static_cast<int32_t>(lValue);
-    }
-    return 0;
-}
-
-/* A weight: nothing counts for less than 1. */
-static int readUnits(const char **ppText, int64_t *plUnits)
-{
-    if (scanInteger(*ppText, ppText, plUnits) < 0)
-        return -1;
-    if (*plUnits == 0)
-        *plUnits = 1;
-    return 0;
-}
 
 /* What a suite's word stands for. A package is looked for first: one called "Hidden" or "Vital"
  * is a package, and one listed twice appears twice; both are meant. */
@@ -113,23 +82,22 @@ static int readCopy(const char *pText, _OV_InstOper *pOper)
     return readNumbers(&pText, {&pCopy->iMode, &pCopy->iValue3, &pCopy->iValue4});
 }
 
-/* The steps double from 100 on, so that long lists stay cheap. Slots beyond the count are clear. */
-static int growTar(_OV_InstTar *pTar, int32_t *piRoom)
+/* Small steps cost no more than doubling would: the C library moves big blocks by their pages. */
+static int growTar(_OV_InstTar *pTar)
 {
-    size_t lOld = static_cast<size_t>(*piRoom);
-    size_t lNew = lOld ? lOld * 2 : s_lTarStep;
+    size_t iCount = static_cast<size_t>(pTar->iCount);
+    size_t iRoom = iCount + s_iTarStep;
 
-    void *pUnits = realloc(pTar->aUnits, lNew * sizeof(*pTar->aUnits));
+    void *pUnits = realloc(pTar->aUnits, iRoom * sizeof(*pTar->aUnits));
     if (!pUnits)
         return -1;
     pTar->aUnits = static_cast<int64_t *>(pUnits);
-    void *pMembers = realloc(pTar->apMembers, lNew * sizeof(*pTar->apMembers));
+    void *pMembers = realloc(pTar->apMembers, iRoom * sizeof(*pTar->apMembers));
     if (!pMembers)
         return -1;
     pTar->apMembers = static_cast<char **>(pMembers);
-    memset(pTar->aUnits + lOld, 0, (lNew - lOld) * sizeof(*pTar->aUnits));
-    memset(pTar->apMembers + lOld, 0, (lNew - lOld) * sizeof(*pTar->apMembers));
-    *piRoom = static_cast<int32_t>(lNew);
+    memset(pTar->aUnits + iCount, 0, s_iTarStep * sizeof(*pTar->aUnits));
+    memset(pTar->apMembers + iCount, 0, s_iTarStep * sizeof(*pTar->apMembers));
     return 0;
 }
 
@@ -150,11 +118,10 @@ static char *readMemberName(const char **ppText, bool *pbQuotes)
 /* Whatever stands behind the last pair, trailing blanks too, is one more member: this is meant. */
 static int readMembers(const char *pText, _OV_InstTar *pTar)
 {
-    int32_t iRoom = 0;
     bool bQuotes = true;
 
     while (*pText) {
-        if (pTar->iCount == iRoom && growTar(pTar, &iRoom) < 0)
+        if (pTar->iCount % s_iTarStep == 0 && growTar(pTar) < 0)
             return -1;
         OwnedText name(readMemberName(&pText, &bQuotes));
         int64_t lUnits = 0;

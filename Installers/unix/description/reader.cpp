@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <sys/stat.h>
 #include <memory>
 
 #include "description/configLines.h"
@@ -177,7 +178,19 @@ int readCdinst(FILE *pFile, _OV_instCDinst *pRoot, void (*progress)(), int *piLi
             return -1;
         }
     }
+    if (!feof(pFile)) /* unreadable from here on, or no memory: that is not a shorter description */
+        return -1;
     return validateModule(pRoot) == OV_INST_NO_ERROR ? 0 : -1;
+}
+
+/* Only a plain file: a device may never end, and a pipe cannot be read again. */
+static FILE *openDescription(const char *pPath)
+{
+    struct stat info;
+
+    if (stat(pPath, &info) < 0 || !S_ISREG(info.st_mode))
+        return nullptr;
+    return fopen(pPath, "re");
 }
 
 _OV_instCDinst *OV_instReadCDinst(const char *pPath, void (*progress)())
@@ -193,7 +206,7 @@ _OV_instCDinst *OV_instReadCDinst(const char *pPath, void (*progress)())
     if (!root->pCdinstPath)
         return nullptr;
     root->pSourceDir = OV_instDirname(pPath);
-    OwnedFile file(fopen(pPath, "re"));
+    OwnedFile file(openDescription(pPath));
     if (!file || !root->pSourceDir || readHeader(file.get(), root.get(), &iLine) < 0) {
         printf("Invalid .dat file %s\n", pPath);
         return nullptr;

@@ -9,7 +9,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 
-static const size_t s_lTokenStep = 10;
+static const size_t s_iTokenStep = 10;
 
 static bool isSpace(char c)
 {
@@ -35,11 +35,6 @@ static bool isListed(const char *pWord, const char *const *apKeywords, int bCase
             return true;
     }
     return false;
-}
-
-static void tellNoMemory()
-{
-    fprintf(stderr, "%s\n", "Out of memory");
 }
 
 /* The next quote that no backslash makes literal, or null. */
@@ -78,18 +73,12 @@ static char *copyQuoted(const char *pFrom, const char *pEnd)
     return pCopy;
 }
 
-/* Makes room for one more entry and the terminator. The room doubles, or a suite of very many
- * packages would copy its array over and over. */
-static char **growTokens(char **apTokens, size_t lCount, size_t *plRoom)
+/* Room for another step of entries and the terminator, whenever a step is used up. */
+static char **growTokens(char **apTokens, size_t iCount)
 {
-    if (lCount < *plRoom)
+    if (iCount % s_iTokenStep != 0)
         return apTokens;
-
-    size_t lRoom = *plRoom ? *plRoom * 2 : s_lTokenStep;
-    char **apGrown = static_cast<char **>(realloc(apTokens, (lRoom + 1) * sizeof(*apGrown)));
-    if (apGrown)
-        *plRoom = lRoom;
-    return apGrown;
+    return static_cast<char **>(realloc(apTokens, (iCount + s_iTokenStep + 1) * sizeof(*apTokens)));
 }
 
 /* The blanks around the value do not belong to it. 0, or -1 when it does not fit. */
@@ -97,14 +86,19 @@ static int copyHeaderValue(const char *pFrom, char *pValue)
 {
     while (isSpace(*pFrom))
         pFrom++;
-    size_t lLength = strlen(pFrom);
-    while (lLength > 0 && isSpace(pFrom[lLength - 1]))
-        lLength--;
-    if (lLength >= OV_HEADER_SIZE)
+    size_t iLength = strlen(pFrom);
+    while (iLength > 0 && isSpace(pFrom[iLength - 1]))
+        iLength--;
+    if (iLength >= OV_HEADER_SIZE)
         return -1;
-    memcpy(pValue, pFrom, lLength);
-    pValue[lLength] = '\0';
+    memcpy(pValue, pFrom, iLength);
+    pValue[iLength] = '\0';
     return 0;
+}
+
+void tellNoMemory()
+{
+    fprintf(stderr, "%s\n", "Out of memory");
 }
 
 bool isWhiteOrCommentLine(const char *pLine)
@@ -147,9 +141,8 @@ char *getToken(const char *pText, const char *const *apKeywords, const char **pp
 
 char **getTokenList(const char *pText, const char *const *apKeywords, int bCaseSensitive)
 {
-    size_t lRoom = 0;
-    size_t lCount = 0;
-    char **apTokens = growTokens(nullptr, 0, &lRoom);
+    size_t iCount = 0;
+    char **apTokens = growTokens(nullptr, 0);
 
     if (!apTokens) {
         tellNoMemory();
@@ -157,7 +150,7 @@ char **getTokenList(const char *pText, const char *const *apKeywords, int bCaseS
     }
     apTokens[0] = nullptr;
     while (char *pToken = getToken(pText, apKeywords, &pText, bCaseSensitive)) {
-        char **apGrown = growTokens(apTokens, lCount, &lRoom);
+        char **apGrown = growTokens(apTokens, iCount);
         if (!apGrown) {
             tellNoMemory();
             free(pToken);
@@ -165,10 +158,10 @@ char **getTokenList(const char *pText, const char *const *apKeywords, int bCaseS
             return nullptr;
         }
         apTokens = apGrown;
-        apTokens[lCount++] = pToken;
-        apTokens[lCount] = nullptr;
+        apTokens[iCount++] = pToken;
+        apTokens[iCount] = nullptr;
     }
-    char **apTrimmed = static_cast<char **>(realloc(apTokens, (lCount + 1) * sizeof(*apTrimmed)));
+    char **apTrimmed = static_cast<char **>(realloc(apTokens, (iCount + 1) * sizeof(*apTrimmed)));
     return apTrimmed ? apTrimmed : apTokens;
 }
 

@@ -10,6 +10,9 @@
 
 enum { OV_HEADER_SIZE = 512 };
 
+/* Tells on standard error that memory is short. */
+void tellNoMemory();
+
 /* True for a null, empty or blank line and for one whose first non-blank character is "#". */
 bool isWhiteOrCommentLine(const char *pLine);
 

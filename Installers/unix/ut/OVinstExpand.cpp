@@ -39,7 +39,7 @@ char *OV_instExpandString(const char *pText, const _OV_InstExpansion *aTable)
 {
     if (!pText || !aTable)
         return nullptr;
-    char *pExpanded = (char *)malloc(expandInto(nullptr, pText, aTable));
+    char *pExpanded = static_cast<char *>(malloc(expandInto(nullptr, pText, aTable)));
     if (pExpanded)
         (void)expandInto(pExpanded, pText, aTable); /* the size is known by now */
     return pExpanded;

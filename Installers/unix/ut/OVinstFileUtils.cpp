@@ -1,12 +1,12 @@
 #include "ut/OVinstFileUtils.h"
 
-#include "ut/owned.h"
-
 #include <cstdarg>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "ut/owned.h"
 
 enum { PIECE_SIZE = 102400 }; /* with the terminating zero: 102399 bytes count as one line */
 
@@ -36,7 +36,7 @@ char *OV_instBuildPath(const char *pFirst, ...)
         iSize += roomFor(pNext);
     va_end(args);
 
-    char *pPath = (char *)malloc(iSize);
+    char *pPath = static_cast<char *>(malloc(iSize));
     if (!pPath)
         return nullptr;
     char *pEnd = stpcpy(pPath, pFirst);
@@ -126,10 +126,11 @@ char *OV_instReadFileContent(const char *pPath)
     struct stat status;
     if (file.iFd < 0 || fstat(file.iFd, &status) < 0)
         return nullptr;
-    OwnedText content((char *)malloc((size_t)status.st_size + 1));
-    if (!content || read(file.iFd, content.get(), (size_t)status.st_size) != status.st_size)
+    size_t iSize = static_cast<size_t>(status.st_size);
+    OwnedText content(static_cast<char *>(malloc(iSize + 1)));
+    if (!content || read(file.iFd, content.get(), iSize) != status.st_size)
         return nullptr;
-    content.get()[status.st_size] = '\0';
+    content.get()[iSize] = '\0';
     return content.release();
 }
 
@@ -144,7 +145,7 @@ static size_t readPiece(FILE *pFile)
         iByte = getc_unlocked(pFile);
         if (iByte == EOF)
             break;
-        s_caPiece[iLength++] = (char)iByte;
+        s_caPiece[iLength++] = static_cast<char>(iByte);
     }
     s_caPiece[iLength] = '\0';
     return iLength;
@@ -157,7 +158,7 @@ static int appendPiece(LineText *pLine, size_t iLength)
 
     if (iNeeded > pLine->iSize) {
         size_t iSize = iNeeded > 2 * pLine->iSize ? iNeeded : 2 * pLine->iSize;
-        char *pGrown = (char *)realloc(pLine->text.get(), iSize);
+        char *pGrown = static_cast<char *>(realloc(pLine->text.get(), iSize));
         if (!pGrown)
             return -1;
         (void)pLine->text.release(); /* realloc has taken it */
@@ -221,12 +222,12 @@ char **OV_instSplitStringOn(const char *pText, char cSeparator, int *piCount)
     for (const char *pAt = pText; *pAt; pAt++)
         iSeparators += *pAt == cSeparator;
 
-    char **apPieces = (char **)calloc(iSeparators + 2, sizeof *apPieces);
+    char **apPieces = static_cast<char **>(calloc(iSeparators + 2, sizeof *apPieces));
     if (!apPieces)
         return nullptr;
     for (size_t i = 0; i <= iSeparators; i++) {
         const char *pEnd = strchrnul(pText, cSeparator);
-        apPieces[i] = strndup(pText, (size_t)(pEnd - pText));
+        apPieces[i] = strndup(pText, static_cast<size_t>(pEnd - pText));
         if (!apPieces[i]) {
             OV_instFreeStringArray(apPieces);
             *piCount = 0;

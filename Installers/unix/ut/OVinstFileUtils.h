@@ -28,7 +28,8 @@ char *OV_instGetRealPath(const char *pPath);
 
 /* The nearest existing directory at or above pPath (the working directory for a null or empty
  * path; "./" for a relative one of which nothing exists): where a destination that does not exist
- * yet will live. Null when pPath is there but is no directory. */
+ * yet will live. Null when pPath itself is there but is no directory; "file/" and "file/x" count as
+ * not existing, and give the directory that file is in. */
 char *OV_instGetPartitionDirectory(const char *pPath);
 
 /* The whole file with a terminating zero, or null when it cannot be read to its end. */
@@ -37,8 +38,8 @@ char *OV_instReadFileContent(const char *pPath);
 /* The next logical line without its newline, or null at the end of the file. A line that ends in
  * a backslash is joined to the next one, the backslash becoming a blank. Every read of a physical
  * line (or 102399-byte piece of one) adds 1 to *piLine, and so does the read that finds the end of
- * the file; a line that the end cuts short behind its backslash is dropped. A zero byte hides the
- * rest of its line. Not reentrant. */
+ * the file. A line that the end cuts short behind its backslash is dropped, and so is an unfinished
+ * one of exactly n pieces. A zero byte hides the rest of its line. Not reentrant. */
 char *OV_instGetline(FILE *pFile, int *piLine);
 
 /* 1 when the file is empty or its last byte is no newline, else 0. The position is kept. */

@@ -1,10 +1,10 @@
 #include "ut/OVinstLogfile.h"
 
-#include "ut/guard.h"
-
 #include <cstdarg>
 #include <cstring>
 #include <ctime>
+
+#include "ut/guard.h"
 
 enum { HEADER_SIZE = 256 };
 

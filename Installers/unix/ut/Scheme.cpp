@@ -22,12 +22,13 @@ static void *orExit(void *pMemory)
 char **OV_instNewArgv(int *piArgc, char **apArgv)
 {
     int iOwn = *piArgc;
-    char **apNew = (char **)orExit(calloc((size_t)iOwn + FIXED_COUNT + 1, sizeof *apNew));
+    size_t iSize = static_cast<size_t>(iOwn) + FIXED_COUNT + 1;
+    char **apNew = static_cast<char **>(orExit(calloc(iSize, sizeof *apNew)));
 
     for (int i = 0; i < iOwn; i++)
-        apNew[i] = (char *)orExit(strdup(apArgv[i]));
+        apNew[i] = static_cast<char *>(orExit(strdup(apArgv[i])));
     for (const char *pFixed : s_apFixed)
-        apNew[iOwn++] = (char *)orExit(strdup(pFixed));
+        apNew[iOwn++] = static_cast<char *>(orExit(strdup(pFixed)));
     *piArgc = iOwn;
     return apNew;
 }

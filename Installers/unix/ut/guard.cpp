@@ -1,8 +1,5 @@
 #include "ut/guard.h"
 
-#include "ut/OVinstFileUtils.h"
-#include "ut/owned.h"
-
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -11,6 +8,9 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+#include "ut/OVinstFileUtils.h"
+#include "ut/owned.h"
 
 enum { MAX_LINKS = 40 }; /* the kernel's own limit */
 
@@ -42,7 +42,7 @@ static const StreamMode s_aStreamModes[] = {
 };
 
 static struct {
-    char caRoot[PATH_MAX]; /* without a trailing slash; empty when nothing is guarded */
+    char caRoot[PATH_MAX]; /* no slash at its end but that of "/"; empty: nothing is guarded */
     bool bNoOpenat2;       /* the kernel has no openat2: do not ask it again */
 } s_guard;
 
@@ -64,7 +64,7 @@ static const char *belowRoot(const char *pPath)
         if (*pRoot == '/')
             pPath += strspn(pPath, "/");
     }
-    if (*pPath && *pPath != '/')
+    if (*pPath && *pPath != '/' && pPath[-1] != '/') /* a longer name; "/" itself ends one */
         return nullptr;
     return pPath + strspn(pPath, "/");
 }
@@ -82,10 +82,10 @@ static int openWithoutLinks(int iDir, const char *pPath, int iFlags, mode_t iMod
 
     if (s_guard.bNoOpenat2)
         return failWith(ENOSYS);
-    how.flags = (unsigned)iFlags;
+    how.flags = static_cast<unsigned>(iFlags);
     how.mode = (iFlags & O_CREAT) ? iMode & 07777 : 0; /* it rejects a mode that has no use */
     how.resolve = RESOLVE_NO_SYMLINKS;
-    int iFd = (int)syscall(SYS_openat2, iDir, pPath, &how, sizeof how);
+    int iFd = static_cast<int>(syscall(SYS_openat2, iDir, pPath, &how, sizeof how));
     if (iFd < 0 && errno == ENOSYS)
         s_guard.bNoOpenat2 = true;
     return iFd;
@@ -136,7 +136,7 @@ static int followLink(Walk *pWalk, int iLink, uid_t owner)
     ssize_t iLength = readlinkat(iLink, "", caTarget, sizeof caTarget);
     if (iLength <= 0)
         return iLength ? -1 : failWith(ENOENT);
-    if ((size_t)iLength + strlen(pWalk->caRest) >= sizeof caTarget)
+    if (static_cast<size_t>(iLength) + strlen(pWalk->caRest) >= sizeof caTarget)
         return failWith(ENAMETOOLONG);
     strcpy(caTarget + iLength, pWalk->caRest);
 
@@ -231,7 +231,7 @@ void OV_instSetGuardedRoot(const char *pRoot)
         strcpy(s_guard.caRoot, pRoot);
     (void)OV_instRemoveExtraSlash(s_guard.caRoot); /* fails for null only */
     iLength = strlen(s_guard.caRoot);
-    if (iLength && s_guard.caRoot[iLength - 1] == '/')
+    if (iLength > 1 && s_guard.caRoot[iLength - 1] == '/')
         s_guard.caRoot[iLength - 1] = '\0';
 }
 
@@ -274,7 +274,8 @@ int OV_instGuardedOpenParent(const char *pPath, const char **ppName)
     if (!pName || !*pName)
         return failWith(EINVAL);
     if (pSlash) {
-        size_t iLength = (size_t)(pName - pPath); /* with its slash, for the sake of "/" */
+        /* with its slash, for the sake of "/" */
+        size_t iLength = static_cast<size_t>(pName - pPath);
         if (iLength >= sizeof caParent)
             return failWith(ENAMETOOLONG);
         memcpy(caParent, pPath, iLength);
@@ -320,7 +321,7 @@ int OV_instGuardedChmod(const char *pPath, mode_t iMode)
         return 0;
     if (errno != ENOENT && errno != ENOTDIR) /* else /proc is not mounted */
         return -1;
-    return (int)syscall(s_lFchmodat2, file.iFd, "", iMode, AT_EMPTY_PATH);
+    return static_cast<int>(syscall(s_lFchmodat2, file.iFd, "", iMode, AT_EMPTY_PATH));
 }
 
 int OV_instGuardedOpenIn(const char *pRoot, const char *pPath, int iFlags, mode_t iMode)

@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <sys/types.h>
 
-/* The directory below which strangers' links are refused: the root destination. Null or empty
- * means none. The path is copied. */
+/* The directory below which strangers' links are refused: the root destination. Below "/" is every
+ * absolute path. Null or empty means none. The path is copied. */
 void OV_instSetGuardedRoot(const char *pRoot);
 
 /* Opens a directory for use with the ...at calls and fchdir. It is a path descriptor: syncfs or

@@ -15,14 +15,13 @@ char *OV_instShellWord(const char *pText)
     if (*pText && !pText[strspn(pText, s_caOrdinary)])
         return strdup(pText);
 
-    char *pWord = (char *)malloc(4 * strlen(pText) + sizeof "''");
+    char *pWord = static_cast<char *>(malloc(4 * strlen(pText) + sizeof "''"));
     if (!pWord)
         return nullptr;
     char *pEnd = pWord;
     *pEnd++ = '\'';
     for (; *pText; pText++) {
-        if (*pText ==
-            '\'') /* no escape works between single quotes: leave them for one character */
+        if (*pText == '\'') /* nothing escapes it in there: leave the quotes for one character */
             pEnd = stpcpy(pEnd, "'\\''");
         else
             *pEnd++ = *pText;
@@ -48,7 +47,7 @@ static char *quoteText(const char *pText, bool bKeepEscapes)
 {
     if (!pText)
         return nullptr;
-    char *pQuoted = (char *)malloc(2 * strlen(pText) + 1);
+    char *pQuoted = static_cast<char *>(malloc(2 * strlen(pText) + 1));
     if (!pQuoted)
         return nullptr;
     char *pEnd = pQuoted;

@@ -1,9 +1,9 @@
 #include "ut/strprint.h"
 
-#include "ut/owned.h"
-
 #include <climits>
 #include <cstring>
+
+#include "ut/owned.h"
 
 enum { FLAGS_SIZE = 16, WIDTH_SIZE = 32, PRECISION_SIZE = 16, CONVERSION_SIZE = 16 };
 enum { WHOLE, FLAGS, WIDTH, PRECISION, CONVERSION, GROUPS };
@@ -48,7 +48,7 @@ static int reserve(Pass *pPass, size_t iMore)
     if (iNeeded <= pPass->iSize)
         return 0;
     size_t iSize = iNeeded > 2 * pPass->iSize ? iNeeded : 2 * pPass->iSize;
-    char *pGrown = (char *)realloc(pPass->text.get(), iSize);
+    char *pGrown = static_cast<char *>(realloc(pPass->text.get(), iSize));
     if (!pGrown)
         return 1;
     (void)pPass->text.release(); /* realloc has taken it */
@@ -73,7 +73,7 @@ static int addText(Pass *pPass, const Directive *pDirective, const char *pBytes,
 {
     if (pPass->oper == ALLOC)
         return append(pPass, pBytes, iLength);
-    pPass->pString->len += (unsigned int)iCounted - pDirective->iNominal;
+    pPass->pString->len += static_cast<unsigned int>(iCounted) - pDirective->iNominal;
     return 0;
 }
 
@@ -92,16 +92,17 @@ static int addPrinted(Pass *pPass, const Directive *pDirective, size_t iUsual, .
     va_end(args);
     if (iPrinted < 0)
         return 1;
-    if ((size_t)iPrinted > (pDirective->iWidth > iUsual ? pDirective->iWidth : iUsual) + 1)
+    size_t iLength = static_cast<size_t>(iPrinted);
+    if (iLength > (pDirective->iWidth > iUsual ? pDirective->iWidth : iUsual) + 1)
         (void)fputs("Possible memory corruption\n", stderr);
     if (pPass->oper == LENGTH)
         return addText(pPass, pDirective, nullptr, 0, iPrinted);
 
-    if (reserve(pPass, (size_t)iPrinted) != 0)
+    if (reserve(pPass, iLength) != 0)
         return 1;
     char *pEnd = pPass->text.get() + pPass->iLength;
     va_start(args, iUsual);
-    (void)vsnprintf(pEnd, (size_t)iPrinted + 1, caFormat, args); /* measured above */
+    (void)vsnprintf(pEnd, iLength + 1, caFormat, args); /* measured above */
     va_end(args);
     pPass->iLength += strlen(pEnd); /* a zero character ends the text */
     return 0;
@@ -139,7 +140,7 @@ static int addString(Pass *pPass, const Directive *pDirective, va_list *pArgs)
         return 1;
     if (iWidth <= iText || pPass->oper == LENGTH)
         return addText(pPass, pDirective, pText, iText,
-                       (int)((iWidth > iText ? iWidth : iText) + 1));
+                       static_cast<int>((iWidth > iText ? iWidth : iText) + 1));
     if (reserve(pPass, iWidth) != 0 || append(pPass, pText, iText) != 0)
         return 1;
     memset(pPass->text.get() + pPass->iLength, 0, iWidth - iText + 1);
@@ -170,7 +171,7 @@ static const ConversionRow s_aConversions[] = {
 
 static unsigned int matchLength(const regmatch_t *pMatch)
 {
-    return pMatch->rm_so < 0 ? 0 : (unsigned int)(pMatch->rm_eo - pMatch->rm_so);
+    return pMatch->rm_so < 0 ? 0 : static_cast<unsigned int>(pMatch->rm_eo - pMatch->rm_so);
 }
 
 static void takeDirective(Directive *pDirective, const char *pFormat, const regmatch_t *aMatches)
@@ -210,7 +211,8 @@ static int walkFormat(Pass *pPass, const regex_t *pPattern, const char *pFormat,
     while (*pFormat && regexec(pPattern, pFormat, GROUPS, aMatches, 0) == 0) {
         Directive directive;
         takeDirective(&directive, pFormat, aMatches);
-        if (pPass->oper == ALLOC && append(pPass, pFormat, (size_t)aMatches[WHOLE].rm_so) != 0)
+        if (pPass->oper == ALLOC &&
+            append(pPass, pFormat, static_cast<size_t>(aMatches[WHOLE].rm_so)) != 0)
             return 1;
         if (addDirective(pPass, &directive, pArgs) != 0)
             return 1;
@@ -224,7 +226,7 @@ static int countLength(const regex_t *pPattern, const char *pFormat, DynString *
 {
     Pass pass = {pString, LENGTH, nullptr, 0, 0};
 
-    pString->len = (unsigned int)strlen(pFormat);
+    pString->len = static_cast<unsigned int>(strlen(pFormat));
     return walkFormat(&pass, pPattern, pFormat, pArgs);
 }
 
@@ -248,10 +250,10 @@ static int writeText(const regex_t *pPattern, const char *pFormat, DynString *pS
     return 0;
 }
 
-static void freeCommand(char *pCommand)
+void PrintedFreed::operator()(char *pText) const
 {
-    if (pCommand != s_caEmpty)
-        free(pCommand);
+    if (pText != s_caEmpty)
+        free(pText);
 }
 
 int get_len_or_allocate(va_list args, const char *pFormat, DynString *pString, StrOper oper)
@@ -320,7 +322,7 @@ char *OV_instStrConcat(char *pBase, ...)
         iTotal += strlen(pNext);
     va_end(args);
 
-    char *pText = (char *)realloc(pBase, iTotal);
+    char *pText = static_cast<char *>(realloc(pBase, iTotal));
     if (!pText)
         return nullptr;
     char *pEnd = pText + iBase;
@@ -337,13 +339,9 @@ FILE *OV_instStrPopen(const char *pFormat, const char *pMode, ...)
     va_list args;
 
     va_start(args, pMode);
-    char *pCommand = OV_instVStrprint(pFormat, args);
+    OwnedPrint command(OV_instVStrprint(pFormat, args));
     va_end(args);
-    if (!pCommand)
-        return nullptr;
-    FILE *pPipe = popen(pCommand, pMode);
-    freeCommand(pCommand);
-    return pPipe;
+    return command ? popen(command.get(), pMode) : nullptr;
 }
 
 int OV_instStrSystem(const char *pFormat, ...)
@@ -351,11 +349,7 @@ int OV_instStrSystem(const char *pFormat, ...)
     va_list args;
 
     va_start(args, pFormat);
-    char *pCommand = OV_instVStrprint(pFormat, args);
+    OwnedPrint command(OV_instVStrprint(pFormat, args));
     va_end(args);
-    if (!pCommand)
-        return 1;
-    int iStatus = system(pCommand);
-    freeCommand(pCommand);
-    return iStatus;
+    return command ? system(command.get()) : 1;
 }

@@ -6,6 +6,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <memory>
 #include <regex.h>
 
 /* A result under construction. */
@@ -30,9 +31,15 @@ void copy_reg_match(char *pDest, size_t iSize, const char *pSource, const regmat
 
 /* The text, for the caller to free, or null for a null format or any failure. What counts to
  * nothing (an empty format, but also "%d%%" of a single digit) gives a static empty string that
- * must not be freed. */
+ * must not be freed; where the format can come to that, OwnedPrint below holds the result. */
 char *OV_instVStrprint(const char *pFormat, va_list args);
 char *OV_instStrPrint(const char *pFormat, ...);
+
+/* The owner of a result of whatever format: frees it unless it is the static empty string. */
+struct PrintedFreed {
+    void operator()(char *pText) const;
+};
+using OwnedPrint = std::unique_ptr<char, PrintedFreed>;
 
 /* Appends the strings up to the terminating null to pBase (heap or null), which is reallocated.
  * Returns the enlarged string for the caller to free, or null when memory is short; pBase is then
