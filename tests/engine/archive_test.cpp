@@ -34,46 +34,44 @@ TEST(LastFedFile, FollowsTheFractionOfTheArchive)
 
 TEST_F(Archive, IsUnpackedAndReportedInTheOrderOfItsEntry)
 {
-    put("@/in/sub/a", std::string(25000, 'a'));
-    put("@/in/b`$(c)", "b");
-    ASSERT_EQ(0, shell("cd @/in && tar -cf 'M/t $x' . && bzip2 -k 'M/t $x'"));
-    fs::current_path(m_medium);
-    const auto row = [this](const std::string &line) {
+    const auto run = [this](const std::string &line) {
         const std::string text = runLines(line);
         EXPECT_EQ(25000u, got("D/sub/a").size());
         EXPECT_EQ("b", got("D/b`$(c)"));
         fs::remove_all(m_dest + "sub");
         return text;
     };
-    expectRows(R"(
+    put("@/in/sub/a", std::string(25000, 'a'));
+    put("@/in/b`$(c)", "b");
+    ASSERT_EQ(0, shell("cd @/in && tar -cf 'M/t $x' . && bzip2 -k 'M/t $x'"));
+    fs::current_path(m_medium);
+    expectRows(run, R"(
         Untar 't $x' 1                            => 0
         Untar 't $x' 1 'sub/a' 250 'b`$(c)' 1     => 0 +250 M/t $x D/sub/a\n+1 M/t $x D/b`$(c)\n
         UntarZ 't $x.bz2' 1 'unknown' 0 'sub/a' 2 => 0 +1 M/t $x.bz2 D/unknown\n
-                                                     +2 M/t $x.bz2 D/sub/a\n)",
-               row);
+                                                     +2 M/t $x.bz2 D/sub/a\n)");
     EXPECT_EQ(m_medium, fs::current_path().string() + "/");
 }
 
 TEST_F(Archive, FailuresAreTold)
 {
-    put("M/directory/x", "");
-    put("M/empty", "");
-    put("M/small", "no archive");              /* tar's status is not examined */
-    put("M/large", std::string(4 << 20, 'x')); /* more than any pipe holds */
-    const auto row = [this](const std::string &line) {
+    const auto run = [this](const std::string &line) {
         std::string text;
         (void)told([&] { text = runLines(line); }); /* by the commands */
         return text;
     };
-    expectRows(R"(
+    put("M/directory/x", "");
+    put("M/empty", "");
+    put("M/small", "no archive");              /* tar's status is not examined */
+    put("M/large", std::string(4 << 20, 'x')); /* more than any pipe holds */
+    expectRows(run, R"(
         Untar '' 1 'f' 4      => 1 -1 Untar invalid parameters\n
         Untar 'no' 1 'f' 4    => 1 Can't open tarfile: noReturning Continue\n
         Untar 'directory' 1   => 1 -1 Untar couldn't read file M/directory\n
         Untar 'empty' 1 'f' 4 => 0
         Untar 'small' 1 'f' 4 => 0 +4 M/small D/f\n
         UntarZ 'large' 1      => 1 -1 Untar couldn't write to pipe\n
-        Untar2 'no' 'small' 1 => 1 -1 Can't change directory to: no\n)",
-               row);
+        Untar2 'no' 'small' 1 => 1 -1 Can't change directory to: no\n)");
 }
 
 TEST_F(Archive, NamedFilesBecomeWritableWhereTheRunStarted)
@@ -106,26 +104,25 @@ TEST_F(Archive, MembersAreDeletedLastFirst)
 
 TEST_F(Archive, CompressedFileIsUncompressed)
 {
+    const auto uncompress = [this](const std::string &names) {
+        const std::string target = full(names.substr(names.find('|') + 1));
+        const int iResult = OV_instUncompress(names.substr(0, names.find('|')).c_str(),
+                                              target.c_str(), 0640, 9, m_pipe.pStream, 0);
+        return std::to_string(iResult) + " " + records();
+    };
     load("");
     put("M/f `x` $y", std::string(10241, 'f'));
     put("M/plain", "not compressed");
     ASSERT_EQ(0, shell("bzip2 'M/f `x` $y'"));
-    (void)told([this] { /* by the decompressor */
-                        const auto row = [this](const std::string &names) {
-                            const size_t bar = names.find('|');
-                            const int iResult = OV_instUncompress(
-                                names.substr(0, bar).c_str(), full(names.substr(bar + 1)).c_str(),
-                                0640, 9, m_pipe.pStream, 0);
-                            return std::to_string(iResult) + " " + records();
-                        };
-                        expectRows(R"(
+    /* The decompressor tells as well. */
+    (void)told([&] {
+        expectRows(uncompress, R"(
             f `x` $y.bz2|D/new/f  => 0 +10240 M/f `x` $y.bz2 D/new/f\n+1 M/f `x` $y.bz2 D/new/f\n
             f `x` $y.bz2|D/file/f => 1 -1 Uncompress can't create destination directory for:\n
                                      D/file/f\n
             f `x` $y.bz2|D/new    => 1 0 Can't create file D/new\n
             plain|D/x             => 1 -1 Uncompress couldn't close input file M/plain\n
-            plain|                => 1 -1 Uncompress invalid parameters\n)",
-                                   row);
+            plain|                => 1 -1 Uncompress invalid parameters\n)");
     });
     EXPECT_EQ(10241u, got("D/new/f").size());
     EXPECT_EQ(0640u, modeOf("D/new/f"));

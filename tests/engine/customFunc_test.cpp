@@ -20,7 +20,7 @@ struct CustomFunc : EngineTest {
 
 TEST_F(CustomFunc, FailuresAreTold)
 {
-    const auto row = [this](std::string names) {
+    const auto run = [this](std::string names) {
         const size_t bar = names.find('|');
         _OV_InstOper oper = {};
         names[bar] = '\0';
@@ -30,14 +30,13 @@ TEST_F(CustomFunc, FailuresAreTold)
         EXPECT_FALSE(oper.body.function.hModule || oper.body.function.pAddress);
         return records();
     };
-    expectRows(R"(
+    expectRows(run, R"(
         |engineModule.so      => -1 Custom Function invalid parameters\n
         tellAll|              => -1 Custom Function invalid parameters\n
         tellAll|no.so         => -1 Error: loading module no.so\n
         tellAll|bareModule.so => -1 Error: function initModule not found in Module bareModule.so\n
         no|engineModule.so    => init 1 model\n
-                                 -1 Error: function no not found in Module engineModule.so\n)",
-               row);
+                                 -1 Error: function no not found in Module engineModule.so\n)");
     EXPECT_EQ(OV_INST_EXIT_SETUP, call(nullptr));
     (void)records();
     m_data.pFrom = nullptr;
@@ -49,14 +48,14 @@ TEST_F(CustomFunc, FailuresAreTold)
 TEST_F(CustomFunc, ModuleIsLoadedOnceAndInitialisedBeforeEveryCall)
 {
     _OV_InstOper *pOper = package("p")->pOperHead;
-    const std::string told = "pass 2 mode 0: null|null|null|M/|null|null|null|0|no shell\n";
+    const std::string call1 = "pass 2 mode 0: null|null|null|M/|null|null|null|0|no shell\n";
     ASSERT_EQ(0, OV_instInitLogfile(full("@/log").c_str()));
     EXPECT_EQ(0, call(pOper));
     fs::rename(m_medium + "SetupFiles", m_medium + "away");
     EXPECT_EQ(0, call(pOper)) << "loaded already";
     fs::rename(m_medium + "away", m_medium + "SetupFiles");
     EXPECT_EQ(0, call(pOper->pNext));
-    EXPECT_EQ("init 1 model\n" + told + "init 2 model\n" + told + "init 3 model\n" + told,
+    EXPECT_EQ("init 1 model\n" + call1 + "init 2 model\n" + call1 + "init 3 model\n" + call1,
               records());
     m_data.pData = "fail";
     EXPECT_EQ(7, call(pOper)) << "the function's own result";
@@ -67,12 +66,11 @@ TEST_F(CustomFunc, ModuleIsLoadedOnceAndInitialisedBeforeEveryCall)
 
 TEST_F(CustomFunc, ModuleListHoldsAHundred)
 {
-    inChild(
-        [] {
-            for (int i = 0; i < 250; i++)
-                UpdateModuleList(("m" + std::to_string(i / 2)).c_str()); /* each twice */
-            EXPECT_TRUE(InModuleList("m0") && InModuleList("m99"));
-            EXPECT_FALSE(InModuleList("m100") || InModuleList("m") || InModuleList(nullptr));
-        },
-        "threadsafe");
+    const auto fill = [] {
+        for (int i = 0; i < 250; i++)
+            UpdateModuleList(("m" + std::to_string(i / 2)).c_str()); /* each twice */
+        EXPECT_TRUE(InModuleList("m0") && InModuleList("m99"));
+        EXPECT_FALSE(InModuleList("m100") || InModuleList("m") || InModuleList(nullptr));
+    };
+    inChild(fill, true);
 }

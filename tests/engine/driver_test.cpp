@@ -21,32 +21,30 @@ struct Driver : EngineTest {
     }
 };
 
+static const char s_caEveryKind[] =
+    "Copy 'f' 'copied' 4 0644\nCopyZ 'z' 'other' 6 0644\nUntar 't' 1 'f' 4\n"
+    "UntarZ 't.bz2' 1 'f' 5\nUntar2 '<RootDest>' 't' 1 'f' 6\n"
+    "UntarZ2 '<CommonDest>' 't.bz2' 1 'f' 7\nMkdir 'd' 0755\nMkdir 'd/e' 0755\n"
+    "HardLink 'd' '../copied' 'hard'\nSoftLink 'd' '../copied' 'soft'\nShortcut '1' '2' '3'\n"
+    "Function 'tellAll' 'engineModule.so' 'data'\nRegData 'r' 'n' 'k' 'v'\nSelfReg 'm.so'";
+
 /* Pass and mode; the records, with those of the custom function as "F". */
 TEST_F(Driver, EveryKindActsInItsPassAndMode)
 {
+    const auto run = [this](const std::string &words) {
+        const auto ovPass = static_cast<OV_CustomPass>(words[0] - '0');
+        const auto iMode = static_cast<OV_InstMode>(words[2] - '0');
+        const std::string text = runLines(s_caEveryKind, iMode, ovPass),
+                          called = "init 1 model\npass " + replaced(words, " ", " mode ") +
+                                   ": @/root/|@/root/Orvane/|D/|M/|data|p|S|0|no shell\n";
+        EXPECT_EQ(ovPass, package("p")->iPassDone);
+        EXPECT_TRUE(words != "3 0" || got("D/d/hard") == "file");
+        return replaced(text, called, "F");
+    };
     ASSERT_EQ(0, system(("cd " + m_medium + " && tar -cf t f && bzip2 -k t").c_str()));
-    inChild([this] { /* modules are registered only once */
-                     const auto row = [this](const std::string &words) {
-                         const int iPass = words[0] - '0', iMode = words[2] - '0';
-                         const std::string text = runLines(
-                             "Copy 'f' 'copied' 4 0644\nCopyZ 'z' 'other' 6 0644\nUntar "
-                             "'t' 1 'f' 4\n"
-                             "UntarZ 't.bz2' 1 'f' 5\nUntar2 '<RootDest>' 't' 1 'f' 6\n"
-                             "UntarZ2 '<CommonDest>' 't.bz2' 1 'f' 7\nMkdir 'd' 0755\n"
-                             "Mkdir 'd/e' 0755\nHardLink 'd' '../copied' 'hard'\n"
-                             "SoftLink 'd' '../copied' 'soft'\nShortcut '1' '2' '3'\n"
-                             "Function 'tellAll' 'engineModule.so' 'data'\n"
-                             "RegData 'r' 'n' 'k' 'v'\nSelfReg 'm.so'",
-                             static_cast<OV_InstMode>(iMode), static_cast<OV_CustomPass>(iPass));
-                         EXPECT_EQ(iPass, package("p")->iPassDone);
-                         EXPECT_TRUE(words != "3 0" || got("D/d/hard") == "file");
-                         return replaced(text,
-                                         "init 1 model\npass " + words.substr(0, 1) + " mode " +
-                                             words.substr(2) +
-                                             ": @/root/|@/root/Orvane/|D/|M/|data|p|S|0|no shell\n",
-                                         "F");
-                     };
-                     expectRows(R"(
+    /* Modules are registered only once. */
+    inChild([&] {
+        expectRows(run, R"(
             2 1 => 0 F
             4 1 => 0 F
             2 0 => 0 F
@@ -59,9 +57,8 @@ TEST_F(Driver, EveryKindActsInItsPassAndMode)
             3 1 => 0 +4 D/copied\n+6 D/z\n+4 D/f\n+5 D/f\n+6 @/root/f\n+7 @/root/Orvane/f\n
                    +1 D/d/hard\n+1 D/d/soft\nF+1 D/d/e\n+1 D/d\n
             3 2 => 0 +4 D/copied\n+6 D/z\n+4 D/f\n+5 D/f\n+6 @/root/f\n+7 @/root/Orvane/f\n
-                   +1 D/d/hard\n+1 D/d/soft\nF)",
-                                row);
-                     EXPECT_FALSE(exists("D/d"));
+                   +1 D/d/hard\n+1 D/d/soft\nF)");
+        EXPECT_FALSE(exists("D/d"));
     });
 }
 
@@ -70,23 +67,20 @@ TEST_F(Driver, SomeFailuresAreNotCounted)
     const auto run = [this](OV_InstMode iMode, OV_CustomPass ovPass) {
         return [=](const std::string &lines) { return runLines(lines, iMode, ovPass); };
     };
-    expectRows(R"(
+    expectRows(run(INSTALL, OV_CUSTOM_INIT), R"(
         CopyZ 'no' '' 4                => 0 Copyfile can't open file: noReturning Continue\n
-        Untar2 'no' 'f' 1\nMkdir 'x' 7 => 1 -1 Can't change directory to: no\n+1 mkdir D/x\n)",
-               run(INSTALL, OV_CUSTOM_INIT));
-    expectRows(R"(
-        Copy '' 'd' 4                             => 1 -1 Copyfile invalid parameters\n
-        CopyZ '' 'd' 4                            => 1 -1 Uncompress invalid parameters\n
-        SoftLink '' '' 'l'                        => 1 -1 Softlink invalid parameters\n
-        Untar 'no' 4 'no' 4\nMkdir 'file' 0755    => 0 +4 D/no\n+1 D/file\n)",
-               run(REMOVE, OV_CUSTOM_INIT));
+        Untar2 'no' 'f' 1\nMkdir 'x' 0755 => 1 -1 Can't change directory to: no\n+1 mkdir D/x\n)");
+    expectRows(run(REMOVE, OV_CUSTOM_INIT), R"(
+        Copy '' 'd' 4                          => 1 -1 Copyfile invalid parameters\n
+        CopyZ '' 'd' 4                         => 1 -1 Uncompress invalid parameters\n
+        SoftLink '' '' 'l'                     => 1 -1 Softlink invalid parameters\n
+        Untar 'no' 4 'no' 4\nMkdir 'file' 0755 => 0 +4 D/no\n+1 D/file\n)");
     EXPECT_TRUE(exists("D/file")) << "a file in a directory's place stays";
     setenv("DISPLAY", "", 1); /* so that the registry is tried, and fails */
     inChild([&] {
-        expectRows(R"(
+        expectRows(run(INSTALL, OV_CUSTOM_REGISTRY), R"(
             RegData 'r' 'n' 'k' 'v' => 0 -1 Error: adding rootkey=r keyname=n, keyvalue=k, value=v\n
-            SelfReg 'm'             => 0 -1 Error: internal error in OV_instRegisterModule (4)\n)",
-                   run(INSTALL, OV_CUSTOM_REGISTRY));
+            SelfReg 'm'             => 0 -1 Error: internal error in OV_instRegisterModule (4)\n)");
     });
     for (OV_InstMode iMode : {INSTALL, REMOVE})
         EXPECT_EQ('1', run(iMode, OV_CUSTOM_PRE)("Function 'tellAll' 'engineModule.so' 'fail'")[0]);
@@ -96,12 +90,13 @@ TEST_F(Driver, PackagesAreSkippedAndSharedOnesWorkedOnce)
 {
     load("Package 'p' ''\nMkdir 'p' 0755\nPackage 'q' ''\nMkdir 'q' 0755\n"
          "Suite 'S' p q\nSuite 'T' q p\nSuite 'Empty'\n");
-    package("p")->iInstalled = 1;
+    setStates("+p");
     EXPECT_EQ("0 +1 mkdir D/q\n", runSuite("S", INSTALL));
     EXPECT_EQ(0, package("p")->iPassDone) << "a skipped package keeps its pass";
+    package("p")->iInUse = 1;
     EXPECT_EQ("0", runSuite("T", REMOVE_ALL)) << "which skips nothing, but q has seen the pass";
     EXPECT_EQ(OV_CUSTOM_INIT, package("p")->iPassDone);
-    package("p")->iPassDone = package("q")->iPassDone = 0;
+    package("p")->iPassDone = package("q")->iPassDone = package("p")->iInUse = 0;
     package("q")->iInUse = 1;
     EXPECT_EQ("0 +1 D/p\n", runSuite("S", REMOVE)) << "q is needed";
     package("q")->iInUse = 0;
@@ -145,10 +140,9 @@ TEST_F(Driver, KindsWithoutMeaningEndTheCall)
  * the history records it: in the removing pass, too. */
 TEST_F(Driver, ConfigurationsAreHandedOverByModeAndRecorded)
 {
-    const auto row = [this](const std::string &words) {
+    const auto run = [this](const std::string &words) {
         load("Package 'p' ''\nMkdir 'p' 0755\nSuite 'S' p\nConfigBegin\n"
-             "3 CusDlg '' '' '' 1 4 90 5\n4 Suite 'S' '' '' 1\n5 CusDlg '' '' '' 1\n"
-             "ConfigEnd\n");
+             "3 CusDlg '' '' '' 1 4 90 5\n4 Suite 'S' '' '' 1\n5 CusDlg '' '' '' 1\nConfigEnd\n");
         put("D/SetupFiles/.Product.his", "");
         setStates(words.substr(6));
         suite("S")->iState = words[4] - '0';
@@ -157,7 +151,7 @@ TEST_F(Driver, ConfigurationsAreHandedOverByModeAndRecorded)
         fs::remove(m_dest + "p");
         return records() + got("D/SetupFiles/.Product.his");
     };
-    expectRows(R"(
+    expectRows(run, R"(
         3 0 0 4:01 => +1 mkdir D/p\nPackage "p" Installed\n
         3 0 1 4:01 => Package "p" Installed\n
         3 0 0 4:00 =>
@@ -166,8 +160,7 @@ TEST_F(Driver, ConfigurationsAreHandedOverByModeAndRecorded)
         3 1 1 4:11 => Package "p" Installed\n
         3 1 0 4:10 =>
         3 2 1 4:10 =>
-        3 2 1 4:01 => Package "p" Installed\n)",
-               row);
+        3 2 1 4:01 => Package "p" Installed\n)");
 }
 
 TEST_F(Driver, WhatCannotBeInstalledIsTold)

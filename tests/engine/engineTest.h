@@ -6,6 +6,7 @@
 #define OVINST_TESTS_ENGINE_ENGINETEST_H
 
 #include <csignal>
+#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -54,35 +55,20 @@ inline std::string trimmed(const std::string &text)
  * newlines escaped. A line without "=>" continues the one above. */
 template <typename Work> void expectRows(Work work, const std::string &table)
 {
-    std::istringstream in(replaced(replaced(table, "=>", "\t"), "\n        ", "\n"));
-    std::string line, next;
-    for (bool bMore = !!std::getline(in, line); bMore; line = next) {
-        while ((bMore = !!std::getline(in, next)) && next.find('\t') == next.npos)
-            line += trimmed(next);
-        line = replaced(replaced(line, "\\n", "\n"), "\\r", "\r");
-        const size_t tab = line.find('\t');
-        if (tab != line.npos)
-            EXPECT_EQ(trimmed(line.substr(tab + 1)), work(trimmed(line.substr(0, tab)))) << line;
+    const auto side = [](const std::string &text) {
+        return replaced(replaced(trimmed(text), "\\n", "\n"), "\\r", "\r");
+    };
+    std::istringstream in(table);
+    std::vector<std::string> rows;
+    for (std::string line; std::getline(in, line);)
+        if (line.find("=>") != line.npos)
+            rows.push_back(line);
+        else if (!rows.empty())
+            rows.back() += trimmed(line);
+    for (const std::string &row : rows) {
+        const size_t arrow = row.find("=>");
+        EXPECT_EQ(side(row.substr(arrow + 2)), work(side(row.substr(0, arrow)))) << row;
     }
-}
-
-/* Ends a test's child process; what failed in it is passed on by way of standard error. */
-[[noreturn]] inline void endChild()
-{
-    const auto *pResult = testing::UnitTest::GetInstance()->current_test_info()->result();
-
-    for (int i = 0; i < pResult->total_part_count(); i++)
-        fprintf(stderr, "%s\n", pResult->GetTestPartResult(i).message());
-    _exit(testing::Test::HasFailure() ? 1 : 0);
-}
-
-/* Runs work in a process of its own, for state that nothing can put back; with "threadsafe" in one
- * that has run nothing before. */
-template <typename Work> void inChild(Work work, const char *pStyle = "fast")
-{
-    GTEST_FLAG_SET(death_test_style, pStyle);
-    EXPECT_EXIT((work(), endChild()), testing::ExitedWithCode(0), "");
-    GTEST_FLAG_SET(death_test_style, "fast");
 }
 
 struct EngineTest : testing::Test {
@@ -124,7 +110,7 @@ struct EngineTest : testing::Test {
         return replaced(replaced(replaced(text, m_scratch.path, "@"), "@/medium/", "M/"),
                         "@/root/the.product/", "D/");
     }
-    std::string full(const std::string &text) const
+    std::string full(const std::string &text) const /* never twice */
     {
         return replaced(replaced(replaced(text, "M/", "@/medium/"), "D/", "@/root/the.product/"),
                         "@", m_scratch.path);
@@ -172,6 +158,24 @@ struct EngineTest : testing::Test {
         return runSuite("S", iMode, ovPass);
     }
 
+    /* Runs work in a process of its own, for state that nothing can put back; a fresh one has run
+     * nothing before. What failed there is passed on by way of standard error. */
+    template <typename Work> void inChild(Work work, bool bFresh = false)
+    {
+        GTEST_FLAG_SET(death_test_style, bFresh ? "threadsafe" : "fast");
+        EXPECT_EXIT((work(), endChild(bFresh)), testing::ExitedWithCode(0), "");
+        GTEST_FLAG_SET(death_test_style, "fast");
+    }
+    [[noreturn]] void endChild(bool bFresh)
+    {
+        const auto *pResult = testing::UnitTest::GetInstance()->current_test_info()->result();
+        for (int i = 0; i < pResult->total_part_count(); i++)
+            fprintf(stderr, "%s\n", pResult->GetTestPartResult(i).message());
+        if (bFresh)
+            fs::remove_all(m_scratch.path); /* it has made one of its own */
+        _exit(HasFailure() ? 1 : 0);
+    }
+
     static _OV_InstConfigList *config(int iId) { return OV_instGetConfigFromId(CDInstPtr, iId); }
     static _OV_InstSuiteList *suite(const char *pName)
     {
@@ -186,15 +190,15 @@ struct EngineTest : testing::Test {
     static void setStates(const std::string &words)
     {
         std::istringstream in(words);
-        for (std::string word; in >> word;) {
-            for (size_t i = 1; word[0] == '+' && i < word.size(); i++)
-                package(word.substr(i, 1).c_str())->iInstalled = 1;
-            const size_t colon = word.find(':');
-            if (colon != word.npos) {
-                config(std::stoi(word))->iInstalled = word[colon + 1] - '0';
-                config(std::stoi(word))->iSelected = word[colon + 2] - '0';
+        for (std::string word; in >> word;)
+            if (word[0] != '+') {
+                const char *pStates = strchr(word.c_str(), ':');
+                config(std::stoi(word))->iInstalled = pStates[1] - '0';
+                config(std::stoi(word))->iSelected = pStates[2] - '0';
+            } else {
+                for (size_t i = 1; i < word.size(); i++)
+                    package(word.substr(i, 1).c_str())->iInstalled = 1;
             }
-        }
     }
     /* The same words, without "00" states, in file order. */
     static std::string states()

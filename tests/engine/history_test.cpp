@@ -29,24 +29,21 @@ struct History : EngineTest {
 
 TEST_F(History, IsWrittenToTheByte)
 {
-    const std::string header = "HistoryFileVersion 2\nProduct\n3.5 beta\n@/medium\n";
+    const std::string unable = "Unable to open D//SetupFiles/.Product.his\n";
     OV_InitHistoryFile(m_dest.c_str(), "Product", "3.5 beta");
     EXPECT_EQ(0755u, modeOf("D/SetupFiles"));
     put(s_caFile, "an earlier one\n");
     OV_InitHistoryFile(m_dest.c_str(), "Product", "3.5 beta");
-    EXPECT_EQ(header, got(s_caFile));
     for (const char *pName : {"AB", "Empty", "A"})
         OV_UpdateHistoryFile(m_dest.c_str(), suite(pName));
-    EXPECT_EQ(header +
-                  "Package \"a\" Installed\nPackage \"b\" Installed\nPackage \"a\" Installed\n",
+    EXPECT_EQ("HistoryFileVersion 2\nProduct\n3.5 beta\n@/medium\nPackage \"a\" Installed\n"
+              "Package \"b\" Installed\nPackage \"a\" Installed\n",
               got(s_caFile));
     OV_RemoveHistoryFile(m_dest.c_str());
     OV_RemoveHistoryFile(m_dest.c_str());
     EXPECT_FALSE(exists(s_caFile));
-
     fs::remove(m_dest + "SetupFiles");
     put("D/SetupFiles", "a file in its way");
-    const std::string unable = "Unable to open D//SetupFiles/.Product.his\n";
     EXPECT_EQ(unable + unable, shortened(printed([this] {
                   OV_InitHistoryFile(m_dest.c_str(), "Product", "3.5");
                   OV_UpdateHistoryFile(m_dest.c_str(), suite("A"));
@@ -58,32 +55,32 @@ TEST_F(History, OnlyASoundHeaderCounts)
     const auto taken = [this](const std::string &content) {
         int iResult = 0;
         loadTree();
-        put(s_caFile, content);
+        put(s_caFile, replaced(content, "xP", std::string(256, 'x') + "P"));
         const std::string out = printed([&] { iResult = check(); });
         return shortened(std::to_string(iResult) + " " + CDInstPtr->pSourceDir + " " + out) +
                states();
     };
-    const char *const pBad =
-        "0 M/ History file empty, corrupt, or out-of-date\n2:01 3:01 4:01 5:01 6:01 +";
-    expectRows(R"(
+    std::string table = R"(
         HistoryFileVersion 2\nProduct\n3.5\n/source\n              => 1 /source 3:01 6:01 +
-        HistoryFileVersion  2 x\nThe Product of us\n3.9.1\n/source => 1 /source 3:01 6:01 +)",
-               taken);
-    for (std::string content :
-         {"HistoryFileVersion 1\nProduct\n3.5\n/source\n",
-          "HistoryFileVersion\nProduct\n3.5\n/source\n",
-          "historyFileVersion 2\nProduct\n3.5\n/source\n",
-          "HistoryFileVersion 2\nproduct\n3.5\n/source\n",
-          "HistoryFileVersion 2\nxProduct\n3.5\n/source\n", "HistoryFileVersion 2\nProduct\n3.5\n",
-          "HistoryFileVersion 2\nProduct\n3.5\n\nPackage \"a\" Installed\n",
-          "HistoryFileVersion 2\n", ""})
-        EXPECT_EQ(pBad, taken(replaced(content, "xP", std::string(256, 'x') + "P"))) << content;
+        HistoryFileVersion  2 x\nThe Product of us\n3.9.1\n/source => 1 /source 3:01 6:01 +
+        HistoryFileVersion 1\nProduct\n3.5\n/source\n              => BAD
+        HistoryFileVersion\nProduct\n3.5\n/source\n                => BAD
+        historyFileVersion 2\nProduct\n3.5\n/source\n              => BAD
+        HistoryFileVersion 2\nproduct\n3.5\n/source\n              => BAD
+        HistoryFileVersion 2\nxProduct\n3.5\n/source\n             => BAD
+        HistoryFileVersion 2\nProduct\n3.5\n\nPackage "a" Yes\n    => BAD
+        HistoryFileVersion 2\nProduct\n3.5\n                       => BAD
+        HistoryFileVersion 2\n                                     => BAD
+                                                                   => BAD)";
+    expectRows(taken, replaced(table, "BAD",
+                               "0 M/ History file empty, corrupt, or out-of-date\\n"
+                               "2:01 3:01 4:01 5:01 6:01 +"));
 }
 
 /* The configuration, then the lines. */
 TEST_F(History, MarksPackagesSuitesAndTheGivenConfigurationOnly)
 {
-    const auto row = [this](const std::string &text) {
+    const auto marked = [this](const std::string &text) {
         loadTree();
         put(s_caFile, full(s_caHeader) + text.substr(1));
         EXPECT_EQ("", printed([&] { EXPECT_EQ(1, check(text[0] - '0')); }));
@@ -91,35 +88,31 @@ TEST_F(History, MarksPackagesSuitesAndTheGivenConfigurationOnly)
         EXPECT_EQ(1, suite("Empty")->iState) << "nothing of it is missing";
         return states();
     };
-    expectRows(R"(
-        2                                       => 3:01 6:01 +
-        2Package "a" Installed\n                => 2:11 3:01 4:11 6:01 +a
-        2Package x "a" "b"\n                    => 2:11 3:01 4:11 6:01 +a
-        2\n\n Package "a" y                     => 2:11 3:01 4:11 6:01 +a
-        2Package "b" Installed\n                => 3:01 6:01 +b
-        2Package "b" x\nPackage "a" y           => 2:11 3:01 4:11 5:11 6:01 +ab
-        2Package "t" Installed\n                => 3:01 6:01 +tt
-        2Package "c" Installed\nPackages "a" x\n"a" "a" => 3:01 6:01 +
-        2Package a\nPackage "a\nPackage\n       => 3:01 6:01 +
-        3Package "a" Installed\n                => 2:01 3:11 4:01 5:01 6:11 +a
-        7Package "a" Installed\n                => 2:01 3:01 4:01 5:01 6:01 7:11 +a)",
-               row);
+    expectRows(marked, R"(
+        2                                          => 3:01 6:01 +
+        2Package "a" Installed\n                   => 2:11 3:01 4:11 6:01 +a
+        2Package x "a" "b"\n                       => 2:11 3:01 4:11 6:01 +a
+        2\n\n Package "a" y                        => 2:11 3:01 4:11 6:01 +a
+        2Package "b" x\nPackage "a" y              => 2:11 3:01 4:11 5:11 6:01 +ab
+        2Package "t" Installed\n                   => 3:01 6:01 +tt
+        2Package "c" x\nPackages "a" x\n"a" "a"    => 3:01 6:01 +
+        2Package a\nPackage "a\nPackage\n          => 3:01 6:01 +
+        3Package "a" Installed\n                   => 2:01 3:11 4:01 5:01 6:11 +a
+        7Package "a" Installed\n                   => 2:01 3:01 4:01 5:01 6:01 7:11 +a)");
     EXPECT_EQ(0, OV_UpdateSuiteHistory(CDInstPtr, config(2), nullptr, m_dest.c_str(), "", ""));
     EXPECT_EQ(0, OV_UpdateSuiteHistory(CDInstPtr, config(2), suite("A"), "", "", ""));
 }
 
-/* The product's version and the recorded line, which is too short in the fifth row to lose its
- * newline. The texts of the two warnings are cut where they are the same. */
+/* The product's version and the recorded line; a lone newline is too short to lose it. */
 TEST_F(History, OtherVersionsAreWarnedOfAndAccepted)
 {
-    const auto row = [](const std::string &versions) {
-        const size_t bar = versions.find('|');
+    const auto warning = [](const std::string &versions) {
+        const std::string recorded = versions.substr(versions.find('|') + 1);
         return printed([&] {
-            EXPECT_EQ(1, CompareProductVersions("%s", versions.substr(0, bar).c_str(),
-                                                versions.substr(bar + 1).c_str()));
+            EXPECT_EQ(1, CompareProductVersions("%s", versions.c_str(), recorded.c_str()));
         });
     };
-    expectRows(R"(
+    expectRows(warning, R"(
         3.5|3.0\n      =>
         beta|0 alpha\n =>
         10|9.9\n       => Setup has detected an older version of %s (9.9)\n
@@ -127,38 +120,36 @@ TEST_F(History, OtherVersionsAreWarnedOfAndAccepted)
         3.5|4 100%d\n  => Setup has detected a newer version of %s (4 100%d)\n
                           It is highly recommended that you not continue.Returning OK\n
         1|\n           => Setup has detected an older version of %s (\n)\n
-                          Before installing, you should select Remove All.Returning OK\n)",
-               row);
+                          Before installing, you should select Remove All.Returning OK\n)");
 }
 
 /* Source directory, running directory, history file; result, root destination, running directory
  * (which is cut itself). The directory that holds the source directory counts. */
 TEST_F(History, TreesAroundTheMediumAreFound)
 {
-    const auto row = [this](const std::string &words) {
+    const auto found = [this](const std::string &words) {
         std::string source, running, history;
-        std::istringstream in(
-            full(replaced(replaced(words, "/P", "/the.product"), ".H", ".Product.his")));
-        in >> source >> running >> history;
+        std::istringstream(
+            full(replaced(replaced(words, "/P", "/the.product"), ".H", ".Product.his"))) >>
+            source >> running >> history;
         loadTree();
         fs::create_directories(source);
         (void)OV_instSetSourceDirectory(source.c_str());
         (void)OV_instSetRunningDirectory(running.c_str());
-        put(history, full(s_caHeader));
-        const std::string found = std::to_string(check()) + " " +
-                                  OV_instGetRootDestinationDirectory() + " " +
-                                  OV_instGetRunningDirectory();
-        fs::remove_all(m_scratch / "x");
-        fs::remove_all(m_scratch / "y");
-        return replaced(shortened(found), "/the.product", "/P");
+        writeFile(history, full(s_caHeader));
+        const std::string result = std::to_string(check()) + " ",
+                          root = OV_instGetRootDestinationDirectory();
+        fs::remove_all(full("@/x"));
+        fs::remove_all(full("@/y"));
+        return replaced(shortened(result + root + " " + OV_instGetRunningDirectory()),
+                        "/the.product", "/P");
     };
-    expectRows(R"(
+    expectRows(found, R"(
         @/x/P/cd/ @/ @/x/P/SetupFiles/.H => 1 @/x/ @/
         @/x/P/cd/ @/ @/x/P/.H            => 1 @/x/ @/
         @/x/P/cd/ @/y/P/ @/y/P/.H        => 0 @/root/ @/y/P/
         @/x/P/ @/ @/x/P/SetupFiles/.H    => 0 @/root/ @/
         @/x/P/ @/x/P/ @/x/P/.H           => 1 @/x/ @/x/
         @/x/ @/y/P/z/ @/y/P/z/.H         => 1 @/y/ @/y/
-        @/x/ @/y/P/ @/y/.H               => 0 @/root/ @/y/P/)",
-               row);
+        @/x/ @/y/P/ @/y/.H               => 0 @/root/ @/y/P/)");
 }

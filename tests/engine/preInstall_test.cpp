@@ -20,8 +20,8 @@ TEST_F(PreInstall, CheckSaysWhyNot)
     ASSERT_EQ(0, chmod(m_root.c_str(), 0300)); /* it can be entered all the same */
     EXPECT_EQ("0 Install path does not have read/write permissions:\n@/root/Returning OK\n",
               check());
-    fs::remove_all(m_dest);
-    ASSERT_EQ(0, chmod(m_root.c_str(), 0700) | rmdir(m_root.c_str()));
+    ASSERT_EQ(0, chmod(m_root.c_str(), 0700));
+    fs::remove_all(m_root);
     put("@/root", "");
     EXPECT_EQ("0 Unable to create install directory:\nD/Returning OK\n", check());
     setStates("3:11");

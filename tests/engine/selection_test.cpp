@@ -35,11 +35,11 @@ TEST_F(Selection, WalkEntersMembersInTableOrderAndNothingThatItIsInside)
     EXPECT_EQ("+2-2", walked(2)) << "a page holds no members";
     EXPECT_EQ("+2+3+4-4+5+6-6+7-7-5+8-8-3-2", walked(2, 1)) << "but leads to its successor";
     EXPECT_EQ("", walked(90, 1));
-    (void)told(
-        [this] { /* which tells ids that do not grow */
-                 load("Suite 'A'\nConfigBegin\n3 CusDlg '' '' '' 0 5 4 3\n4 CusDlg '' '' '' 0 6 3\n"
-                      "5 CusDlg '' '' '' 0 6 6 5\n6 Suite 'A' '' '' 0\nConfigEnd\n");
-        });
+    const auto loadCycles = [this] {
+        load("Suite 'A'\nConfigBegin\n3 CusDlg '' '' '' 0 5 4 3\n4 CusDlg '' '' '' 0 6 3\n"
+             "5 CusDlg '' '' '' 0 6 6 5\n6 Suite 'A' '' '' 0\nConfigEnd\n");
+    };
+    (void)told(loadCycles); /* ids that do not grow */
     EXPECT_EQ("+3+5+6-6+6-6-5+4+6-6-4-3", walked(3));
     EXPECT_EQ("+4+6-6+3+5+6-6+6-6-5-3-4", walked(4));
 }
@@ -79,26 +79,22 @@ TEST_F(Selection, DeepChainsNeedNoStack)
 
 TEST_F(Selection, MarkAllSetsOneStateAndResetAllBoth)
 {
-    const auto row = [this](const std::string &id) {
-        load(s_caTree);
-        setStates("4:10");
-        OV_instMarkAllConfig(config(std::stoi(id)), 1);
-        const std::string marked = states();
-        OV_instResetAllConfig(CDInstPtr, config(std::stoi(id)), 1);
-        return marked + " " + states();
-    };
-    expectRows(R"(
-        3  => 3:01 4:11 5:01 6:01 7:01 8:01 + 3:11 4:11 5:11 6:11 7:11 8:11 +
-        7  => 4:10 7:01 + 4:10 7:11 +
-        2  => 2:01 4:10 + 2:11 4:10 +
-        90 => 4:10 + 4:10 +)",
-               row);
+    setStates("4:10");
+    OV_instMarkAllConfig(config(7), 1); /* no members */
+    OV_instMarkAllConfig(config(2), 1); /* a page */
+    OV_instMarkAllConfig(config(90), 1);
+    EXPECT_EQ("2:01 4:10 7:01 +", states());
+    OV_instMarkAllConfig(config(3), 1);
+    EXPECT_EQ("2:01 3:01 4:11 5:01 6:01 7:01 8:01 +", states());
+    OV_instResetAllConfig(CDInstPtr, config(3), 0);
+    OV_instResetAllConfig(CDInstPtr, config(5), 1);
+    EXPECT_EQ("2:01 5:11 6:11 7:11 +", states());
 }
 
-/* A page only leads on; packages become installed whatever the state is. */
+/* Configuration, suite, state. A page only leads on; packages become installed in any case. */
 TEST_F(Selection, FindAndMarkMarksTheSuiteAndTheGroupsThatHoldIt)
 {
-    const auto row = [this](const std::string &words) {
+    const auto found = [this](const std::string &words) {
         int iId = 0, iState = 0;
         std::string name;
         std::istringstream(words) >> iId >> name >> iState;
@@ -107,15 +103,13 @@ TEST_F(Selection, FindAndMarkMarksTheSuiteAndTheGroupsThatHoldIt)
         iState = OV_instFindAndMarkConfig(CDInstPtr, config(iId), suite(name.c_str()), iState);
         return std::to_string(iState) + " " + states();
     };
-    expectRows(R"(
+    expectRows(found, R"(
         3 B 1     => 1 3:11 5:11 6:11 8:10 +bc
-        4 A 1     => 1 4:11 8:10 +ab
         4 B 1     => 0 8:10 +
         3 Empty 1 => 0 8:10 +
         2 A 1     => 0 3:11 4:11 8:10 +ab
         3 C 0     => 1 +c
-        90 A 1    => 0 8:10 +)",
-               row);
+        90 A 1    => 0 8:10 +)");
     static_cast<_OV_InstSuiteChoice *>(config(6)->pData)->pSuite = nullptr;
     EXPECT_EQ("Null pList to UpdateInstalledFlag\n",
               printed([] { OV_instFindAndMarkConfig(CDInstPtr, config(5), nullptr, 1); }));
@@ -137,26 +131,24 @@ TEST_F(Selection, AllIsSelectedWhenAllGroupsAre)
  * without a change nothing is, whatever is missing; selected is exactly 1. */
 TEST_F(Selection, CountsWhatUsesAPackageAndWhatAnInstallationWouldTouch)
 {
-    const auto row = [this](const std::string &words) {
-        std::string counts;
+    const auto counts = [this](const std::string &words) {
+        std::string text;
         load(s_caTree);
         setStates(words);
         package("a")->iInUse = package("c")->iInUse = 9;
         OV_instUpdateNumInUseFlag(CDInstPtr, config(3), 1);
         OV_instUpdateNumInUseFlag(CDInstPtr, config(3), 0);
         for (const char *pName : {"a", "b", "c"})
-            counts += std::to_string(package(pName)->iInUse);
-        const int iAffected = OV_instNumPackagesAffected(CDInstPtr, config(3));
-        return counts + " " + std::to_string(iAffected);
+            text += std::to_string(package(pName)->iInUse);
+        return text + " " + std::to_string(OV_instNumPackagesAffected(CDInstPtr, config(3)));
     };
-    expectRows(R"(
+    expectRows(counts, R"(
         4:01 6:01           => 121 4
         4:11 6:01 +ab       => 121 1
         4:11 6:10 8:11 +abc => 111 0
         4:10 6:11 8:11 +abc => 012 1
         4:11 6:11 8:11      => 122 0
-        4:02                => 000 0)",
-               row);
+        4:02                => 000 0)");
     EXPECT_EQ(
         "Invalid args to UpdateNumInUseFlag\nInvalid args to NumPackagesAffected\n"
         "invalid suite type to UpdateNumInUseFlag\ninvalid suite type to NumPackagesAffected\n",
@@ -170,22 +162,23 @@ TEST_F(Selection, CountsWhatUsesAPackageAndWhatAnInstallationWouldTouch)
 
 TEST_F(Selection, StoreRestoresTheSlotAboveItsTop)
 {
-    const auto drain = [] { /* until the store is empty, as any other test expects it */
-                            for (int i = 0; i <= OV_CONFIG_STORE; i++)
-                                (void)OV_instRestoreLastDlg();
+    const auto restore = [](int iTimes) {
+        while (iTimes-- > 0)
+            (void)OV_instRestoreLastDlg();
+        return OV_InstGetLastConfig();
     };
-    (void)printed(drain);
+    const std::string underflow = "Underflow in config store\n";
+    (void)printed([&] { restore(OV_CONFIG_STORE + 1); }); /* whatever was left in it */
     for (int iId : {2, 3, 5})
         OV_instSetLastDlg(config(iId)); /* 2 comes to lie in slot 1, 3 in slot 2 */
-    EXPECT_EQ(config(5), OV_InstGetLastConfig());
-    (void)OV_instRestoreLastDlg();
-    EXPECT_EQ(config(3), OV_instRestoreLastDlg());
-    EXPECT_EQ(config(2), OV_instRestoreLastDlg());
-    EXPECT_EQ("Underflow in config store\n", printed([] { (void)OV_instRestoreLastDlg(); }));
+    EXPECT_EQ(config(5), restore(0));
+    EXPECT_EQ(config(3), restore(2));
+    EXPECT_EQ(config(2), restore(1));
+    EXPECT_EQ(underflow, printed([&] { restore(1); }));
     EXPECT_EQ("Overflow in config store\n", printed([] {
                   for (int i = 0; i <= OV_CONFIG_STORE; i++)
                       OV_instSetLastDlg(config(i < OV_CONFIG_STORE ? 3 : 4));
               }));
-    EXPECT_EQ(config(3), OV_instRestoreLastDlg()) << "the entry that overflowed";
-    EXPECT_EQ("Underflow in config store\nUnderflow in config store\n", printed(drain));
+    EXPECT_EQ(config(3), restore(1)) << "the entry that overflowed";
+    EXPECT_EQ(underflow + underflow, printed([&] { restore(OV_CONFIG_STORE + 1); }));
 }

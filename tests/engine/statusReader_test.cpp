@@ -1,24 +1,35 @@
 #include <gtest/gtest.h>
 
 #include "engine/engineTest.h"
+#include "engine/records.h"
 #include "engine/statusReader.h"
 
 struct StatusReader : EngineTest {
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        ASSERT_EQ(0, OV_instInitLogfile(full("@/log").c_str()));
+    }
+    /* What reading prints, tells and logs. */
+    template <typename Work> std::string shown(Work work)
+    {
+        std::string out;
+        const std::string err = told([&] { out = printed(work); }), log = got("@/log");
+        fs::resize_file(full("@/log"), 0);
+        return out + "|" + err + "|" + log;
+    }
 };
 
-/* What a record of a total of 200 prints, tells and logs. */
 TEST_F(StatusReader, AddsCountsAndTellsErrors)
 {
-    OV_instProcessUpdate(nullptr, 0);
-    const auto row = [this](const std::string &line) {
-        std::string out;
-        fs::remove(full("@/log"));
-        EXPECT_EQ(0, OV_instInitLogfile(full("@/log").c_str()));
-        const std::string err =
-            told([&] { out = printed([&] { OV_instProcessUpdate(line.c_str(), 200); }); });
-        return out + "|" + err + "|" + got("@/log");
+    const auto handle = [this](const std::string &line) { /* of a total of 200 */
+                                                          return shown([&] {
+                                                              OV_instProcessUpdate(line.c_str(),
+                                                                                   200);
+                                                          });
     };
-    expectRows(R"(
+    OV_instProcessUpdate(nullptr, 0);
+    expectRows(handle, R"(
         +25 a b               => Status: 12.50%\r||
         # Start installation  => Status: 12.50%\r||
                               => ||
@@ -28,23 +39,29 @@ TEST_F(StatusReader, AddsCountsAndTellsErrors)
         #log:x                => Status: 12.50%\r||
         0 Can't create file x => Status: 12.50%\r||
         175 without a sign    => Status:100.00%\r||
-        +100 c                => Status:150.00%\r||)",
-               row);
-    EXPECT_EQ("Status:100.00%\r", printed([] { OV_instProcessUpdate("+1 d", 0); }));
+        +100 c                => Status:150.00%\r||)");
+    EXPECT_EQ("Status:100.00%\r||", shown([] { OV_instProcessUpdate("+1 d", 0); }));
 }
 
-TEST_F(StatusReader, ReadsThePipeToItsEnd)
+/* A record too long for one piece, and what stands behind it; a child that did not finish. */
+TEST_F(StatusReader, ReadsThePipeToItsEndAndWaits)
 {
-    const std::string records = "+1 " + std::string(9000, 'x') + "\n-1 told\n+2 without an end";
-    int aEnds[2];
-    ASSERT_EQ(0, pipe(aEnds));
-    ASSERT_EQ(static_cast<ssize_t>(records.size()),
-              write(aEnds[1], records.data(), records.size()));
-    close(aEnds[1]);
-    std::string out;
-    EXPECT_EQ("Error: told\n",
-              told([&] { out = printed([&] { OV_instReadRecords(aEnds[0], 4); }); }));
-    EXPECT_EQ("Status: 25.00%\rStatus: 25.00%\rStatus: 25.00%\rStatus: 75.00%\r", out)
-        << "a long record in three pieces, and nothing behind it lost";
-    close(aEnds[0]);
+    for (const std::string last : {"+2 in half", OV_RECORD_COMPLETED}) {
+        const std::string records = "+1 " + std::string(9000, 'x') + "\n-1 told\n" + last;
+        const bool bFinished = last[0] == '#';
+        int aEnds[2];
+        ASSERT_EQ(0, pipe(aEnds));
+        const pid_t iChild = fork();
+        if (iChild == 0)
+            _exit(write(aEnds[1], records.data(), records.size()) < 0);
+        close(aEnds[1]);
+        const std::string quarter = "Status: 25.00%\r",
+                          lost = "Setup did not complete successfully\n";
+        EXPECT_EQ(quarter + quarter + quarter + (bFinished ? quarter : "Status: 75.00%\r") +
+                      "|Error: told\n" + (bFinished ? "" : lost) + "|told\n" +
+                      (bFinished ? "" : lost),
+                  shown([&] { OV_instReadRecords(aEnds[0], 4, iChild); }));
+        EXPECT_EQ(-1, kill(iChild, 0)) << "waited for";
+        close(aEnds[0]);
+    }
 }
