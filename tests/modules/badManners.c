@@ -2,7 +2,7 @@
  * installing process in the middle of its work. */
 #include <unistd.h>
 
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 
 double ModuleVersion = OV_MODULE_VERSION;
 

@@ -1,7 +1,7 @@
 /* A custom-function module that tells through the pipe and the log how it was called. */
 #include <string.h>
 
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 
 double ModuleVersion = OV_MODULE_VERSION;
 

@@ -1,5 +1,5 @@
 /* A custom-function module as setup wants it. */
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 
 double ModuleVersion = OV_MODULE_VERSION;
 

@@ -9,7 +9,7 @@
 #include "description/configLines.h"
 #include "description/packageLines.h"
 #include "description/scanner.h"
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/debugLevel.h"
 #include "ut/owned.h"

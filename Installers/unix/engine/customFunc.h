@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "description/model.h"
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 
 /* Runs the operation's function with the record, its module loaded on first use and initialised
  * before every one. Returns the function's result, or OV_INST_EXIT_SETUP with an error record in

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "description/model.h"
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 
 enum { OV_MAX_REMOVED_DIRS = 1000 };
 

@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 
 /* Adds one value; "%d" in pValue stands for the destination. Without any display only a warning is
  * written. 0, or OV_INST_ERROR. */

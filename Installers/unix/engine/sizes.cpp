@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <sys/statvfs.h>
 
-#include "engine/OVinstModule.h"
+#include "OVinstModule.h"
 #include "engine/configWalk.h"
 #include "engine/customFunc.h"
 #include "engine/selection.h"
