@@ -265,6 +265,19 @@ TEST(Options, OnlyRootMayInstallUnlessTold)
     EXPECT_EQ(medium.installed("a"), "a");
 }
 
+TEST(Options, WithoutCmdlineTheDialogsTakeOver)
+{
+    Medium medium;
+
+    medium.file("a", "a");
+    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
+    RunResult result = medium.run({"-noroot", "-dest", medium.dest});
+
+    EXPECT_EQ(result.iStatus, 1);
+    EXPECT_EQ(result.err, "Error: this setup has no dialogs yet, run it with -cmdline\n");
+    EXPECT_FALSE(std::filesystem::exists(medium.dest));
+}
+
 TEST(Options, DestinationWinsOverTheDescriptions)
 {
     Medium medium;
