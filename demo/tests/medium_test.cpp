@@ -160,43 +160,6 @@ static void walk(_OV_instCDinst *pRoot, int iId, std::set<std::string> *pPackage
     }
 }
 
-TEST_F(MediumTest, ThreeRootsReachEveryPackageAndIcon)
-{
-    Model model = readMedium();
-    ASSERT_TRUE(model);
-    std::set<std::string> all;
-
-    for (auto *pNode = model->pPackageHead; pNode; pNode = pNode->pNext)
-        all.insert(pNode->pPackage->pName);
-    const int aKinds[] = {OV_CONFIG_MAINDLG, OV_CONFIG_CUSDLG, OV_CONFIG_CUSDLG};
-    for (int iId = 1; iId <= 3; iId++) {
-        std::set<std::string> reached;
-        ASSERT_NO_FATAL_FAILURE(walk(model.get(), iId, &reached));
-        EXPECT_EQ(all, reached) << iId;
-        EXPECT_EQ(aKinds[iId - 1], OV_instGetConfigFromId(model.get(), iId)->iType);
-    }
-}
-
-TEST_F(MediumTest, BuilderRepeatsItselfAndSparesOtherDirectories)
-{
-    std::string build = word(MAKE_MEDIUM) + " --program " + word(s_medium + "/setup") +
-                        " --modules " + word(s_medium + "/SetupFiles") + " ";
-    std::string one = scratch + "/one", two = scratch + "/two";
-
-    for (const std::string &out : {one, one, two}) /* the second run replaces the first's */
-        ASSERT_EQ(0, system((build + out + " >/dev/null").c_str()));
-    EXPECT_EQ("", output("diff -r " + one + " " + two));
-    EXPECT_NE(std::string::npos,
-              fileText(one + "/cdinst.dat").find("\nInstallDirectory /usr/Orvane/\n"));
-
-    fs::create_directories(scratch + "/mine");
-    std::ofstream(scratch + "/mine/letter") << "dear";
-    EXPECT_NE(0, system((build + scratch + "/mine 2>/dev/null").c_str()));
-    EXPECT_EQ("dear", fileText(scratch + "/mine/letter"));
-    EXPECT_NE(0, system((build + "--program /nowhere " + two + " 2>/dev/null").c_str()));
-    EXPECT_TRUE(fs::exists(two + "/cdinst.dat"));
-}
-
 static std::string permissions(const std::string &path)
 {
     struct stat examined;

@@ -69,19 +69,3 @@ TEST_F(Installer, FailureIsSummedUpAtTheEnd)
     EXPECT_NE(std::string::npos, got("@/log").find("Error during the installation\n"));
     EXPECT_EQ(std::string::npos, got("@/log").find("Completed"));
 }
-
-TEST_F(Installer, BareForkGivesEachSideItsEnd)
-{
-    FILE *pStream = nullptr;
-    pid_t iChild = -1;
-    int iStatus = -1;
-    char caLine[80] = "";
-    ASSERT_EQ(0, OV_instInterfaceInstall(nullptr, "", &pStream, &iChild));
-    if (iChild == 0)
-        _exit(fputs("from the child", pStream) < 0 || fclose(pStream) != 0);
-    EXPECT_NE(nullptr, fgets(caLine, sizeof(caLine), pStream)) << "nobody else holds the other end";
-    EXPECT_STREQ("from the child", caLine);
-    fclose(pStream);
-    EXPECT_EQ(iChild, waitpid(iChild, &iStatus, 0)) << "the handler reaps nobody";
-    EXPECT_EQ(0, iStatus);
-}
