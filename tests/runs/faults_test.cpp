@@ -279,6 +279,27 @@ TEST(Faults, TarIsNotLedAstrayByUnlistedMembers)
     EXPECT_EQ(readFile(medium.scratch / "mine/tar"), "new"); /* root's own link is followed */
 }
 
+TEST(Faults, ManyDirectoriesBehindATrustedLink)
+{
+    Medium medium;
+    std::string members;
+
+    for (int i = 0; i < 100; i++) {
+        std::string name = "data/d" + std::to_string(i);
+        medium.file(name + "/f", "new");
+        members += " \"" + name + "/f\" 3";
+        std::filesystem::create_directories(medium.scratch / ("big/d" + std::to_string(i)));
+    }
+    must("cd " + medium.place +
+         " && tar -cf a.tar data/*/f"); /* no directories: tar would replace it */
+    medium.describe(onePackage("Untar \"a.tar\" 1" + members + "\n"));
+    std::filesystem::create_directories(medium.tree);
+    std::filesystem::create_symlink(medium.scratch / "big", medium.tree + "data");
+    EXPECT_EQ(medium.install().err, "");
+    for (int i = 0; i < 100; i++)
+        EXPECT_EQ(readFile(medium.scratch / ("big/d" + std::to_string(i) + "/f")), "new");
+}
+
 TEST(Faults, StrangersFilesAreReplacedNotFilled)
 {
     Medium medium;

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <memory>
 
@@ -186,11 +187,16 @@ int readCdinst(FILE *pFile, _OV_instCDinst *pRoot, void (*progress)(), int *piLi
 /* Only a plain file: a device may never end, and a pipe cannot be read again. */
 static FILE *openDescription(const char *pPath)
 {
+    OwnedFd file(open(pPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat info;
+    FILE *pFile;
 
-    if (stat(pPath, &info) < 0 || !S_ISREG(info.st_mode))
+    if (file.iFd < 0 || fstat(file.iFd, &info) < 0 || !S_ISREG(info.st_mode))
         return nullptr;
-    return fopen(pPath, "re");
+    pFile = fdopen(file.iFd, "r");
+    if (pFile)
+        (void)file.release(); /* the stream closes it */
+    return pFile;
 }
 
 _OV_instCDinst *OV_instReadCDinst(const char *pPath, void (*progress)())

@@ -12,7 +12,8 @@
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
-#include <unordered_set>
+#include <unordered_map>
+#include <vector>
 
 #include "engine/confined.h"
 #include "engine/fileOps.h"
@@ -224,6 +225,14 @@ static void waitForRoom(unsigned *piMicroseconds)
         *piMicroseconds *= 2;
 }
 
+/* Some file systems say "again" for themselves. */
+static bool isFull(int iPipe)
+{
+    struct pollfd pipeEnd = {iPipe, POLLOUT, 0};
+
+    return poll(&pipeEnd, 1, 0) == 0;
+}
+
 /* One block within the kernel where the file systems can do that. Results as above. */
 static ssize_t feedBlock(Feed *pFeed)
 {
@@ -233,7 +242,7 @@ static ssize_t feedBlock(Feed *pFeed)
     while (iDone < OV_COPY_BLOCK) {
         ssize_t iSent = sendfile(pFeed->iPipe, pFeed->iArchive, nullptr, OV_COPY_BLOCK - iDone);
 
-        if (iSent < 0 && errno == EAGAIN)
+        if (iSent < 0 && errno == EAGAIN && isFull(pFeed->iPipe))
             waitForRoom(&iPause);
         else if (iSent < 0 && errno == EPIPE)
             return pipeFailure(pFeed);
@@ -290,43 +299,63 @@ static std::string realPathOf(int iDirectory)
     return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(iDirectory), failed);
 }
 
-typedef std::unordered_set<std::string_view> SeenDirectories;
+/* Where an archive's members go. */
+struct Destinations {
+    const char *pDest;
+    OV_Confinement *pConfinement;
+    std::vector<std::string> allowed;                  /* real paths, each with a slash behind it */
+    std::unordered_map<std::string_view, bool> exists; /* directories below pDest that were tried */
+};
 
-/* Opens the directory below pDest, or the nearest one above it that exists and was not seen yet. -1
- * with errno 0 when all were seen. */
-static int openNearest(const char *pDest, std::string_view directory, SeenDirectories *pSeen)
+static bool isAllowed(const Destinations *pWhere, const std::string &directory)
 {
-    while (!directory.empty() && pSeen->insert(directory).second) {
-        OwnedText path(OV_instBuildPath(pDest, std::string(directory).c_str(), nullptr));
-        int iFd = path ? OV_instGuardedOpenDir(path.get()) : -1;
-        size_t iSlash = directory.rfind('/');
-
-        if (iFd >= 0 || errno != ENOENT)
-            return iFd;
-        directory = directory.substr(0, iSlash == std::string_view::npos ? 0 : iSlash);
-    }
-    errno = 0;
-    return -1;
+    for (const std::string &above : pWhere->allowed)
+        if (directory.compare(0, above.size(), above) == 0)
+            return true;
+    return false;
 }
 
-/* Finds where the members go: what a trusted link leads out of the destination to is written to as
- * well. False when a stranger's link is in the way, which tar would follow. */
+/* Looks at one directory; what a trusted link leads out of the destination to is written to as
+ * well. False when it cannot be: a stranger's link, which tar would follow, or too many places. */
+static bool allowDirectory(Destinations *pWhere, std::string_view directory, bool *pbExists)
+{
+    OwnedText path(OV_instBuildPath(pWhere->pDest, std::string(directory).c_str(), nullptr));
+    OwnedFd opened(path ? OV_instGuardedOpenDir(path.get()) : -1);
+
+    *pbExists = opened.iFd >= 0;
+    if (opened.iFd < 0)
+        return errno != ELOOP;
+    std::string real = realPathOf(opened.iFd) + "/";
+    if (isAllowed(pWhere, real))
+        return true;
+    pWhere->allowed.push_back(real);
+    return OV_instAllowBelow(pWhere->pConfinement, opened.release()) == 0;
+}
+
+/* All directories on the way to a member, from the top to the first that does not exist yet. */
+static bool allowMember(Destinations *pWhere, const char *pMember)
+{
+    for (const char *pSlash = strchr(pMember, '/'); pSlash; pSlash = strchr(pSlash + 1, '/')) {
+        std::string_view directory(pMember, static_cast<size_t>(pSlash - pMember));
+        auto [known, bNew] = pWhere->exists.emplace(directory, true);
+
+        if (bNew && !allowDirectory(pWhere, directory, &known->second))
+            return false;
+        if (!known->second)
+            break;
+    }
+    return true;
+}
+
 static bool allowMembers(const _OV_InstTar *pTar, const char *pDest, OV_Confinement *pConfinement)
 {
-    SeenDirectories seen;
-    std::string root = realPathOf(pConfinement->aDirs[0]) + "/";
+    Destinations where = {pDest, pConfinement, {realPathOf(pConfinement->aDirs[0]) + "/"}, {}};
 
-    for (int32_t i = 0; i < pTar->iCount; i++) {
-        const char *pMember = pTar->apMembers[i];
-        const char *pSlash = strrchr(pMember, '/');
-        size_t iLength = pSlash ? static_cast<size_t>(pSlash - pMember) : 0;
-
-        OwnedFd opened(openNearest(pDest, std::string_view(pMember, iLength), &seen));
-        if (opened.iFd < 0 && errno == ELOOP)
+    for (int32_t i = 0; i < pTar->iCount; i++)
+        if (!allowMember(&where, pTar->apMembers[i]))
             return false;
-        if (opened.iFd >= 0 && (realPathOf(opened.iFd) + "/").compare(0, root.size(), root) != 0)
-            OV_instAllowBelow(pConfinement, opened.release());
-    }
+    /* Without members nothing is known of trusted links in the way, which may be followed. */
+    pConfinement->bOff = pTar->iCount == 0;
     return true;
 }
 
@@ -345,7 +374,7 @@ static int startCommand(Feed *pFeed, const char *pDest, OV_Confinement *pConfine
         OV_instSendUpdate(pFeed->pStream, "-1 Can't change directory to: %s\n", pDest);
         return 1;
     }
-    OV_instAllowBelow(pConfinement, iDirectory);
+    (void)OV_instAllowBelow(pConfinement, iDirectory); /* the first one fits */
     if (allowMembers(pFeed->pTar, pDest, pConfinement))
         pFeed->iPipe =
             OV_instStartConfined(pFeed->pCommand, iDirectory, pConfinement, &pFeed->iCommand);

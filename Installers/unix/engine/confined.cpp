@@ -22,14 +22,14 @@ static const uint64_t s_ulWriting =
     LANDLOCK_ACCESS_FS_MAKE_SOCK | LANDLOCK_ACCESS_FS_MAKE_FIFO | LANDLOCK_ACCESS_FS_MAKE_BLOCK |
     LANDLOCK_ACCESS_FS_MAKE_SYM | s_ulRefer;
 
-void OV_instAllowBelow(OV_Confinement *pConfinement, int iDirectory)
+int OV_instAllowBelow(OV_Confinement *pConfinement, int iDirectory)
 {
-    if (iDirectory < 0)
-        return;
-    if (pConfinement->iDirs < OV_CONFINED_MOST)
+    if (pConfinement->iDirs < OV_CONFINED_MOST) {
         pConfinement->aDirs[pConfinement->iDirs++] = iDirectory;
-    else
-        (void)close(iDirectory); /* a path descriptor */
+        return 0;
+    }
+    (void)close(iDirectory); /* a path descriptor */
+    return -1;
 }
 
 void OV_instReleaseConfinement(OV_Confinement *pConfinement)
@@ -52,6 +52,8 @@ static void confine(const OV_Confinement *pConfinement)
 {
     struct landlock_ruleset_attr attributes = {};
 
+    if (pConfinement->bOff)
+        return;
     if (syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION) <
         LANDLOCK_NEEDED)
         return;

@@ -12,14 +12,17 @@ enum { OV_CONFINED_MOST = 64 };
 struct OV_Confinement {
     int aDirs[OV_CONFINED_MOST]; /* opened; closed by OV_instReleaseConfinement */
     int iDirs;
+    bool bOff; /* the command may write wherever it can */
 };
 
-/* Adds an opened directory, which is taken over; one too many is closed and left out. */
-void OV_instAllowBelow(OV_Confinement *pConfinement, int iDirectory);
+/* Adds an opened directory, which is taken over. 0, or -1 when there are too many: it is closed,
+ * and the command had better not be started. */
+int OV_instAllowBelow(OV_Confinement *pConfinement, int iDirectory);
 void OV_instReleaseConfinement(OV_Confinement *pConfinement);
 
 /* Starts "sh -c COMMAND" in the directory iWorking, its input coming from a pipe whose other end is
- * the result (close-on-exec). The command ends with its starter. -1 with errno set. */
+ * the result (close-on-exec). The shell ends with its starter, and what it started when it has read
+ * what the pipe still holds. -1 with errno set. */
 int OV_instStartConfined(const char *pCommand, int iWorking, const OV_Confinement *pConfinement,
                          pid_t *piCommand);
 

@@ -1,11 +1,13 @@
 #include "engine/installer.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "engine/driver.h"
@@ -226,9 +228,13 @@ void OV_instChildHandler(int iSignal)
 
 static int followRun(pid_t iChild, OwnedFile *pRead, OwnedFile *pWrite)
 {
+    int bGone;
+
     pWrite->reset();
-    OV_instReadRecords(fileno(pRead->get()), GetProgressBarTotalSize(), iChild);
-    pRead->reset();
+    bGone = OV_instReadRecords(fileno(pRead->get()), GetProgressBarTotalSize(), iChild);
+    pRead->reset(); /* first: a child that is still writing must not wait for us */
+    while (!bGone && waitpid(iChild, nullptr, 0) < 0 && errno == EINTR)
+        ;
     printf("\n");
     (void)fflush(stdout);
     return 0;

@@ -107,7 +107,7 @@ static void tellUnfinished()
     (void)OV_instUpdateLogfile("%s", s_caText); /* the log is optional */
 }
 
-void OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild)
+int OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild)
 {
     OV_RecordSplitter splitter = OV_instNewSplitter(RECORD_LIMIT);
     RunStatus status = {ulTotal, false};
@@ -126,8 +126,7 @@ void OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild)
     }
     OV_instSplitRest(&splitter, onRecord, &status);
     OV_instFreeSplitter(&splitter);
-    while (!bGone && waitpid(iChild, nullptr, 0) < 0 && errno == EINTR)
-        ;
     if (!status.bCompleted)
         tellUnfinished();
+    return bGone;
 }

@@ -10,9 +10,9 @@
  * with a total of 0 starts anew. */
 void OV_instProcessUpdate(const char *pLine, uint64_t ulTotal);
 
-/* Handles records until the pipe's end, and waits for the child. Everything that has arrived is
- * handled before waiting again, so that the status is never late. A child that ends before its
- * completion marker is told on standard error and in the log. */
-void OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild);
+/* Handles records until the pipe's end. Everything that has arrived is handled before waiting
+ * again, so that the status is never late. A child that ends before its completion marker is told
+ * on standard error and in the log. 1 when the child has already been waited for, else 0. */
+int OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild);
 
 #endif
