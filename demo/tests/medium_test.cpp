@@ -134,32 +134,6 @@ TEST_F(MediumTest, HoldsEveryKindOfEverything)
     EXPECT_LT(1, users[OV_instGetPackageFromName(model.get(), "headers")]);
 }
 
-/* Walks a configuration; collects the packages of its suites. */
-static void walk(_OV_instCDinst *pRoot, int iId, std::set<std::string> *pPackages)
-{
-    const _OV_InstConfigList *pConfig = OV_instGetConfigFromId(pRoot, iId);
-    int32_t iMost = 0;
-
-    ASSERT_TRUE(pConfig) << iId;
-    if (pConfig->pIcon) {
-        void *pModule =
-            dlopen((s_medium + "/SetupFiles/" + pConfig->pIcon->pIcon1).c_str(), RTLD_LAZY);
-        ASSERT_TRUE(pModule) << dlerror();
-        EXPECT_TRUE(dlsym(pModule, pConfig->pIcon->pIcon2)) << pConfig->pIcon->pIcon2;
-        dlclose(pModule);
-    }
-    if (pConfig->iType == OV_CONFIG_SUITE) {
-        auto *pChoice = static_cast<const _OV_InstSuiteChoice *>(pConfig->pData);
-        for (auto *pNode = pChoice->pSuite->pPackHead; pNode; pNode = pNode->pNext)
-            pPackages->insert(pNode->pPackage->pName);
-    }
-    const int32_t *aChildren = OV_instGetConfigChildren(pConfig, &iMost);
-    for (int i = 0; i < iMost && aChildren[i] > 0; i++) {
-        EXPECT_GT(aChildren[i], iId);
-        walk(pRoot, aChildren[i], pPackages);
-    }
-}
-
 static std::string permissions(const std::string &path)
 {
     struct stat examined;
