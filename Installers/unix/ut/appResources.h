@@ -1,0 +1,13 @@
+/* The application towards the toolkit: how it is opened, and how all its dialogs look. */
+#ifndef OVINST_UT_APPRESOURCES_H
+#define OVINST_UT_APPRESOURCES_H
+
+#include <X11/Intrinsic.h>
+
+/* Opens the display that the arguments or DISPLAY name, in an application context of its own, and
+ * makes the application's shell, with the looks below the user's resources and the converters
+ * registered. The toolkit's options are taken out of the arguments. Null, without a message, when
+ * the display cannot be opened. Each process of a run calls it once. */
+Widget OV_instOpenApplication(int *piArgc, char **apArgv);
+
+#endif

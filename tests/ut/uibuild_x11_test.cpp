@@ -1,0 +1,329 @@
+#include <gtest/gtest.h>
+
+#include <X11/Xatom.h>
+
+#include "support.h"
+#include "ut/bxutils.h"
+#include "ut/display.h"
+#include "ut/frameClose.h"
+#include "ut/looks.h"
+#include "ut/uibuild.h"
+
+struct Uibuild : OnDisplay {
+};
+
+static std::string s_calls;
+
+static void noteCall(Widget widget, XtPointer data, XtPointer)
+{
+    s_calls += std::string(XtName(widget)) + (data ? "! " : " ");
+}
+
+static const OV_WidgetRow s_aRows[] = {
+    {"dsFolderDlg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
+    {"mbFolderDlg", "dsFolderDlg", &xmMessageBoxWidgetClass, UI_SET("okLabelString", "Continue")},
+    {"foFolderDlg", "mbFolderDlg", &xmFormWidgetClass, ""},
+    {"laFolderDlg", "foFolderDlg", &xmLabelWidgetClass,
+     UI_TEXT(":::t\"Folder: \\\"here\\\"\"\"C:\\\\new\"") UI_TOP UI_LEFT},
+    {"tfFolderDlg", "foFolderDlg", &xmTextFieldWidgetClass, UI_BELOW("laFolderDlg") UI_LEFT},
+    {"pbFolderBrowse", "foFolderDlg", &xmPushButtonWidgetClass,
+     UI_TEXT("Browse...") UI_LEVEL_WITH("tfFolderDlg") UI_RIGHT_OF("tfFolderDlg")},
+    {"laValue", "foFolderDlg", &xmLabelGadgetClass,
+     UI_SET("labelString", "a: b") UI_BELOW("tfFolderDlg") UI_FLUSH_LEFT("tfFolderDlg")},
+    {nullptr, nullptr, nullptr, nullptr},
+};
+
+static const OV_CallbackRow s_aCallbacks[] = {
+    {"mbFolderDlg", XmNokCallback, noteCall},
+    {"mbFolderDlg", XmNcancelCallback, noteCall},
+    {"pbFolderBrowse", XmNactivateCallback, noteCall},
+    {nullptr, nullptr, nullptr},
+};
+
+TEST_F(Uibuild, RowsBecomeWidgets)
+{
+    Widget dialog = OV_instBuildDialog(parent, s_aRows, s_aCallbacks);
+    std::vector<Widget> made;
+
+    ASSERT_TRUE(dialog);
+    EXPECT_FALSE(XtIsManaged(dialog));
+    for (const OV_WidgetRow *pRow = s_aRows + 1; pRow->pName; pRow++) {
+        Widget widget = OV_instFindWidget(dialog, pRow->pName);
+        ASSERT_TRUE(widget) << pRow->pName;
+        EXPECT_STREQ(pRow->pParent, XtName(XtParent(widget)));
+        EXPECT_EQ(*pRow->ppClass, XtClass(widget)) << pRow->pName;
+        EXPECT_EQ(widget != dialog, XtIsManaged(widget)) << pRow->pName;
+    }
+    EXPECT_EQ(parent, XtParent(XtParent(dialog)));
+    EXPECT_STREQ("ORVANE|Setup", resourceOf<char *>(XtParent(dialog), XmNtitle));
+    EXPECT_EQ("L 'Continue'", shownBy(dialog, XmNokLabelString));
+    EXPECT_EQ("L 'Folder: \"here\"' / 'C:\\new'",
+              shownBy(OV_instFindWidget(dialog, "laFolderDlg")));
+    EXPECT_EQ("L 'a: b'", shownBy(OV_instFindWidget(dialog, "laValue")));
+    EXPECT_TRUE(resourceOf<Boolean>(XtParent(dialog), XmNallowShellResize));
+    EXPECT_FALSE(resourceOf<Boolean>(dialog, XmNautoUnmanage));
+    EXPECT_FALSE(XtIsManaged(XmMessageBoxGetChild(dialog, XmDIALOG_MESSAGE_LABEL)));
+
+    XtManageChild(dialog);
+    runFor(application, 20);
+    Widget field = OV_instFindWidget(dialog, "tfFolderDlg");
+    Widget browse = OV_instFindWidget(dialog, "pbFolderBrowse");
+    for (const char *pSame : {XmNy, XmNheight})
+        EXPECT_EQ(resourceOf<Position>(field, pSame), resourceOf<Position>(browse, pSame)) << pSame;
+    EXPECT_GT(resourceOf<Position>(browse, XmNx), resourceOf<Dimension>(field, XmNwidth));
+    XtDestroyWidget(XtParent(dialog));
+}
+
+TEST_F(Uibuild, CallbacksAreFoundByNameAndDialogsStay)
+{
+    Widget dialog = OV_instBuildDialog(parent, s_aRows, s_aCallbacks);
+    Widget browse = OV_instFindWidget(dialog, "pbFolderBrowse");
+
+    s_calls.clear();
+    XtManageChild(dialog);
+    runFor(application, 20);
+    EXPECT_TRUE(OV_instActivateButton(browse));
+    pressKey(XtParent(dialog), XK_Return);
+    pressKey(XtParent(dialog), XK_Escape);
+    runFor(application, 50);
+    EXPECT_EQ("pbFolderBrowse mbFolderDlg mbFolderDlg ", s_calls);
+    EXPECT_TRUE(XtIsManaged(dialog));
+
+    /* closing: Cancel; without it OK; a button of the dialog's own where it says so */
+    s_calls.clear();
+    XtAddCallback(dialog, XmNokCallback, noteCall, dialog);
+    closeFrame(XtParent(dialog));
+    runFor(application, 20);
+    EXPECT_EQ("mbFolderDlg ", s_calls);
+    XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_CANCEL_BUTTON));
+    closeFrame(XtParent(dialog));
+    runFor(application, 20);
+    EXPECT_EQ("mbFolderDlg mbFolderDlg mbFolderDlg! ", s_calls);
+    OV_instHandleFrameClose(dialog, "pbFolderBrowse");
+    closeFrame(XtParent(dialog));
+    runFor(application, 20);
+    EXPECT_EQ("mbFolderDlg mbFolderDlg mbFolderDlg! pbFolderBrowse ", s_calls);
+    XtSetSensitive(browse, False);
+    closeFrame(XtParent(dialog));
+    runFor(application, 20);
+    EXPECT_EQ("mbFolderDlg mbFolderDlg mbFolderDlg! pbFolderBrowse ", s_calls);
+    EXPECT_EQ(0, OV_instActivateButton(browse));
+    EXPECT_TRUE(XtIsManaged(dialog));
+    XtDestroyWidget(XtParent(dialog));
+}
+
+/* A dialog opened from another may use the same names. */
+TEST_F(Uibuild, LooksStayWithTheirDialog)
+{
+    static const OV_WidgetRow s_aOuter[] = {
+        {"dsAsk", nullptr, &xmDialogShellWidgetClass, ""},
+        {"mbAsk", "dsAsk", &xmMessageBoxWidgetClass, ""},
+        {"form", "mbAsk", &xmFormWidgetClass, ""},
+        {"label", "form", &xmLabelWidgetClass, UI_TEXT("outer") UI_SET("marginWidth", "7")},
+        {nullptr, nullptr, nullptr, nullptr},
+    };
+    static const OV_WidgetRow s_aInner[] = {
+        {"dsAskConfirm", nullptr, &xmDialogShellWidgetClass, ""},
+        {"mbAskConfirm", "dsAskConfirm", &xmMessageBoxWidgetClass, ""},
+        {"form", "mbAskConfirm", &xmFormWidgetClass, ""},
+        {"label", "form", &xmLabelWidgetClass, UI_TEXT("inner")},
+        {nullptr, nullptr, nullptr, nullptr},
+    };
+    static const OV_WidgetRow s_aPart[] = {
+        {"part", nullptr, &xmFormWidgetClass, ""},
+        {"label", "part", &xmLabelWidgetClass, UI_TEXT("part")},
+        {nullptr, nullptr, nullptr, nullptr},
+    };
+
+    for (int i = 0; i < 2; i++) { /* the second time the looks are there already */
+        Widget outer = OV_instBuildDialog(parent, s_aOuter, nullptr);
+        Widget inner = OV_instBuildDialog(XtParent(outer), s_aInner, nullptr);
+        EXPECT_EQ("L 'outer'", shownBy(OV_instFindWidget(outer, "label")));
+        EXPECT_EQ("L 'inner'", shownBy(OV_instFindWidget(inner, "label")));
+        EXPECT_NE(7, resourceOf<Dimension>(OV_instFindWidget(inner, "label"), XmNmarginWidth));
+        Widget part = OV_instBuildDialog(OV_instFindWidget(outer, "form"), s_aPart, nullptr);
+        EXPECT_STREQ("part", XtName(part));
+        EXPECT_FALSE(XtIsManaged(part));
+        EXPECT_EQ("L 'part'", shownBy(XtNameToWidget(part, "label")));
+        XtDestroyWidget(XtParent(outer));
+    }
+}
+
+TEST_F(Uibuild, TablesOfFortyRows)
+{
+    std::vector<std::string> names;
+    std::vector<OV_WidgetRow> rows = {s_aRows[0], s_aRows[1], s_aRows[2]};
+
+    for (int i = 0; i < 45; i++)
+        names.push_back("la" + std::to_string(i));
+    for (const std::string &name : names)
+        rows.push_back({name.c_str(), "foFolderDlg", &xmLabelWidgetClass, ""});
+    rows.push_back({});
+    Widget dialog = OV_instBuildDialog(parent, rows.data(), nullptr);
+    EXPECT_TRUE(OV_instFindWidget(dialog, "la44"));
+    XtDestroyWidget(XtParent(dialog));
+}
+
+TEST_F(Uibuild, TablesThatContradictThemselvesEndTheProcess)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const OV_WidgetRow shell = s_aRows[0];
+    const OV_WidgetRow box = s_aRows[1];
+    const OV_WidgetRow end = {};
+    const OV_WidgetRow aOrphan[] = {shell, {"x", "later", &xmFormWidgetClass, ""}, end};
+    const OV_WidgetRow aHeadless[] = {shell, {"x", nullptr, &xmFormWidgetClass, ""}, end};
+    const OV_WidgetRow aRooted[] = {box, end};
+    const OV_WidgetRow aTwice[] = {
+        shell, box, {"mbFolderDlg", "mbFolderDlg", &xmFormWidgetClass, ""}, end};
+    const OV_WidgetRow aLook[] = {shell, {"x", "dsFolderDlg", &xmFormWidgetClass, "width 5"}, end};
+    const OV_CallbackRow aNobody[] = {{"nobody", XmNokCallback, noteCall}, {}};
+    const OV_CallbackRow aReason[] = {{"foFolderDlg", XmNokCallback, noteCall}, {}};
+
+    for (const OV_WidgetRow *aRows : {aOrphan, aHeadless, aRooted, aTwice, aLook})
+        EXPECT_EXIT(OV_instBuildDialog(parent, aRows, nullptr), testing::ExitedWithCode(1),
+                    "Error: dialog table, ");
+    for (const OV_CallbackRow *aCallbacks : {aNobody, aReason})
+        EXPECT_EXIT(OV_instBuildDialog(parent, s_aRows, aCallbacks), testing::ExitedWithCode(1),
+                    "Error: dialog table, (nobody|foFolderDlg)");
+}
+
+/* An application of its own with one more resource line, and the sample dialog in it. */
+struct Application {
+    Widget shell = nullptr;
+    Widget dialog = nullptr;
+
+    explicit Application(const char *pLine = nullptr)
+    {
+        char *apArgs[] = {(char *)"setup", (char *)"-xrm", (char *)pLine, nullptr};
+        int iArgs = pLine ? 3 : 1;
+
+        shell = OV_instOpenApplication(&iArgs, apArgs);
+        dialog = OV_instBuildDialog(OV_instCreateMainTopLevelShell(shell), s_aRows, nullptr);
+    }
+    Application(const Application &) = delete;
+    Application &operator=(const Application &) = delete;
+    ~Application()
+    {
+        /* the display stays open: the toolkit's font cache outlives it */
+        OV_instCreateMainTopLevelShell(testApplication());
+        OV_instStartLooks(XtDisplay(testApplication()));
+    }
+    Widget operator[](const char *pName) const { return OV_instFindWidget(dialog, pName); }
+};
+
+static Pixel colour(Widget widget, const char *pName)
+{
+    Boolean ok = False;
+
+    return (Pixel)CONVERT(widget, pName, XmRPixel, sizeof(Pixel), &ok);
+}
+
+static std::string backgroundOf(Widget widget)
+{
+    for (const char *pName : {"red", "#eff0f1", "white", "#fcfcfc"}) {
+        if (resourceOf<Pixel>(widget, XmNbackground) == colour(widget, pName))
+            return pName;
+    }
+    return "another";
+}
+
+TEST_F(Uibuild, UsersResourcesWin)
+{
+    /* the line, then the backgrounds of field, button and label */
+    const std::vector<std::string> rows[] = {
+        {"*none: x", "white", "#fcfcfc", "#eff0f1"},
+        {"*background: red", "red", "red", "red"},
+        {"*Background: red", "red", "red", "red"},
+        {"setup*background: red", "red", "red", "red"},
+        {"other*background: red", "white", "#fcfcfc", "#eff0f1"},
+        {"*XmTextField.background: red", "red", "#fcfcfc", "#eff0f1"},
+        {"*foFolderDlg*background: red", "red", "red", "red"},
+        {"*dsFolderDlg*pbFolderBrowse.background: red", "white", "red", "#eff0f1"},
+    };
+
+    for (const auto &row : rows) {
+        Application user(row[0].c_str());
+        EXPECT_EQ(row[1], backgroundOf(user["tfFolderDlg"])) << row[0];
+        EXPECT_EQ(row[2], backgroundOf(user["pbFolderBrowse"])) << row[0];
+        EXPECT_EQ(row[3], backgroundOf(user["laFolderDlg"])) << row[0];
+    }
+    for (const char *pLine :
+         {"*dsFolderDlg*pbFolderBrowse.labelString: Mine", "*pbFolderBrowse.labelString: Mine",
+          "setup.TopLevelShell.dsFolderDlg*labelString: Mine", "*XmPushButton.labelString: Mine"}) {
+        Application user(pLine);
+        EXPECT_EQ("L 'Mine'", shownBy(user["pbFolderBrowse"])) << pLine;
+    }
+    { /* what the program's logic rests on is not for resources to say */
+        Application user("*autoUnmanage: True");
+        EXPECT_FALSE(resourceOf<Boolean>(user.dialog, XmNautoUnmanage));
+    }
+}
+
+TEST_F(Uibuild, UsersResourcesMayComeFromAnywhere)
+{
+    Scratch scratch;
+    Window root = RootWindowOfScreen(XtScreen(application));
+    const std::string text = "*pbFolderBrowse.background: red\n";
+
+    writeFile(scratch / "more", text);
+    setenv("XENVIRONMENT", (scratch / "more").c_str(), 1);
+    EXPECT_EQ("red", backgroundOf(Application()["pbFolderBrowse"]));
+    unsetenv("XENVIRONMENT");
+
+    const std::string home = getenv("HOME") ? getenv("HOME") : "";
+    writeFile(scratch / ".Xdefaults", text);
+    setenv("HOME", scratch.path.c_str(), 1);
+    EXPECT_EQ("red", backgroundOf(Application()["pbFolderBrowse"]));
+    setenv("HOME", home.c_str(), 1);
+
+    XChangeProperty(XtDisplay(application), root, XA_RESOURCE_MANAGER, XA_STRING, 8,
+                    PropModeReplace, (const unsigned char *)text.data(), (int)text.size());
+    XSync(XtDisplay(application), False);
+    EXPECT_EQ("red", backgroundOf(Application()["pbFolderBrowse"]));
+    XDeleteProperty(XtDisplay(application), root, XA_RESOURCE_MANAGER);
+    XSync(XtDisplay(application), False);
+}
+
+/* The width of a text in the label's fonts. */
+static int widthOfText(Widget label, const char *pText)
+{
+    XmString text = StringToXmString(pText);
+    XmRenderTable table = resourceOf<XmRenderTable>(label, XmNrenderTable);
+    int iWidth = XmStringWidth(table, text);
+
+    XmStringFree(text);
+    return iWidth;
+}
+
+TEST_F(Uibuild, LengthsAndFontsGrowWithTheDots)
+{
+    Application usual("Xft.dpi: 96");
+    const int iUsual = widthOfText(usual["laFolderDlg"], "Destination");
+    EXPECT_EQ(12, resourceOf<Dimension>(usual["pbFolderBrowse"], XmNmarginWidth));
+    EXPECT_EQ(10, OV_instScaleLength(XtDisplay(usual.shell), 10));
+    EXPECT_LT(iUsual, widthOfText(usual["laFolderDlg"], "#bold\"Destination\""));
+    EXPECT_LT(iUsual + 10, widthOfText(usual["laFolderDlg"], "#title\"Destination\""));
+    {
+        Application fine("Xft.dpi: 192");
+        EXPECT_EQ(24, resourceOf<Dimension>(fine["pbFolderBrowse"], XmNmarginWidth));
+        EXPECT_NEAR(2 * iUsual, widthOfText(fine["laFolderDlg"], "Destination"), iUsual / 5);
+    }
+    Application larger("*renderTable.fontSize: 20"); /* one of our lines replaced, the rest kept */
+    EXPECT_NEAR(2 * iUsual, widthOfText(larger["laFolderDlg"], "Destination"), iUsual / 5);
+}
+
+TEST_F(Uibuild, UsersFontListReplacesOurFonts)
+{
+    for (const char *pLine : {"*fontList: fixed", "*XmLabel.FontList: fixed"}) {
+        Application user(pLine);
+        EXPECT_EQ(11 * 6, widthOfText(user["laFolderDlg"], "Destination")) << pLine;
+    }
+}
+
+TEST(OpenApplication, NoDisplayIsNoError)
+{
+    char *apArgs[] = {(char *)"setup", (char *)"-display", (char *)":nowhere", nullptr};
+    int iArgs = 3;
+
+    EXPECT_EQ(nullptr, OV_instOpenApplication(&iArgs, apArgs));
+}
