@@ -2,7 +2,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "dialogs/sequence.h"
 #include "engine/startup.h"
 
 int main(int argc, char **argv)
@@ -14,5 +13,8 @@ int main(int argc, char **argv)
     (void)setlocale(LC_CTYPE, "");
     OV_instPrepareEnvironment();
     OV_instProcessArgs(argc, argv, &pDescription, &pDestination); /* returns for the dialogs only */
-    return OV_instStartDialogs(argc, argv, pDescription, pDestination);
+    free(pDescription);
+    free(pDestination);
+    fputs("Error: this setup has no dialogs yet, run it with -cmdline\n", stderr);
+    return 1;
 }

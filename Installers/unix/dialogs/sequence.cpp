@@ -1,12 +1,96 @@
 #include "dialogs/sequence.h"
 
-#include <cstdio>
 #include <cstdlib>
 
-int OV_instStartDialogs(int, char **, char *pDescription, char *pDestination)
+#include <Xm/MessageB.h>
+#include <Xm/Xm.h>
+
+#include "dialogs/Custom.h"
+#include "dialogs/MainDlg.h"
+#include "engine/selection.h"
+#include "engine/setupState.h"
+#include "ut/messageBox.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+enum { FIRST_CONFIG = 1 };
+
+int OV_instInstallationMode = 0;
+
+static _OV_InstConfigList *configOf(XtPointer pConfig)
 {
-    free(pDescription);
-    free(pDestination);
-    fputs("Error: this setup has no dialogs yet, run it with -cmdline\n", stderr);
-    return 1;
+    return static_cast<_OV_InstConfigList *>(pConfig);
+}
+
+static void takeDown(Widget widget)
+{
+    if (widget)
+        XtDestroyWidget(OV_instGetShell(widget));
+}
+
+static void showMainDlg(_OV_InstConfigList *pConfig)
+{
+    Widget dialog = CreatembMainDlg(OV_instGetMainTopLevelShell());
+
+    OV_instUISetMainDlg(dialog, pConfig);
+    XtManageChild(dialog);
+}
+
+void OV_instSetWindowTitle(Widget widget)
+{
+    OwnedText title(OV_instStrPrint("%s setup", OV_instGetProductName()));
+    Widget shell = OV_instGetShell(widget);
+
+    if (shell)
+        XtVaSetValues(shell, XmNtitle, title ? title.get() : "", nullptr);
+}
+
+void OV_instConfigureMainDlgCB(Widget widget, XtPointer pConfig, XtPointer)
+{
+    takeDown(widget);
+    configOf(pConfig)->pParent = OV_InstGetLastConfig(); /* by it Cancel is labelled and works */
+    showMainDlg(configOf(pConfig));
+}
+
+void OV_instConfigureCustomDlgCB(Widget widget, XtPointer pConfig, XtPointer)
+{
+    Widget dialog;
+
+    takeDown(widget);
+    dialog = CreatembCustom(OV_instGetMainTopLevelShell());
+    if (OV_instInstallationMode != 1)
+        XtUnmanageChild(OV_instFindWidget(dialog, "foCustomComponentCount"));
+    configOf(pConfig)->pParent = OV_InstGetLastConfig();
+    OV_instUISetCustomDlg(configOf(pConfig));
+    XtManageChild(dialog);
+}
+
+void _DisplayPreviousDlg(Widget widget)
+{
+    _OV_InstConfigList *pLast = OV_InstGetLastConfig();
+    _OV_InstConfigList *pParent = pLast ? pLast->pParent : nullptr;
+
+    if (!pParent)
+        return;
+    if (pParent->iType == OV_CONFIG_MAINDLG) {
+        takeDown(widget);
+        showMainDlg(pParent);
+    } else if (pParent->iType == OV_CONFIG_CUSDLG) {
+        OV_instUISetCustomDlg(pParent);
+    }
+}
+
+void OV_instShowFirstMainDlg()
+{
+    _OV_InstConfigList *pFirst = OV_instGetConfigFromId(CDInstPtr, FIRST_CONFIG);
+
+    if (!pFirst) {
+        (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(),
+                                        "Error: invalid or incomplete setup configuration file",
+                                        "Exit Setup", nullptr, nullptr);
+        exit(1);
+    }
+    pFirst->pParent = nullptr;
+    showMainDlg(pFirst);
 }

@@ -1,0 +1,11 @@
+/* Choosing the destination directory. */
+#ifndef OVINST_DIALOGS_CHANGEDESTINATION_H
+#define OVINST_DIALOGS_CHANGEDESTINATION_H
+
+#include <X11/Intrinsic.h>
+
+/* Opens the browser over a dialog's shell and returns when it has been answered; the root
+ * destination is then what the user chose, or as it was. */
+void OV_instChangeDestination(Widget parent);
+
+#endif

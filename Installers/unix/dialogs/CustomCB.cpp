@@ -1,0 +1,299 @@
+#include "dialogs/Custom.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include <Xm/MessageB.h>
+#include <Xm/ToggleB.h>
+
+#include "dialogs/Maintenance.h"
+#include "dialogs/sequence.h"
+#include "dialogs/wrappedLabel.h"
+#include "engine/configWalk.h"
+#include "engine/moveFiles.h"
+#include "engine/preInstall.h"
+#include "engine/selection.h"
+#include "engine/setupState.h"
+#include "engine/sizes.h"
+#include "ut/bxutils.h"
+#include "ut/uiut.h"
+
+/* The dialog in use, and what was counted. The names of the counters are the wrong way round: what
+ * is newly chosen is counted in iRemove. */
+static struct {
+    Widget dialog; /* null when there is none */
+    int iAdd;
+    int iRemove;
+} s_custom;
+
+static void forget(Widget dialog, XtPointer, XtPointer)
+{
+    if (s_custom.dialog == dialog)
+        s_custom.dialog = nullptr;
+}
+
+void OV_instCustomUse(Widget dialog)
+{
+    s_custom = {dialog, 0, 0};
+    XtAddCallback(dialog, XmNdestroyCallback, forget, nullptr);
+}
+
+static Widget find(const char *pName)
+{
+    return OV_instFindWidget(s_custom.dialog, pName);
+}
+
+/* ---- counting ---- */
+
+static void showCounts()
+{
+    OV_instSetLiteralLabel(find("laCustomRequiredValue1"),
+                           std::to_string(s_custom.iRemove).c_str());
+    OV_instSetLiteralLabel(find("laCustomAvailableValue1"), std::to_string(s_custom.iAdd).c_str());
+}
+
+static void countSuite(const _OV_InstConfigList *pSuite, const _OV_InstConfigList *pChanged)
+{
+    const bool bGroupCleared = pChanged && pChanged->iType == OV_CONFIG_CUSDLG &&
+                               !pChanged->iSelected && pChanged->iInstalled;
+
+    if (bGroupCleared) { /* every installed suite, in the group or not: meant so */
+        s_custom.iAdd += pSuite->iInstalled ? 1 : 0;
+        return;
+    }
+    if (pSuite->iSelected != pSuite->iInstalled)
+        (pSuite->iSelected ? s_custom.iRemove : s_custom.iAdd)++;
+}
+
+void OV_instCustomUpdate(_OV_InstConfigList *pConfig, const _OV_InstConfigList *pChanged)
+{
+    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
+
+    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get()))
+        if (pVisit->pConfig->iType == OV_CONFIG_SUITE)
+            countSuite(pVisit->pConfig, pChanged);
+    if (pConfig && pConfig->iType == OV_CONFIG_CUSDLG)
+        showCounts();
+}
+
+void OV_instCustomUpdateReset()
+{
+    s_custom.iAdd = s_custom.iRemove = 0;
+}
+
+void OV_instCustomAddRemoveUpdate(_OV_InstConfigList *pConfig)
+{
+    OV_instCustomUpdateReset();
+    OV_instCustomUpdate(pConfig, pConfig);
+}
+
+void OV_instCustomUpdateSpaceFields()
+{
+    char caAvailable[OV_SIZE_TEXT] = "";
+    char caRequired[OV_SIZE_TEXT] = "";
+
+    OV_instGetFreeSpaceString(OV_instGetDestinationDirectory(), caAvailable);
+    OV_instSetLiteralLabel(find("laCustomAvailableValue"), caAvailable);
+    OV_instGetRequiredSpaceString(CDInstPtr, OV_InstGetLastConfig(), caRequired);
+    OV_instSetLiteralLabel(find("laCustomRequiredValue"), caRequired);
+}
+
+/* ---- filling ---- */
+
+/* The counts do not depend on how far the rows are made, so they are taken once, behind them. */
+static void fillOptions(_OV_InstConfigList *pConfig)
+{
+    OV_instCustomFillOptions(s_custom.dialog, pConfig);
+    OV_instCustomAddRemoveUpdate(pConfig);
+}
+
+void OV_instUISetCustomDlg(_OV_InstConfigList *pConfig)
+{
+    const char *pRoot = OV_instGetRootDestinationDirectory();
+
+    OV_instSetLastDlg(pConfig);
+    if (!s_custom.dialog)
+        return;
+    fillOptions(pConfig);
+    XtUnmanageChild(XmMessageBoxGetChild(s_custom.dialog, XmDIALOG_HELP_BUTTON));
+    OV_instUpdateLabelString(XmMessageBoxGetChild(s_custom.dialog, XmDIALOG_OK_BUTTON), "Continue");
+    OV_instSetLiteralLabel(find("laCustomFolderPath"), pRoot ? pRoot : "");
+    OV_instCustomUpdateSpaceFields();
+}
+
+static const char *descriptionOf(const _OV_InstConfigList *pChild)
+{
+    const char *pText = nullptr;
+
+    if (pChild->pData && pChild->iType == OV_CONFIG_CUSDLG)
+        pText = static_cast<const _OV_InstCusDlg *>(pChild->pData)->pText;
+    else if (pChild->pData && pChild->iType == OV_CONFIG_MAINDLG)
+        pText = static_cast<const _OV_InstMainDlg *>(pChild->pData)->pText;
+    else if (pChild->pData)
+        pText = static_cast<const _OV_InstSuiteChoice *>(pChild->pData)->pText;
+    return pText ? pText : "";
+}
+
+/* ---- callbacks of the rows ---- */
+
+void OV_instCustomItemFocusCB(Widget, XtPointer child, XtPointer)
+{
+    const auto *pChild = static_cast<const _OV_InstConfigList *>(child);
+    Widget change = find("pbCustomChangeOption");
+
+    if (!pChild || !change)
+        return;
+    OV_instSetWrappedLabel(find("laCustomDescriptionItem"), descriptionOf(pChild));
+    XtSetSensitive(change, pChild->iType != OV_CONFIG_SUITE);
+    XtRemoveAllCallbacks(change, XmNactivateCallback);
+    XtAddCallback(change, XmNactivateCallback, OV_instCustomPBChangeOptionsCB, child);
+}
+
+/* The refill labels the button "Continue" again: meant so. */
+void OV_instCustomPBChangeOptionsCB(Widget, XtPointer child, XtPointer)
+{
+    auto *pChild = static_cast<_OV_InstConfigList *>(child);
+
+    if (!pChild || !s_custom.dialog)
+        return;
+    OV_instUpdateLabelString(XmMessageBoxGetChild(s_custom.dialog, XmDIALOG_OK_BUTTON), "OK");
+    pChild->pParent = OV_InstGetLastConfig();
+    OV_instUISetCustomDlg(pChild);
+}
+
+static bool isVital(const _OV_InstConfigList *pChild)
+{
+    const auto *pData = static_cast<const _OV_InstSuiteChoice *>(pChild->pData);
+
+    return pChild->iType == OV_CONFIG_SUITE && pData && pData->pSuite && pData->pSuite->iVital;
+}
+
+void OV_instCustomTBChangeCB(Widget, XtPointer child, XtPointer call)
+{
+    auto *pChild = static_cast<_OV_InstConfigList *>(child);
+    const auto *pCall = static_cast<const XmToggleButtonCallbackStruct *>(call);
+
+    if (!pChild || !pCall)
+        return;
+    pChild->iSelected = pCall->set ? 1 : 0;
+    if (!pChild->iSelected && isVital(pChild))
+        (void)OV_instOkCancelMessageBox(
+            OV_instGetMainTopLevelShell(),
+            "This component is an essential part of the\napplication. If it is not installed, the "
+            "application\nwill not run properly",
+            "OK", nullptr, nullptr);
+    OV_instCustomUpdateReset();
+    OV_instCustomUpdate(OV_InstGetLastConfig(), pChild);
+    OV_instCustomUpdateSpaceFields();
+}
+
+/* ---- callbacks of the dialog ---- */
+
+void OV_instCustomMapCB(Widget widget, XtPointer, XtPointer)
+{
+    OV_instSetWindowTitle(widget);
+}
+
+void OV_instCustomSelectAllCB(Widget, XtPointer, XtPointer)
+{
+    _OV_InstConfigList *pShown = OV_InstGetLastConfig();
+
+    if (!pShown)
+        return;
+    OV_instMarkAllConfig(pShown, 1);
+    fillOptions(pShown);
+    OV_instCustomUpdateSpaceFields();
+}
+
+void OV_instCustomOKCB(Widget widget, XtPointer, XtPointer)
+{
+    _OV_InstConfigList *pShown = OV_InstGetLastConfig();
+
+    if (!pShown)
+        exit(1);
+    if (pShown->pParent && pShown->pParent->iType != OV_CONFIG_MAINDLG) {
+        _DisplayPreviousDlg(widget);
+        pShown->pParent = nullptr;
+        return;
+    }
+    SetConfigToInstall(pShown);
+    if (!OV_instEnoughSpace(pShown) || !OV_instPreInstallCheck(CDInstPtr, pShown))
+        return;
+    (void)OV_instMoveFiles(widget, pShown); /* takes the dialog down; what fails is shown there */
+}
+
+/* What was chosen beneath nested lists is given up as well. */
+static void undoChoices(_OV_InstConfigList *pShown)
+{
+    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pShown));
+
+    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get()))
+        if (pVisit->pGroup)
+            pVisit->pConfig->iSelected = pVisit->pConfig->iInstalled;
+}
+
+void OV_instCustomCancelCB(Widget widget, XtPointer, XtPointer)
+{
+    _OV_InstConfigList *pShown = OV_InstGetLastConfig();
+
+    if (!pShown)
+        exit(1);
+    if (OV_instMaintenanceExists())
+        undoChoices(pShown);
+    if (pShown->pParent) {
+        _DisplayPreviousDlg(widget);
+        pShown->pParent = nullptr;
+        return;
+    }
+    Widget maintenance = CreatembMaintenance(OV_instGetMainTopLevelShell());
+    XtDestroyWidget(OV_instGetShell(widget));
+    XtManageChild(maintenance);
+    (void)OV_instRestoreLastDlg();
+}
+
+void OV_instCustomContinueCB(Widget, XtPointer, XtPointer) {}
+
+/* ---- setting resources by text ---- */
+
+static std::string trimmed(const std::string &text)
+{
+    const size_t lFirst = text.find_first_not_of(" \t");
+
+    return lFirst == std::string::npos
+               ? ""
+               : text.substr(lFirst, text.find_last_not_of(" \t") - lFirst + 1);
+}
+
+static void setValue(Widget widget, const std::string &line)
+{
+    const size_t lEquals = line.find('=');
+    const size_t lDot = line.rfind('.', lEquals);
+
+    if (lEquals == std::string::npos || lDot == std::string::npos) {
+        fputs(
+            "Callback Error (BxSetValuesCB):\n\tSyntax Error - specify BxSetValuesCB data as\n\t  "
+            "  <Widget Name>.<Resource> = <Value>",
+            stdout);
+        return;
+    }
+    Widget named = OV_instFindWidget(widget, trimmed(line.substr(0, lDot)).c_str());
+    const std::string resource = trimmed(line.substr(lDot + 1, lEquals - lDot - 1));
+    const std::string value = trimmed(line.substr(lEquals + 1));
+    if (named)
+        XtVaSetValues(named, XtVaTypedArg, resource.c_str(), XmRString, value.c_str(),
+                      static_cast<int>(value.size() + 1), nullptr);
+}
+
+void BxSetValuesCB(Widget widget, XtPointer text, XtPointer)
+{
+    const char *pLines = static_cast<const char *>(text);
+
+    while (pLines && *pLines) {
+        const size_t lLength = strcspn(pLines, "\n");
+        if (lLength)
+            setValue(widget, std::string(pLines, lLength));
+        pLines += lLength + (pLines[lLength] == '\n');
+    }
+}

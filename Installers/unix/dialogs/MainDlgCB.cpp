@@ -1,0 +1,251 @@
+#include "dialogs/MainDlg.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <string>
+
+#include <X11/xpm.h>
+#include <Xm/MessageB.h>
+#include <Xm/TextF.h>
+
+#include "Dialogs/ExitConfirmation.h"
+#include "dialogs/ChangeDestination.h"
+#include "dialogs/Maintenance.h"
+#include "dialogs/sequence.h"
+#include "dialogs/wrappedLabel.h"
+#include "engine/moveFiles.h"
+#include "engine/selection.h"
+#include "engine/setupState.h"
+#include "engine/sizes.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/looks.h"
+#include "ut/owned.h"
+#include "ut/uiut.h"
+
+enum { ONE_BUTTON_SLOT = 2, TEXT_WIDTH = 420 };
+
+/* What a button does and what stands beside it, by the kind of its configuration. */
+typedef struct Choice {
+    XtCallbackProc fpActivate;
+    const char *pProduct;
+    const char *pDescription;
+} Choice;
+
+/* ---- pictures ---- */
+
+static void freePicture(Widget widget, XtPointer pixmap, XtPointer)
+{
+    XFreePixmap(XtDisplay(widget), (Pixmap)pixmap);
+}
+
+/* Where the picture is transparent the button shows through. */
+static void showPicture(Widget widget, char **apLines)
+{
+    char caNone[] = "none";
+    XpmColorSymbol background = {nullptr, caNone, 0};
+    XpmAttributes attributes = {};
+    Widget parent = XtParent(widget);
+    Pixmap pixmap = None;
+
+    XtVaGetValues(widget, XmNbackground, &background.pixel, nullptr);
+    XtVaGetValues(parent, XmNdepth, &attributes.depth, XmNcolormap, &attributes.colormap, nullptr);
+    attributes.colorsymbols = &background;
+    attributes.numsymbols = 1;
+    attributes.valuemask = XpmColorSymbols | XpmDepth | XpmColormap;
+    if (XpmCreatePixmapFromData(XtDisplay(parent), RootWindowOfScreen(XtScreen(parent)), apLines,
+                                &pixmap, nullptr, &attributes) < 0)
+        return;
+    XpmFreeAttributes(&attributes);
+    XtVaSetValues(widget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, pixmap, nullptr);
+    XtAddCallback(widget, XmNdestroyCallback, freePicture, (XtPointer)pixmap);
+}
+
+void OV_instSetPixmapOnWidget(Widget widget, const _OV_InstIcon *pIcon)
+{
+    if (!widget || !pIcon || !pIcon->pIcon1 || !*pIcon->pIcon1 || !pIcon->pIcon2 || !*pIcon->pIcon2)
+        return;
+
+    OwnedText path(
+        OV_instBuildPath(OV_instGetCdinstDirectory(), "SetupFiles", pIcon->pIcon1, nullptr));
+    if (!path) {
+        fputs("Error: OV_instSetPixmapOnWidget, memory allocation error\n", stderr);
+        exit(1);
+    }
+    void *pModule = dlopen(path.get(), RTLD_LAZY);
+    if (!pModule) {
+        fprintf(stderr, "Error: OV_instSetPixmapOnWidget, can't locate '%s'\n", path.get());
+        return;
+    }
+    void *pLines = dlsym(pModule, pIcon->pIcon2);
+    if (pLines)
+        showPicture(widget, (char **)pLines);
+    else
+        fprintf(stderr, "Error: OV_instSetPixmapOnWidget, '%s' not in '%s'\n", pIcon->pIcon2,
+                path.get());
+    (void)dlclose(pModule); /* nothing could be done about a failure */
+}
+
+/* ---- filling a page ---- */
+
+static Widget findSlot(Widget dialog, const char *pPrefix, int iSlot, const char *pSuffix = "")
+{
+    return OV_instFindWidget(dialog, (pPrefix + std::to_string(iSlot) + pSuffix).c_str());
+}
+
+[[noreturn]] static void badConfiguration()
+{
+    fputs("Error: bad configuration file\n", stderr);
+    exit(1);
+}
+
+static Choice choiceOf(const _OV_InstConfigList *pChild)
+{
+    if (!pChild || !pChild->pData)
+        badConfiguration();
+    if (pChild->iType == OV_CONFIG_CUSDLG) {
+        const auto *pData = static_cast<const _OV_InstCusDlg *>(pChild->pData);
+        return {OV_instConfigureCustomDlgCB, pData->pTitle, pData->pText};
+    }
+    if (pChild->iType == OV_CONFIG_MAINDLG) {
+        const auto *pData = static_cast<const _OV_InstMainDlg *>(pChild->pData);
+        return {OV_instConfigureMainDlgCB, pData->pTitle, pData->pText};
+    }
+    if (pChild->iType != OV_CONFIG_SUITE)
+        badConfiguration();
+    const auto *pData = static_cast<const _OV_InstSuiteChoice *>(pChild->pData);
+    return {OV_instMainDlgInstallationCB, pData->pSuite ? pData->pSuite->pName : "", pData->pText};
+}
+
+static void fillSlot(Widget dialog, int iSlot, _OV_InstConfigList *pChild)
+{
+    const Choice choice = choiceOf(pChild);
+    const int iWidth = OV_instScaleLength(XtDisplay(dialog), TEXT_WIDTH);
+    Widget button = findSlot(dialog, "pbMainDlg", iSlot);
+
+    XtAddCallback(button, XmNactivateCallback, choice.fpActivate, pChild);
+    OV_instSetPixmapOnWidget(button, pChild->pIcon);
+    OV_instSetFoldedLabel(findSlot(dialog, "laMainDlg", iSlot, "Product"), choice.pProduct, iWidth);
+    OV_instSetFoldedLabel(findSlot(dialog, "laMainDlg", iSlot, "Description"), choice.pDescription,
+                          iWidth);
+}
+
+static void emptySlot(Widget dialog, int iSlot)
+{
+    XtUnmanageChild(findSlot(dialog, "rcMainDlg", iSlot));
+    if (iSlot == ONE_BUTTON_SLOT) /* misspelt: meant so */
+        OV_instUpdateLabelString(OV_instFindWidget(dialog, "laMainDlg"),
+                                 "To start intallation, click the large button");
+}
+
+/* The texts begin at one line whatever the pictures' sizes are. */
+static void alignButtons(Widget dialog)
+{
+    OV_makeAllWidgetSameMaxWidth(findSlot(dialog, "pbMainDlg", 1), findSlot(dialog, "pbMainDlg", 2),
+                                 findSlot(dialog, "pbMainDlg", 3), findSlot(dialog, "pbMainDlg", 4),
+                                 nullptr);
+    for (int iSlot = 1; iSlot <= OV_MAINDLG_CHILDREN; iSlot++)
+        XtVaSetValues(findSlot(dialog, "pbMainDlg", iSlot), XmNrecomputeSize, False, nullptr);
+}
+
+void OV_instUISetMainDlg(Widget dialog, _OV_InstConfigList *pConfig)
+{
+    int iMost = 0;
+    const int32_t *aChildren = OV_instGetConfigChildren(pConfig, &iMost);
+    Widget first = nullptr;
+
+    XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_OK_BUTTON));
+    XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_HELP_BUTTON));
+    OV_instSetLastDlg(pConfig);
+    OV_instUpdateLabelString(XmMessageBoxGetChild(dialog, XmDIALOG_CANCEL_BUTTON),
+                             pConfig->pParent ? "Cancel" : "Exit Setup");
+    for (int iSlot = 1; iSlot <= OV_MAINDLG_CHILDREN; iSlot++) {
+        const int iId = aChildren && iSlot <= iMost ? aChildren[iSlot - 1] : 0;
+        if (iId < 1) {
+            emptySlot(dialog, iSlot);
+            continue;
+        }
+        fillSlot(dialog, iSlot, OV_instGetConfigFromId(CDInstPtr, iId));
+        if (!first)
+            first = findSlot(dialog, "pbMainDlg", iSlot);
+    }
+    alignButtons(dialog);
+    XtVaSetValues(dialog, XmNinitialFocus, first, nullptr);
+}
+
+/* ---- callbacks ---- */
+
+static void showDestination(Widget widget)
+{
+    char caSpace[OV_SIZE_TEXT] = "";
+    const char *pRoot;
+
+    OV_instGetFreeSpaceString(OV_instGetDestinationDirectory(), caSpace);
+    OV_instSetLiteralLabel(OV_instFindWidget(widget, "laMainDlgAvailableSpace"), caSpace);
+    pRoot = OV_instGetRootDestinationDirectory();
+    XmTextFieldSetString(OV_instFindWidget(widget, "txMainDlgFolder"),
+                         const_cast<char *>(pRoot ? pRoot : ""));
+}
+
+void OV_instMainDlgMapCB(Widget widget, XtPointer, XtPointer)
+{
+    showDestination(widget);
+    OV_instSetWindowTitle(widget);
+}
+
+void OV_instMainDlgExitCB(Widget widget, XtPointer, XtPointer)
+{
+    _OV_InstConfigList *pLeft = OV_InstGetLastConfig();
+    Widget shell = OV_instGetShell(widget);
+
+    if (!pLeft)
+        exit(1);
+    if (!pLeft->pParent) {
+        OV_exitSetupConfirmation(shell, "Setup has not yet modified any files",
+                                 OV_instGetProductName());
+        return;
+    }
+    Widget dialog = CreatembMainDlg(OV_instGetTLShell(widget));
+    XtDestroyWidget(shell);
+    OV_instUISetMainDlg(dialog, pLeft->pParent);
+    pLeft->pParent = nullptr;
+    XtManageChild(dialog);
+}
+
+void OV_instMainDlgInstallationCB(Widget widget, XtPointer config, XtPointer)
+{
+    _OV_InstConfigList *pConfig = static_cast<_OV_InstConfigList *>(config);
+
+    if (!pConfig || pConfig->iType != OV_CONFIG_SUITE) {
+        fputs("Error: can only install suites\n", stderr);
+        exit(1);
+    }
+    SetConfigToInstall(pConfig);
+    (void)OV_instMoveFiles(widget, pConfig); /* what fails there is shown there */
+}
+
+/* The way here is given up: one entry for every page of it. Pages can lead to each other, so the
+ * links may go round. */
+static void forgetWay()
+{
+    const _OV_InstConfigList *pConfig = OV_InstGetLastConfig();
+
+    for (int i = 0; pConfig && i < OV_CONFIG_STORE; i++, pConfig = pConfig->pParent)
+        (void)OV_instRestoreLastDlg();
+}
+
+void OV_instMainDlgChangeFolderCB(Widget widget, XtPointer, XtPointer)
+{
+    Widget shell = OV_instGetShell(widget);
+
+    OV_instChangeDestination(shell);
+    if (!OV_instInstallationMode) {
+        showDestination(widget);
+        return;
+    }
+    Widget maintenance = CreatembMaintenance(OV_instGetMainTopLevelShell());
+    forgetWay();
+    XtDestroyWidget(shell);
+    OV_DisableAddButtonIfNecessary();
+    XtManageChild(maintenance);
+}

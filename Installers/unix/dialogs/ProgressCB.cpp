@@ -1,0 +1,204 @@
+#include "dialogs/Progress.h"
+
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <sys/types.h>
+
+#include <Xm/MessageB.h>
+#include <Xm/Xm.h>
+
+#include "dialogs/sequence.h"
+#include "ut/messageBox.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+enum { NAME_WHOLE = 60, NAME_TAIL = 58, STATUS_QUIT = 10 };
+
+/* What is shown. The percentage and the file outlive the dialog. */
+static struct {
+    Widget dialog; /* null when there is none */
+    int oldPercent;
+    char *pFile;
+} s_progress;
+
+/* What the bar is drawn with. */
+struct Bar {
+    Widget area;
+    Dimension iWidth;
+    Dimension iHeight;
+    Pixel foreground;
+    Pixel background;
+    Pixel labelForeground;
+    Pixel labelBackground;
+    XmRenderTable font;
+    GC gc;
+};
+
+/* ---- the file's name ---- */
+
+char *OV_instProgressFileText(const char *pFile)
+{
+    size_t iLength = strlen(pFile);
+    const char *pTail;
+    const char *pSlash;
+
+    if (iLength <= NAME_WHOLE)
+        return strdup(pFile);
+    pTail = pFile + iLength - NAME_TAIL;
+    pSlash = strchr(pTail, '/');
+    return OV_instStrPrint("...%s", pSlash && strlen(pSlash) >= 2 ? pSlash : pTail);
+}
+
+static void showFile(const char *pFile)
+{
+    if (s_progress.pFile && strcmp(s_progress.pFile, pFile) == 0)
+        return;
+    OwnedText text(OV_instProgressFileText(pFile));
+    if (text)
+        OV_instSetLiteralLabel(OV_instFindWidget(s_progress.dialog, "laProgressDestination"),
+                               text.get());
+    free(s_progress.pFile);
+    s_progress.pFile = strdup(pFile);
+}
+
+/* ---- the bar ---- */
+
+static bool readBar(Bar *pBar)
+{
+    Widget label = OV_instFindWidget(s_progress.dialog, "laProgressDestination");
+
+    pBar->area = OV_instFindWidget(s_progress.dialog, "daProgress");
+    if (!pBar->area || !label || !XtIsRealized(pBar->area))
+        return false;
+    XtVaGetValues(pBar->area, XmNwidth, &pBar->iWidth, XmNheight, &pBar->iHeight, XmNforeground,
+                  &pBar->foreground, XmNbackground, &pBar->background, nullptr);
+    XtVaGetValues(label, XmNforeground, &pBar->labelForeground, XmNbackground,
+                  &pBar->labelBackground, XmNrenderTable, &pBar->font, nullptr);
+    return pBar->iWidth && pBar->iHeight;
+}
+
+/* The percentage in the middle. It is drawn on its own and laid over the bar with exclusive-or, by
+ * way of a pixmap, since antialiased text knows no other function than copying. */
+static void drawText(const Bar *pBar, Pixmap buffer, int iPercent)
+{
+    Display *pDisplay = XtDisplay(pBar->area);
+    OwnedText text(OV_instStrPrint("%d%% completed", iPercent));
+    XmString label = XmStringCreateLocalized(text ? text.get() : const_cast<char *>(""));
+    Dimension iWidth = 0;
+    Dimension iHeight = 0;
+    Pixmap alone = XCreatePixmap(pDisplay, XtWindow(pBar->area), pBar->iWidth, pBar->iHeight,
+                                 static_cast<unsigned>(DefaultDepthOfScreen(XtScreen(pBar->area))));
+
+    XmStringExtent(pBar->font, label, &iWidth, &iHeight);
+    XSetForeground(pDisplay, pBar->gc, 0);
+    XFillRectangle(pDisplay, alone, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight);
+    XSetForeground(pDisplay, pBar->gc, pBar->foreground ^ pBar->background);
+    XmStringDraw(pDisplay, alone, pBar->font, label, pBar->gc,
+                 static_cast<Position>(pBar->iWidth / 2 - iWidth / 2),
+                 static_cast<Position>(pBar->iHeight / 2 - iHeight / 2), iWidth,
+                 XmALIGNMENT_BEGINNING, XmSTRING_DIRECTION_L_TO_R, nullptr);
+    XSetFunction(pDisplay, pBar->gc, GXxor);
+    XCopyArea(pDisplay, alone, buffer, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight, 0, 0);
+    XSetFunction(pDisplay, pBar->gc, GXcopy);
+    XFreePixmap(pDisplay, alone);
+    XmStringFree(label);
+}
+
+/* Everything goes into a pixmap first and appears at once: nothing flickers. */
+static void drawBar(Bar *pBar, int iPercent)
+{
+    Display *pDisplay = XtDisplay(pBar->area);
+    Window window = XtWindow(pBar->area);
+    unsigned iFilled = pBar->iWidth * static_cast<unsigned>(iPercent) / 100;
+    Pixmap buffer =
+        XCreatePixmap(pDisplay, window, pBar->iWidth, pBar->iHeight,
+                      static_cast<unsigned>(DefaultDepthOfScreen(XtScreen(pBar->area))));
+
+    pBar->gc = XCreateGC(pDisplay, window, 0, nullptr);
+    XSetForeground(pDisplay, pBar->gc, pBar->background);
+    XFillRectangle(pDisplay, buffer, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight);
+    XSetForeground(pDisplay, pBar->gc,
+                   pBar->background == pBar->labelBackground ? pBar->foreground
+                                                             : pBar->labelBackground);
+    XFillRectangle(pDisplay, buffer, pBar->gc, 0, 0, iFilled, pBar->iHeight);
+    drawText(pBar, buffer, iPercent);
+    XCopyArea(pDisplay, buffer, window, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight, 0, 0);
+    XFreeGC(pDisplay, pBar->gc);
+    XFreePixmap(pDisplay, buffer);
+    XFlush(pDisplay);
+}
+
+void OV_instProgressUpdate(int iPercent, const char *pFile)
+{
+    Bar bar = {};
+
+    if (!s_progress.dialog)
+        return;
+    if (iPercent > 100)
+        iPercent = 100;
+    if (pFile)
+        showFile(pFile);
+    if (iPercent < 0)
+        iPercent = s_progress.oldPercent;
+    else if (iPercent == s_progress.oldPercent)
+        return;
+    s_progress.oldPercent = iPercent;
+    if (readBar(&bar))
+        drawBar(&bar, iPercent);
+}
+
+void OV_instProgressUpdateLabel(const char *pText)
+{
+    OV_instSetLiteralLabel(OV_instFindWidget(s_progress.dialog, "laProgressAction"), pText);
+}
+
+/* ---- callbacks ---- */
+
+static void forget(Widget dialog, XtPointer, XtPointer)
+{
+    if (s_progress.dialog == dialog)
+        s_progress.dialog = nullptr;
+}
+
+void OV_instProgressUse(Widget dialog)
+{
+    s_progress.dialog = dialog;
+    XtAddCallback(dialog, XmNdestroyCallback, forget, nullptr);
+}
+
+void OV_instProgressExposeCB(Widget, XtPointer, XtPointer)
+{
+    OV_instProgressUpdate(-1, nullptr);
+}
+
+void OV_instProgressMapCB(Widget widget, XtPointer, XtPointer)
+{
+    XtUnmanageChild(XmMessageBoxGetChild(widget, XmDIALOG_HELP_BUTTON));
+    XtUnmanageChild(XmMessageBoxGetChild(widget, XmDIALOG_OK_BUTTON));
+    OV_instSetLiteralLabel(OV_instFindWidget(widget, "laProgressDestination"), "");
+    OV_instSetWindowTitle(widget);
+}
+
+void OV_instProgressCancelCB(Widget widget, XtPointer, XtPointer)
+{
+    XtPointer pUserData = nullptr;
+    pid_t iChild;
+
+    XtVaGetValues(widget, XmNuserData, &pUserData, nullptr);
+    iChild = static_cast<pid_t>(reinterpret_cast<intptr_t>(pUserData));
+    if (iChild <= 0)
+        return;
+    (void)kill(iChild, SIGSTOP); /* a child that is gone needs no stopping */
+    if (OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(),
+                                  "Setup is not yet completed.\n\n"
+                                  "If you quit now, the product will not be installed\n"
+                                  "properly.\n\nQuit Setup?",
+                                  "Yes", "No", nullptr) == 0) {
+        (void)kill(iChild, SIGKILL);
+        exit(STATUS_QUIT);
+    }
+    (void)kill(iChild, SIGCONT);
+}

@@ -1,0 +1,140 @@
+#include "dialogs/wrappedLabel.h"
+
+#include <Xm/Xm.h>
+
+#include "ut/bxutils.h"
+#include "ut/compound.h"
+#include "ut/uiut.h"
+
+/* What a label that wraps shows. It is the label's user data. */
+typedef struct Wrapped {
+    std::string text;
+    int iWidth;  /* the room that the lines were broken for, */
+    int iHeight; /* and in which they stand at the top */
+} Wrapped;
+
+static int widthOf(XmRenderTable table, const std::string &line)
+{
+    XmString drawn = OV_instLiteralXmString(line.c_str());
+    int iWidth = XmStringWidth(table, drawn);
+
+    XmStringFree(drawn);
+    return iWidth;
+}
+
+/* How much of the line fits, at least its first word. */
+static size_t fittingLength(XmRenderTable table, const std::string &line, int iWidth)
+{
+    size_t lFits = line.find(' ');
+
+    if (widthOf(table, line) <= iWidth)
+        return line.size();
+    while (lFits != std::string::npos) {
+        size_t lNext = line.find(' ', lFits + 1);
+        if (lNext == std::string::npos || widthOf(table, line.substr(0, lNext)) > iWidth)
+            return lFits;
+        lFits = lNext;
+    }
+    return line.size();
+}
+
+std::string OV_instFoldText(Widget label, const char *pText, int iWidth)
+{
+    XmRenderTable table = nullptr;
+    std::string left(pText);
+    std::string folded;
+
+    XtVaGetValues(label, XmNrenderTable, &table, nullptr);
+    while (table && !left.empty()) {
+        const size_t lLine = left.find('\n');
+        const size_t lFits = fittingLength(table, left.substr(0, lLine), iWidth);
+        folded += left.substr(0, lFits);
+        left.erase(0, lFits);
+        if (!left.empty()) { /* a blank or a newline, which the break replaces */
+            folded += '\n';
+            left.erase(0, 1);
+        }
+    }
+    return folded + left;
+}
+
+void OV_instSetFoldedLabel(Widget label, const char *pText, int iWidth)
+{
+    if (!label || !pText)
+        return;
+    if (OV_instIsCompoundText(pText))
+        OV_instUpdateLabelString(label, pText);
+    else
+        OV_instSetLiteralLabel(label, OV_instFoldText(label, pText, iWidth).c_str());
+}
+
+/* The label's size without its borders. */
+static void getRoom(Widget label, int *piWidth, int *piHeight)
+{
+    Dimension width = 0;
+    Dimension height = 0;
+    Dimension marginWidth = 0;
+    Dimension marginHeight = 0;
+    Dimension border = 0;
+
+    XtVaGetValues(label, XmNwidth, &width, XmNheight, &height, XmNmarginWidth, &marginWidth,
+                  XmNmarginHeight, &marginHeight, XmNhighlightThickness, &border, nullptr);
+    *piWidth = width - 2 * (marginWidth + border);
+    *piHeight = height - 2 * (marginHeight + border);
+}
+
+/* A label centres its lines in the height it is given, but for the margin below them. */
+static void moveToTop(Widget label, int iRoom)
+{
+    XmRenderTable table = nullptr;
+    XmString shown = nullptr;
+
+    XtVaGetValues(label, XmNrenderTable, &table, XmNlabelString, &shown, nullptr);
+    const int iBelow = table && shown ? iRoom - XmStringHeight(table, shown) : 0;
+    XtVaSetValues(label, XmNmarginBottom, (Dimension)(iBelow > 0 ? iBelow : 0), nullptr);
+    XmStringFree(shown);
+}
+
+static void wrap(Widget label, Wrapped *pWrapped)
+{
+    OV_instSetFoldedLabel(label, pWrapped->text.c_str(), pWrapped->iWidth);
+    moveToTop(label, pWrapped->iHeight);
+}
+
+/* Also when the label appears: it gets its first size before it has a window. */
+static void resized(Widget label, XtPointer wrapped, XEvent *, Boolean *)
+{
+    Wrapped *pWrapped = (Wrapped *)wrapped;
+    int iWidth = 0;
+    int iHeight = 0;
+
+    getRoom(label, &iWidth, &iHeight);
+    if (iWidth == pWrapped->iWidth && iHeight == pWrapped->iHeight)
+        return;
+    pWrapped->iWidth = iWidth;
+    pWrapped->iHeight = iHeight;
+    wrap(label, pWrapped);
+}
+
+static void forget(Widget, XtPointer wrapped, XtPointer)
+{
+    delete (Wrapped *)wrapped;
+}
+
+void OV_instSetWrappedLabel(Widget label, const char *pText)
+{
+    Wrapped *pWrapped = nullptr;
+
+    if (!label || !pText)
+        return;
+    XtVaGetValues(label, XmNuserData, &pWrapped, nullptr);
+    if (!pWrapped) {
+        pWrapped = new Wrapped;
+        XtVaSetValues(label, XmNuserData, pWrapped, nullptr);
+        XtAddEventHandler(label, StructureNotifyMask, False, resized, pWrapped);
+        XtAddCallback(label, XmNdestroyCallback, forget, pWrapped);
+    }
+    pWrapped->text = pText;
+    getRoom(label, &pWrapped->iWidth, &pWrapped->iHeight);
+    wrap(label, pWrapped);
+}
