@@ -107,6 +107,7 @@ static Dimension preferredWidth(Widget row)
 static void fitRows(Widget rows)
 {
     Dimension width = 0;
+    Dimension margin = 0;
     WidgetList aRows = nullptr;
     Cardinal iRows = 0;
 
@@ -116,7 +117,10 @@ static void fitRows(Widget rows)
         Dimension preferred = preferredWidth(aRows[i]);
         width = preferred > width ? preferred : width;
     }
-    XtVaSetValues(rows, XmNwidth, width, nullptr);
+    XtVaGetValues(rows, XmNmarginWidth, &margin, nullptr);
+    width = static_cast<Dimension>(width > 2 * margin ? width - 2 * margin : 1);
+    for (Cardinal i = 0; i < iRows; i++)
+        XtVaSetValues(aRows[i], XmNwidth, width, nullptr);
 }
 
 static void listResized(Widget, XtPointer rows, XEvent *, Boolean *)

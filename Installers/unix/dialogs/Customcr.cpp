@@ -27,78 +27,80 @@
     ":t\"do not want installed. To choose among the parts of an item, click Change Option.\""      \
     "\"To select all the items, click Select All.\""
 
-/* From the bottom upwards where the list and the description between take what is left over. */
+/* From the bottom upwards where the list and the description between take what is left over.
+ * Rows that fill several lines are not aligned in columns. */
+// clang-format off
 static const OV_WidgetRow s_aRows[] = {
-    {"dsCustomDlg",                                                                       nullptr,                  &xmDialogShellWidgetClass,                                                                  UI_SET("title",                       "ORVANE|Setup")},
-    {"mbCustom",                                                                                   "dsCustomDlg",                                                                                                  &xmMessageBoxWidgetClass,
-     UI_SET("okLabelString",        "Continue") UI_SET("cancelLabelString", "Cancel")
-         UI_SET("dialogStyle", "DIALOG_MODELESS") UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
-    {"foCustom",                                             "mbCustom",                                         &xmFormWidgetClass,                                                                                      UI_SET("verticalSpacing",                                                                                                "8")},
-    {"laCustom",                                                                          "foCustom",                                            &xmLabelWidgetClass,                                                                            UI_TEXT(INSTRUCTION) UI_TOP UI_LEFT  },
+    {"dsCustomDlg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
+    {"mbCustom", "dsCustomDlg", &xmMessageBoxWidgetClass,
+     UI_SET("okLabelString", "Continue") UI_SET("cancelLabelString", "Cancel")
+     UI_SET("dialogStyle", "DIALOG_MODELESS") UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
+    {"foCustom", "mbCustom", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
+    {"laCustom", "foCustom", &xmLabelWidgetClass, UI_TEXT(INSTRUCTION) UI_TOP UI_LEFT},
 
-    {"foCustomButtons",                                                                                   "foCustom",                                                                                                  &xmFormWidgetClass,                                                                                                         NO_SPACING UI_BOTTOM UI_LEFT UI_RIGHT                                                                              },
-    {"foCustomSpace",                                                                                   "foCustomButtons",                                                                                           &xmFormWidgetClass,
-     UI_SET("verticalSpacing",        "2") UI_TOP UI_LEFT UI_BOTTOM},
-    {"laCustomRequired",                                                                                   "foCustomSpace",                                                                                             &xmLabelWidgetClass,
+    {"foCustomButtons", "foCustom", &xmFormWidgetClass, NO_SPACING UI_BOTTOM UI_LEFT UI_RIGHT},
+    {"foCustomSpace", "foCustomButtons", &xmFormWidgetClass,
+     UI_SET("verticalSpacing", "2") UI_TOP UI_LEFT UI_BOTTOM},
+    {"laCustomRequired", "foCustomSpace", &xmLabelWidgetClass,
      UI_TEXT("Space required:") UI_TOP UI_LEFT},
-    {"laCustomAvailable",                                                      "foCustomSpace",                                                                              &xmLabelWidgetClass,
-     UI_TEXT("Space available:") UI_BELOW("laCustomRequired") UI_LEFT UI_BOTTOM                                                                                  },
-    {"laCustomRequiredValue",                                           "foCustomSpace",                                                                   &xmLabelWidgetClass,
-     FIGURE UI_LEVEL_WITH("laCustomRequired") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT                                                                                                                                                                             },
-    {"laCustomAvailableValue",          "foCustomSpace",                                  &xmLabelWidgetClass,
+    {"laCustomAvailable", "foCustomSpace", &xmLabelWidgetClass,
+     UI_TEXT("Space available:") UI_BELOW("laCustomRequired") UI_LEFT UI_BOTTOM},
+    {"laCustomRequiredValue", "foCustomSpace", &xmLabelWidgetClass,
+     FIGURE UI_LEVEL_WITH("laCustomRequired") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
+    {"laCustomAvailableValue", "foCustomSpace", &xmLabelWidgetClass,
      FIGURE UI_LEVEL_WITH("laCustomAvailable") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
-    {"foCustomComponentCount",  "foCustomButtons",                          &xmFormWidgetClass,
-     UI_SET("verticalSpacing","2") UI_TOP UI_RIGHT UI_BOTTOM},
-    {"laCustomRequired1", "foCustomComponentCount",                         &xmLabelWidgetClass,
-     UI_TEXT("Components to Add:") UI_TOP UI_LEFT                                                                                                               },
-    {"laCustomAvailable1",                                                            "foCustomComponentCount",                                                      &xmLabelWidgetClass,
-     UI_TEXT("Components to Remove:") UI_BELOW("laCustomRequired1") UI_LEFT UI_BOTTOM                                                                                                                                                                                                                                      },
-    {"laCustomRequiredValue1",                                                                "foCustomComponentCount",                                                                  &xmLabelWidgetClass,
-     FIGURE UI_SET("width",                                                              "40") UI_LEVEL_WITH("laCustomRequired1")
-         UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
-    {"laCustomAvailableValue1",                                                                "foCustomComponentCount",                              &xmLabelWidgetClass,
-     FIGURE UI_SET("width","40") UI_LEVEL_WITH("laCustomAvailable1")
-         UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
+    {"foCustomComponentCount", "foCustomButtons", &xmFormWidgetClass,
+     UI_SET("verticalSpacing", "2") UI_TOP UI_RIGHT UI_BOTTOM},
+    {"laCustomRequired1", "foCustomComponentCount", &xmLabelWidgetClass,
+     UI_TEXT("Components to Add:") UI_TOP UI_LEFT},
+    {"laCustomAvailable1", "foCustomComponentCount", &xmLabelWidgetClass,
+     UI_TEXT("Components to Remove:") UI_BELOW("laCustomRequired1") UI_LEFT UI_BOTTOM},
+    {"laCustomRequiredValue1", "foCustomComponentCount", &xmLabelWidgetClass,
+     FIGURE UI_SET("width", "40") UI_LEVEL_WITH("laCustomRequired1")
+     UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
+    {"laCustomAvailableValue1", "foCustomComponentCount", &xmLabelWidgetClass,
+     FIGURE UI_SET("width", "40") UI_LEVEL_WITH("laCustomAvailable1")
+     UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
 
-    {"foCustomSelected",                                                                "foCustom",                                                                                         &xmFormWidgetClass,
-     NO_SPACING UI_ABOVE("foCustomButtons") UI_LEFT UI_RIGHT                                                                                                                                                                    },
-    {"laCustomFolder","foCustomSelected",&xmLabelWidgetClass,
-     UI_TEXT("#bold\"Folder for Currently Selected Options:\"") UI_TOP UI_LEFT                                                                                                                                                                      },
-    {"frCustomFolder",                                                                  "foCustomSelected",                 &xmFrameWidgetClass,
-     UI_BELOW("laCustomFolder") UI_SET("topOffset",                                                                                                                                                                                         "4") UI_LEFT UI_RIGHT UI_BOTTOM},
-    {"foCustomFolder",                                                                    "frCustomFolder",                                                                               &xmFormWidgetClass,                                                                                                                                                                                   NO_SPACING                                                                                                                                                                      },
-    {"laCustomFolderPath",                                                                    "foCustomFolder",         &xmLabelWidgetClass,
-     UI_TEXT("Destination path") UI_SET("recomputeSize",                                                                                                                                                                                                   "False") UI_FILL},
+    {"foCustomSelected", "foCustom", &xmFormWidgetClass,
+     NO_SPACING UI_ABOVE("foCustomButtons") UI_LEFT UI_RIGHT},
+    {"laCustomFolder", "foCustomSelected", &xmLabelWidgetClass,
+     UI_TEXT("#bold\"Folder for Currently Selected Options:\"") UI_TOP UI_LEFT},
+    {"frCustomFolder", "foCustomSelected", &xmFrameWidgetClass,
+     UI_BELOW("laCustomFolder") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
+    {"foCustomFolder", "frCustomFolder", &xmFormWidgetClass, NO_SPACING},
+    {"laCustomFolderPath", "foCustomFolder", &xmLabelWidgetClass,
+     UI_TEXT("Destination path") UI_SET("recomputeSize", "False") UI_FILL},
 
-    {"foCustomOptions",                                                                                   "foCustom",                                                                                            &xmFormWidgetClass,
-     NO_SPACING UI_BELOW("laCustom") UI_ABOVE("foCustomSelected") UI_LEFT AT_OPTIONS                                      },
-    {"laCustomOptions",                                                                                   "foCustomOptions",                                                                                        &xmLabelWidgetClass,
+    {"foCustomOptions", "foCustom", &xmFormWidgetClass,
+     NO_SPACING UI_BELOW("laCustom") UI_ABOVE("foCustomSelected") UI_LEFT AT_OPTIONS},
+    {"laCustomOptions", "foCustomOptions", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Options:\"") UI_TOP UI_LEFT},
-    {"swCustomOptions",                                                                   "foCustomOptions",                                                                                           &xmScrolledWindowWidgetClass,
-     UI_SET("scrollingPolicy","AUTOMATIC") UI_SET("width", "400") UI_SET("height", "220")
-         UI_BELOW("laCustomOptions") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
-    {"rcCustomOptions",     "swCustomOptions",                             &xmRowColumnWidgetClass,
-     UI_SET("marginWidth",  "4") UI_SET("marginHeight", "4") UI_SET("spacing", "0")
-         UI_SET("adjustLast", "False") UI_SET("resizeWidth", "False")},
+    {"swCustomOptions", "foCustomOptions", &xmScrolledWindowWidgetClass,
+     UI_SET("scrollingPolicy", "AUTOMATIC") UI_SET("width", "400") UI_SET("height", "220")
+     UI_BELOW("laCustomOptions") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
+    {"rcCustomOptions", "swCustomOptions", &xmRowColumnWidgetClass,
+     UI_SET("marginWidth", "4") UI_SET("marginHeight", "4") UI_SET("spacing", "0")
+     UI_SET("adjustLast", "False")},
 
-    {"foCustomDescription",                                         "foCustom",                                                                 &xmFormWidgetClass,
-     NO_SPACING UI_BELOW("laCustom") UI_ABOVE("foCustomSelected") AT_DESCRIPTION UI_RIGHT                                                                                                                                                          },
-    {"laCustomDescription",                                                            "foCustomDescription",                                                         &xmLabelWidgetClass,
-     UI_TEXT("#bold\"Description:\"") UI_TOP UI_LEFT                                                                                                                                                                                                },
-    {"frCustomDescription",                                                                                   "foCustomDescription",                                                                                           &xmFrameWidgetClass,
-     UI_BELOW("laCustomDescription") UI_SET("topOffset",                                                                                                                                                 "4") UI_LEFT UI_RIGHT UI_BOTTOM},
-    {"foCustomDescriptionItem",                                                         "frCustomDescription",                                                            &xmFormWidgetClass,
-     UI_SET("horizontalSpacing",                                                                                                                                 "0")},
-    {"pbCustomDescriptionItem",                                                                                   "foCustomDescriptionItem",                                                                                       &xmPushButtonWidgetClass,
-     UI_TEXT("Select All") UI_LEFT UI_BOTTOM                                                                                },
-    {"pbCustomChangeOption",                                                                                   "foCustomDescriptionItem",                                                                                       &xmPushButtonWidgetClass,
+    {"foCustomDescription", "foCustom", &xmFormWidgetClass,
+     NO_SPACING UI_BELOW("laCustom") UI_ABOVE("foCustomSelected") AT_DESCRIPTION UI_RIGHT},
+    {"laCustomDescription", "foCustomDescription", &xmLabelWidgetClass,
+     UI_TEXT("#bold\"Description:\"") UI_TOP UI_LEFT},
+    {"frCustomDescription", "foCustomDescription", &xmFrameWidgetClass,
+     UI_BELOW("laCustomDescription") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
+    {"foCustomDescriptionItem", "frCustomDescription", &xmFormWidgetClass,
+     UI_SET("horizontalSpacing", "0")},
+    {"pbCustomDescriptionItem", "foCustomDescriptionItem", &xmPushButtonWidgetClass,
+     UI_TEXT("Select All") UI_LEFT UI_BOTTOM},
+    {"pbCustomChangeOption", "foCustomDescriptionItem", &xmPushButtonWidgetClass,
      UI_TEXT("Change Option") UI_RIGHT UI_BOTTOM},
-    {"laCustomDescriptionItem",                                                                                   "foCustomDescriptionItem",                                                                                       &xmLabelWidgetClass,
-     UI_TEXT("") UI_SET("recomputeSize","False") UI_SET("width", "250")
-         UI_TOP UI_LEFT UI_RIGHT UI_ABOVE("pbCustomDescriptionItem")
-             UI_SET("alignment", "ALIGNMENT_BEGINNING")},
-    {nullptr,                                                    nullptr,                                                                            nullptr,                                                                                                                                              nullptr},
+    {"laCustomDescriptionItem", "foCustomDescriptionItem", &xmLabelWidgetClass,
+     UI_TEXT("") UI_SET("recomputeSize", "False") UI_SET("width", "250") UI_TOP UI_LEFT UI_RIGHT
+     UI_ABOVE("pbCustomDescriptionItem") UI_SET("alignment", "ALIGNMENT_BEGINNING")},
+    {nullptr, nullptr, nullptr, nullptr},
 };
+// clang-format on
 
 static const OV_CallbackRow s_aCallbacks[] = {
     {"mbCustom",                XmNmapCallback,      OV_instCustomMapCB      },

@@ -152,7 +152,6 @@ void OV_instUISetMainDlg(Widget dialog, _OV_InstConfigList *pConfig)
 {
     int iMost = 0;
     const int32_t *aChildren = OV_instGetConfigChildren(pConfig, &iMost);
-    Widget first = nullptr;
 
     XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_OK_BUTTON));
     XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_HELP_BUTTON));
@@ -166,11 +165,8 @@ void OV_instUISetMainDlg(Widget dialog, _OV_InstConfigList *pConfig)
             continue;
         }
         fillSlot(dialog, iSlot, OV_instGetConfigFromId(CDInstPtr, iId));
-        if (!first)
-            first = findSlot(dialog, "pbMainDlg", iSlot);
     }
     alignButtons(dialog);
-    XtVaSetValues(dialog, XmNinitialFocus, first, nullptr);
 }
 
 /* ---- callbacks ---- */
@@ -187,9 +183,20 @@ static void showDestination(Widget widget)
                          const_cast<char *>(pRoot ? pRoot : ""));
 }
 
+/* The keyboard starts at the page's first button, not at the one that leaves. */
+static void focusFirst(Widget dialog)
+{
+    int iSlot = 1;
+
+    while (iSlot < OV_MAINDLG_CHILDREN && !XtIsManaged(findSlot(dialog, "rcMainDlg", iSlot)))
+        iSlot++;
+    (void)XmProcessTraversal(findSlot(dialog, "pbMainDlg", iSlot), XmTRAVERSE_CURRENT);
+}
+
 void OV_instMainDlgMapCB(Widget widget, XtPointer, XtPointer)
 {
     showDestination(widget);
+    focusFirst(widget);
     OV_instSetWindowTitle(widget);
 }
 

@@ -23,6 +23,7 @@
 
 #define ROW                                                                                        \
     UI_SET("orientation", "HORIZONTAL")                                                            \
+    UI_SET("isAligned", "False")                                                                   \
     UI_SET("spacing", "14") UI_SET("marginWidth", "0") UI_SET("marginHeight", "3")
 #define COLUMN UI_SET("marginWidth", "0") UI_SET("marginHeight", "3") UI_SET("spacing", "2")
 #define BOLD UI_TEXT("") UI_SET("renderTable.fontStyle", "Bold")
@@ -32,32 +33,35 @@
     UI_TEXT("#title\">\"")                                                                         \
     UI_SET("alignment", "ALIGNMENT_CENTER") UI_SET("marginWidth", "8") UI_SET("marginHeight", "8")
 
+/* Rows that fill several lines are not aligned in columns. */
+// clang-format off
 static const OV_WidgetRow s_aRows[] = {
-    {"dsMainDlg",                                 nullptr,     &xmDialogShellWidgetClass,  UI_SET("title",                                                                                         "ORVANE|Setup")},
-    {"mbMainDlg",                                           "dsMainDlg",                                            &xmMessageBoxWidgetClass,                 UI_SET("dialogStyle",                                                    "DIALOG_MODELESS")},
-    {"rowColumn",                         "mbMainDlg",                                    &xmRowColumnWidgetClass,
-     UI_SET("adjustLast",                                                                    "False") UI_SET("marginWidth", "4") UI_SET("spacing", "8")},
-    {"laMainDlg",                         "rowColumn",       &xmLabelWidgetClass,
+    {"dsMainDlg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
+    {"mbMainDlg", "dsMainDlg", &xmMessageBoxWidgetClass, UI_SET("dialogStyle", "DIALOG_MODELESS")},
+    {"rowColumn", "mbMainDlg", &xmRowColumnWidgetClass,
+     UI_SET("adjustLast", "False") UI_SET("marginWidth", "4") UI_SET("spacing", "8")},
+    {"laMainDlg", "rowColumn", &xmLabelWidgetClass,
      UI_TEXT("To choose the installation you want, click on the following buttons")
-         UI_SET("marginBottom",                                           "6")},
+     UI_SET("marginBottom", "6")},
     SLOT("1", "rowColumn2"),
     SLOT("2", "rowColumn4"),
     SLOT("3", "rowColumn6"),
     SLOT("4", "rowColumn8"),
-    {"frame1",                                 "rowColumn",         &xmFrameWidgetClass,          UI_SET("marginWidth",                                                                                                                                                                    "10")},
-    {"form",                                           "frame1",                                               &xmFormWidgetClass,                              ""                                                                                                        },
-    {"label",                                      "form",                                                 &xmLabelWidgetClass,                                                                      UI_TEXT("Available space:") UI_TOP UI_LEFT},
-    {"laMainDlgAvailableSpace",                                         "form",                                                    &xmLabelWidgetClass,
+    {"frame1", "rowColumn", &xmFrameWidgetClass, UI_SET("marginWidth", "10")},
+    {"form", "frame1", &xmFormWidgetClass, ""},
+    {"label", "form", &xmLabelWidgetClass, UI_TEXT("Available space:") UI_TOP UI_LEFT},
+    {"laMainDlgAvailableSpace", "form", &xmLabelWidgetClass,
      UI_TEXT("") UI_TOP UI_RIGHT_OF("label")},
-    {"rowColumn9", "form",            &xmRowColumnWidgetClass,
-     UI_SET("orientation",                                           "HORIZONTAL") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
-         UI_SET("adjustLast", "False") UI_BELOW("label") UI_LEFT UI_RIGHT UI_BOTTOM},
-    {"txMainDlgFolder",     "rowColumn9",                &xmTextFieldWidgetClass,
-     UI_SET("columns",                                                                                                                                  "42") UI_SET("editable", "False") UI_SET("cursorPositionVisible", "False")
-         UI_SET("traversalOn", "False")},
-    {"pbMainDlgFolder",                        "rowColumn9", &xmPushButtonWidgetClass, UI_TEXT("Change Destination")                                 },
-    {nullptr,                                           nullptr,                                      nullptr,                                                nullptr                                                                                                               },
+    {"rowColumn9", "form", &xmRowColumnWidgetClass,
+     UI_SET("orientation", "HORIZONTAL") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
+     UI_SET("adjustLast", "False") UI_BELOW("label") UI_LEFT UI_RIGHT UI_BOTTOM},
+    {"txMainDlgFolder", "rowColumn9", &xmTextFieldWidgetClass,
+     UI_SET("columns", "42") UI_SET("editable", "False") UI_SET("cursorPositionVisible", "False")
+     UI_SET("traversalOn", "False")},
+    {"pbMainDlgFolder", "rowColumn9", &xmPushButtonWidgetClass, UI_TEXT("Change Destination")},
+    {nullptr, nullptr, nullptr, nullptr},
 };
+// clang-format on
 
 static const OV_CallbackRow s_aCallbacks[] = {
     {"mbMainDlg",       XmNmapCallback,      OV_instMainDlgMapCB         },

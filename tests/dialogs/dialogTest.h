@@ -1,0 +1,127 @@
+/* What the tests of dialogs share: an application on the display that DISPLAY names (the tests are
+ * skipped without one), a description, and dialogs looked at and used as a user does, by name. */
+#ifndef OVINST_TESTS_DIALOGS_DIALOGTEST_H
+#define OVINST_TESTS_DIALOGS_DIALOGTEST_H
+
+#include <X11/IntrinsicP.h>
+#include <X11/CoreP.h>
+#include <Xm/MessageB.h>
+#include <Xm/ToggleB.h>
+
+#include "dialogs/sequence.h"
+#include "engine/engineTest.h"
+#include "engine/selection.h"
+#include "engine/sizes.h"
+#include "ut/appResources.h"
+#include "ut/frameClose.h"
+#include "ut/uiut.h"
+
+/* The tests of the engine take DISPLAY away; it is kept before. */
+inline const std::string g_display = getenv("DISPLAY") ? getenv("DISPLAY") : "";
+
+struct DialogTest : EngineTest {
+    static inline Widget s_application;
+
+    void SetUp() override
+    {
+        EngineTest::SetUp();
+        if (g_display.empty())
+            GTEST_SKIP() << "no display";
+        setenv("DISPLAY", g_display.c_str(), 1);
+        if (!s_application) {
+            char caName[] = "setup";
+            char *apArgv[] = {caName, nullptr};
+            int iArgc = 1;
+            s_application = OV_instOpenApplication(&iArgc, apArgv);
+        }
+        ASSERT_NE(nullptr, s_application);
+        ASSERT_NE(nullptr, OV_instCreateMainTopLevelShell(s_application));
+        OV_instInstallationMode = 0;
+    }
+    void TearDown() override
+    {
+        if (Widget shell = OV_instGetMainTopLevelShell()) {
+            XtDestroyWidget(shell);
+            settle();
+        }
+        OV_instSetLastDlg(nullptr);
+        EngineTest::TearDown();
+    }
+
+    /* Makes packages p to s of 1 to 4 MB, suites of the names P to S, and these configurations the
+     * description; what is said to be about configuration 1 or 2 is then shown. */
+    void describe(const std::string &configurations)
+    {
+        load("Package 'p' ''\nCopy 'a' '' 644 1048576\nPackage 'q' ''\nCopy 'b' '' 644 2097152\n"
+             "Package 'r' ''\nCopy 'c' '' 644 3145728\nSuite 'P' p\nSuite 'Q' q\n"
+             "Suite 'R' Vital r\nSuite 'H' Hidden p\nConfigBegin\n" +
+             configurations + "ConfigEnd\n");
+        for (auto *pNode = CDInstPtr->pPackageHead; pNode; pNode = pNode->pNext)
+            pNode->pPackage->lSize2 = 1048576UL * (unsigned)(pNode->pPackage->pName[0] - 'p' + 1);
+    }
+
+    /* Lets everything happen that is under way. */
+    static void settle()
+    {
+        for (int i = 0; i < 3; i++) {
+            XSync(XtDisplay(s_application), False);
+            while (XtAppPending(XtWidgetToApplicationContext(s_application)) & XtIMXEvent)
+                XtAppProcessEvent(XtWidgetToApplicationContext(s_application), XtIMXEvent);
+        }
+    }
+    /* The dialog of that name on the screen; null when there is none, or more than one. */
+    static Widget shown(const char *pName)
+    {
+        const CorePart &core = OV_instGetMainTopLevelShell()->core;
+        Widget found = nullptr;
+        for (Cardinal i = 0; i < core.num_popups; i++) {
+            Widget dialog = XtNameToWidget(core.popup_list[i], pName);
+            if (!dialog || dialog->core.being_destroyed || !XtIsManaged(dialog))
+                continue;
+            if (found)
+                return nullptr;
+            found = dialog;
+        }
+        return found;
+    }
+    static std::string labelOf(Widget widget)
+    {
+        XmString label = nullptr;
+        XtVaGetValues(widget, XmNlabelString, &label, nullptr);
+        std::string text;
+        XmStringContext context = nullptr;
+        (void)XmStringInitContext(&context, label);
+        for (;;) {
+            unsigned int iLength = 0;
+            XtPointer pValue = nullptr;
+            const XmStringComponentType type = XmStringGetNextTriple(context, &iLength, &pValue);
+            if (type == XmSTRING_COMPONENT_END)
+                break;
+            if (type == XmSTRING_COMPONENT_TEXT || type == XmSTRING_COMPONENT_LOCALE_TEXT)
+                text.append(static_cast<char *>(pValue), iLength);
+            text += type == XmSTRING_COMPONENT_SEPARATOR ? "\n" : "";
+            XtFree(static_cast<char *>(pValue));
+        }
+        XmStringFreeContext(context);
+        XmStringFree(label);
+        return text;
+    }
+    static std::string label(Widget dialog, const std::string &name)
+    {
+        Widget widget = OV_instFindWidget(dialog, name.c_str());
+        return widget ? labelOf(widget) : "no " + name;
+    }
+    static bool isManaged(Widget dialog, const std::string &name)
+    {
+        return XtIsManaged(OV_instFindWidget(dialog, name.c_str()));
+    }
+    static bool press(Widget dialog, const std::string &name)
+    {
+        const bool bPressed =
+            OV_instActivateButton(OV_instFindWidget(dialog, name.c_str()), nullptr);
+        settle();
+        return bPressed;
+    }
+};
+
+#endif
