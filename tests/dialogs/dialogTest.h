@@ -3,8 +3,6 @@
 #ifndef OVINST_TESTS_DIALOGS_DIALOGTEST_H
 #define OVINST_TESTS_DIALOGS_DIALOGTEST_H
 
-#include <X11/IntrinsicP.h>
-#include <X11/CoreP.h>
 #include <Xm/MessageB.h>
 #include <Xm/ToggleB.h>
 
@@ -12,30 +10,22 @@
 #include "engine/engineTest.h"
 #include "engine/selection.h"
 #include "engine/sizes.h"
-#include "ut/appResources.h"
+#include "ut/display.h"
 #include "ut/frameClose.h"
-#include "ut/uiut.h"
-
-/* The tests of the engine take DISPLAY away; it is kept before. */
-inline const std::string g_display = getenv("DISPLAY") ? getenv("DISPLAY") : "";
 
 struct DialogTest : EngineTest {
     static inline Widget s_application;
+    const std::string m_display =
+        getenv("DISPLAY") ? getenv("DISPLAY") : ""; /* the engine's tests take it away */
 
     void SetUp() override
     {
         EngineTest::SetUp();
-        if (g_display.empty())
+        if (m_display.empty())
             GTEST_SKIP() << "no display";
-        setenv("DISPLAY", g_display.c_str(), 1);
-        if (!s_application) {
-            char caName[] = "setup";
-            char *apArgv[] = {caName, nullptr};
-            int iArgc = 1;
-            s_application = OV_instOpenApplication(&iArgc, apArgv);
-        }
+        setenv("DISPLAY", m_display.c_str(), 1);
+        s_application = testApplication();
         ASSERT_NE(nullptr, s_application);
-        ASSERT_NE(nullptr, OV_instCreateMainTopLevelShell(s_application));
         OV_instInstallationMode = 0;
     }
     void TearDown() override
@@ -46,6 +36,7 @@ struct DialogTest : EngineTest {
         }
         OV_instSetLastDlg(nullptr);
         EngineTest::TearDown();
+        setenv("DISPLAY", m_display.c_str(), 1);
     }
 
     /* Makes packages p to s of 1 to 4 MB, suites of the names P to S, and these configurations the
@@ -117,8 +108,7 @@ struct DialogTest : EngineTest {
     }
     static bool press(Widget dialog, const std::string &name)
     {
-        const bool bPressed =
-            OV_instActivateButton(OV_instFindWidget(dialog, name.c_str()), nullptr);
+        const bool bPressed = OV_instActivateButton(OV_instFindWidget(dialog, name.c_str()));
         settle();
         return bPressed;
     }
