@@ -1,0 +1,84 @@
+#include "Dialogs/ExitConfirmation.h"
+
+#include <Xm/DialogS.h>
+#include <Xm/MessageB.h>
+
+#include "dialogs/sequence.h"
+#include "ut/uibuild.h"
+
+/* A box of one button has nothing else that Escape could press. */
+#define ESCAPE_IS_OK UI_SET("translations", "#override <Key>osfCancel: BulletinBoardReturn()")
+
+#define BOX(type, style, message)                                                                  \
+    UI_SET("dialogType", type)                                                                     \
+    UI_SET("dialogStyle", style)                                                                   \
+    UI_SET("messageString", message)                                                               \
+    UI_SET("messageAlignment", "ALIGNMENT_BEGINNING")                                              \
+    UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")
+
+/* The question leaves the other dialogs live, the notice does not: all is decided by then. */
+// clang-format off
+static const OV_WidgetRow s_aQuestion[] = {
+    {"dsExitSetup", nullptr, &xmDialogShellWidgetClass, ""},
+    {"mbExitSetup", "dsExitSetup", &xmMessageBoxWidgetClass,
+     BOX("DIALOG_QUESTION", "DIALOG_MODELESS", "Are you sure you want to Exit?")
+     UI_SET("okLabelString", "Resume Setup") UI_SET("cancelLabelString", "Exit Setup")},
+    {nullptr, nullptr, nullptr, nullptr},
+};
+
+static const OV_WidgetRow s_aNotice[] = {
+    {"dsExitSetupFinish", nullptr, &xmDialogShellWidgetClass, ""},
+    {"mbExitSetupFinish", "dsExitSetupFinish", &xmMessageBoxWidgetClass,
+     BOX("DIALOG_WARNING", "DIALOG_FULL_APPLICATION_MODAL", "Setup was interrupted")
+     UI_SET("okLabelString", "OK") ESCAPE_IS_OK},
+    {nullptr, nullptr, nullptr, nullptr},
+};
+
+static const OV_WidgetRow s_aComplete[] = {
+    {"dsExitSetupComplete", nullptr, &xmDialogShellWidgetClass, ""},
+    {"mbExitSetupComplete", "dsExitSetupComplete", &xmMessageBoxWidgetClass,
+     BOX("DIALOG_INFORMATION", "DIALOG_MODELESS", "Setup is complete")
+     UI_SET("okLabelString", "OK") ESCAPE_IS_OK},
+    {nullptr, nullptr, nullptr, nullptr},
+};
+// clang-format on
+
+static const OV_CallbackRow s_aQuestionCallbacks[] = {
+    {"mbExitSetup", XmNokCallback,     ExitSetupResumeCB},
+    {"mbExitSetup", XmNcancelCallback, ExitSetupExitCB  },
+    {nullptr,       nullptr,           nullptr          },
+};
+
+static const OV_CallbackRow s_aNoticeCallbacks[] = {
+    {"mbExitSetupFinish", XmNokCallback, ExitSetupFinishCB},
+    {nullptr,             nullptr,       nullptr          },
+};
+
+static const OV_CallbackRow s_aCompleteCallbacks[] = {
+    {"mbExitSetupComplete", XmNokCallback, ExitSetupCompleteCB},
+    {nullptr,               nullptr,       nullptr            },
+};
+
+static Widget createTitled(Widget parent, const OV_WidgetRow *aRows,
+                           const OV_CallbackRow *aCallbacks)
+{
+    Widget box = OV_instBuildDialog(parent, aRows, aCallbacks);
+
+    OV_instSetWindowTitle(box);
+    return box;
+}
+
+Widget CreatembExitSetup(Widget parent)
+{
+    return createTitled(parent, s_aQuestion, s_aQuestionCallbacks);
+}
+
+Widget CreatembExitSetupFinish(Widget parent)
+{
+    return createTitled(parent, s_aNotice, s_aNoticeCallbacks);
+}
+
+Widget CreatembExitSetupComplete(Widget parent)
+{
+    return createTitled(parent, s_aComplete, s_aCompleteCallbacks);
+}
