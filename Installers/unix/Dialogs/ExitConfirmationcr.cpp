@@ -80,5 +80,9 @@ Widget CreatembExitSetupFinish(Widget parent)
 
 Widget CreatembExitSetupComplete(Widget parent)
 {
-    return createTitled(parent, s_aComplete, s_aCompleteCallbacks);
+    Widget box = createTitled(parent, s_aComplete, s_aCompleteCallbacks);
+
+    XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_CANCEL_BUTTON));
+    XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_HELP_BUTTON));
+    return box;
 }

@@ -24,7 +24,7 @@ static const OV_WidgetRow s_aRows[] = {
     {"scrolledWindow", "mbEULA", &xmScrolledWindowWidgetClass,
      UI_SET("scrollingPolicy", "APPLICATION_DEFINED") UI_SET("visualPolicy", "VARIABLE")},
     {"txEULA", "scrolledWindow", &xmTextWidgetClass,
-     READ_ONLY UI_SET("rows", "20") UI_SET("columns", "80") UI_SET("wordWrap", "True")
+     READ_ONLY UI_SET("rows", "20") UI_SET("width", "680") UI_SET("wordWrap", "True")
      UI_SET("scrollHorizontal", "False")},
     {nullptr, nullptr, nullptr, nullptr},
 };

@@ -1,0 +1,336 @@
+#include <gtest/gtest.h>
+
+#include "dialogs/firstPages.h"
+
+#include <unistd.h>
+
+#include "dialogTest.h"
+#include "dialogs/Agreement.h"
+#include "dialogs/NameOrg.h"
+#include "dialogs/Reseller.h"
+#include "dialogs/Welcome.h"
+#include "ut/privateFile.h"
+
+enum { STRANGER = 12345 };
+
+/* The first pages, with a directory of the test's own for what they keep. */
+struct FirstPages : DialogTest {
+    const std::string m_user = m_scratch / "tmp/.setupinfo-ov-user",
+                      m_reseller = m_scratch / "tmp/.setupinfo-ov-reseller";
+
+    void SetUp() override
+    {
+        GTEST_FLAG_SET(death_test_style, "threadsafe"); /* a process that ends has a connection */
+        DialogTest::SetUp();
+        if (IsSkipped())
+            return;
+        describe("1 MainDlg 'T' 'D' '' 10\n10 Suite 'P' '' '' 1\n");
+        if (!OV_instGetMainTopLevelShell())
+            (void)OV_instCreateMainTopLevelShell(s_application);
+        fs::create_directory(m_scratch / "tmp");
+        OV_instSetPrivateDirectory((m_scratch / "tmp").c_str());
+        writeFile(m_medium + "SetupFiles/eula.txt", "Be %s.\r\nBe honest.\n");
+        (void)OV_instSetCdinstDirectory(m_medium.c_str());
+    }
+    void TearDown() override
+    {
+        OV_instSetPrivateDirectory(nullptr);
+        (void)OV_instSetCdinstDirectory("");
+        DialogTest::TearDown();
+    }
+    Widget show(Widget (*fpCreate)(Widget))
+    {
+        Widget dialog = fpCreate(OV_instGetMainTopLevelShell());
+        EXPECT_FALSE(XtIsManaged(dialog));
+        XtManageChild(dialog);
+        settle();
+        return dialog;
+    }
+    static std::string title(Widget dialog)
+    {
+        return resourceOf<String>(XtParent(dialog), XmNtitle);
+    }
+    static std::string fieldsOf(Widget dialog, const std::vector<const char *> &names)
+    {
+        std::string all;
+        for (const char *pName : names)
+            all += OV_instFieldText(dialog, pName) + "|";
+        return all;
+    }
+    static std::string user(Widget dialog)
+    {
+        return fieldsOf(dialog, {"txNameOrgName", "txNameOrgOrg"});
+    }
+    static std::string reseller(Widget dialog)
+    {
+        return fieldsOf(dialog, {"txResellerName", "txResellerPhone", "txResellerEmail"});
+    }
+    static void enter(Widget dialog, const char *pField, const std::string &text)
+    {
+        XmTextFieldSetString(OV_instFindWidget(dialog, pField), (char *)text.c_str());
+    }
+    static std::string text(Widget dialog)
+    {
+        char *pText = XmTextGetString(OV_instFindWidget(dialog, "txEULA"));
+        const std::string found = pText;
+        XtFree(pText);
+        return found;
+    }
+    /* Whether both buttons lie within the dialog, and the dialog on the screen. */
+    static bool isReachable(Widget dialog)
+    {
+        const CorePart &core = dialog->core;
+        bool bWithin =
+            core.width <= WidthOfScreen(core.screen) && core.height <= HeightOfScreen(core.screen);
+        for (const char *pName : {"OK", "Cancel"}) {
+            const RectObjPart &button = ((RectObj)XtNameToWidget(dialog, pName))->rectangle;
+            bWithin = bWithin && button.x >= 0 && button.x + button.width <= core.width &&
+                      button.y >= 0 && button.y + button.height <= core.height;
+        }
+        return bWithin;
+    }
+};
+
+TEST_F(FirstPages, FromWelcomeToTheDestination)
+{
+    Widget dialog = show(CreatembWelcome);
+    EXPECT_EQ("Welcome to the \"Product\" setup program.", label(dialog, "laWelcomeTop"));
+    EXPECT_EQ(0u, label(dialog, "laWelcomeMiddle").find("WARNING: This program is protected by"));
+    EXPECT_EQ("Continue", label(dialog, "OK"));
+    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
+    EXPECT_FALSE(isManaged(dialog, "Help"));
+    EXPECT_EQ("Product setup", title(dialog));
+
+    ASSERT_TRUE(press(dialog, "OK"));
+    EXPECT_EQ(nullptr, shown("mbWelcome"));
+    ASSERT_NE(nullptr, dialog = shown("mbEULA"));
+    EXPECT_EQ("End User License Agreement", title(dialog));
+    EXPECT_EQ("I ACCEPT", label(dialog, "OK"));
+    EXPECT_EQ("I DECLINE", label(dialog, "Cancel"));
+    EXPECT_FALSE(isManaged(dialog, "Help"));
+    EXPECT_FALSE(isManaged(dialog, "Separator"));
+    EXPECT_EQ("Be %s.\nBe honest.\n", text(dialog));
+    EXPECT_FALSE(XmTextGetEditable(OV_instFindWidget(dialog, "txEULA")));
+    EXPECT_EQ("txEULA", std::string(XtName(XmGetFocusWidget(dialog))));
+
+    ASSERT_TRUE(press(dialog, "OK"));
+    EXPECT_EQ(nullptr, shown("mbEULA"));
+    EXPECT_NE(nullptr, shown("mbChangeDestination"));
+    EXPECT_TRUE(fs::is_empty(m_scratch / "tmp"));
+}
+
+TEST_F(FirstPages, AllPagesWithTheFlagSet)
+{
+    CDInstPtr->bUserOrgRes = 1;
+    ASSERT_TRUE(press(show(CreatembEULA), "OK"));
+    Widget dialog = shown("mbNameOrg");
+    ASSERT_NE(nullptr, dialog);
+    EXPECT_EQ("Product setup", title(dialog));
+    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
+    EXPECT_EQ("||", user(dialog));
+    enter(dialog, "txNameOrgName", ":t\"Ann\" %s #Lee");
+    enter(dialog, "txNameOrgOrg", "Org");
+
+    ASSERT_TRUE(press(dialog, "OK"));
+    ASSERT_TRUE(press(dialog, "OK")); /* confirmed once all the same */
+    Widget confirmation = openBox("mbNameOrgConfirm");
+    ASSERT_NE(nullptr, confirmation);
+    EXPECT_EQ(1u, XtParent(dialog)->core.num_popups);
+    EXPECT_EQ(XtParent(dialog), XtParent(XtParent(confirmation)));
+    EXPECT_EQ(":t\"Ann\" %s #Lee", label(confirmation, "laNameOrgConfirmName"));
+    EXPECT_EQ("Org", label(confirmation, "laNameOrgConfirmOrg"));
+    EXPECT_EQ("Change", label(confirmation, "Cancel"));
+    EXPECT_FALSE(isManaged(confirmation, "Help"));
+    ASSERT_TRUE(press(confirmation, "Cancel"));
+    EXPECT_EQ(nullptr, openBox("mbNameOrgConfirm"));
+    EXPECT_EQ(":t\"Ann\" %s #Lee|Org|", user(dialog));
+    EXPECT_EQ("none", fs::exists(m_user) ? readFile(m_user) : "none");
+
+    enter(dialog, "txNameOrgOrg", ""); /* need not be given */
+    ASSERT_TRUE(press(dialog, "OK"));
+    ASSERT_TRUE(press(openBox("mbNameOrgConfirm"), "OK"));
+    EXPECT_EQ(":t\"Ann\" %s #Lee\n\n", readFile(m_user));
+    EXPECT_EQ(nullptr, shown("mbNameOrg"));
+    ASSERT_NE(nullptr, dialog = shown("mbReseller"));
+    EXPECT_EQ("Product setup", title(dialog));
+    EXPECT_FALSE(isManaged(dialog, "Help"));
+    EXPECT_EQ(0u, label(dialog, "laReseller").find("Information about your Reseller or Dealer:\n"));
+
+    enter(dialog, "txResellerPhone", "12 34");
+    ASSERT_TRUE(press(dialog, "OK")); /* nothing is required here */
+    ASSERT_NE(nullptr, confirmation = openBox("mbResellerConfirm"));
+    EXPECT_EQ("", label(confirmation, "laResellerConfirmName"));
+    EXPECT_EQ("12 34", label(confirmation, "laResellerConfirmPhone"));
+    ASSERT_TRUE(press(confirmation, "Cancel"));
+    EXPECT_EQ("|12 34||", reseller(dialog));
+    enter(dialog, "txResellerEmail", "a@b");
+    ASSERT_TRUE(press(dialog, "OK"));
+    ASSERT_TRUE(press(openBox("mbResellerConfirm"), "OK"));
+    EXPECT_EQ("\n12 34\na@b\n", readFile(m_reseller));
+    EXPECT_EQ(nullptr, shown("mbReseller"));
+    EXPECT_NE(nullptr, shown("mbChangeDestination"));
+
+    EXPECT_EQ(":t\"Ann\" %s #Lee||", user(show(CreatembNameOrg))); /* the next run */
+    EXPECT_EQ("|12 34|a@b|", reseller(show(CreatembReseller)));
+}
+
+TEST_F(FirstPages, ANameIsRequired)
+{
+    Widget dialog = show(CreatembNameOrg);
+
+    for (const char *pName : {"", " \t "}) {
+        std::string refusal, button;
+        enter(dialog, "txNameOrgName", pName);
+        enter(dialog, "txNameOrgOrg", "Org");
+        Later answer(s_application, 150, [&] {
+            Widget box = openBox();
+            ASSERT_NE(nullptr, box);
+            refusal = labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL));
+            button = label(box, "OK");
+            EXPECT_TRUE(press(box, "OK"));
+        });
+        ASSERT_TRUE(press(dialog, "OK"));
+        EXPECT_EQ("A name is required", refusal);
+        EXPECT_EQ("OK", button);
+        EXPECT_TRUE(XtIsManaged(dialog));
+        EXPECT_EQ(nullptr, openBox("mbNameOrgConfirm"));
+        EXPECT_EQ(std::string(pName) + "|Org|", user(dialog));
+    }
+}
+
+TEST_F(FirstPages, ReadsWhatIsThere)
+{
+    const struct {
+        std::string file;
+        std::string seen;
+    } aCases[] = {
+        {"", "||"},
+        {"Ann", "Ann||"},
+        {"Ann\n\n", "Ann||"},
+        {"\nOrg\nmore\n", "|Org|"},
+        {std::string(499, 'x') + "\nOrg\n", std::string(499, 'x') + "|Org|"},
+        {std::string(600, 'x') + "\nOrg\n", std::string(499, 'x') + "|Org|"},
+    };
+
+    for (const auto &row : aCases) {
+        ASSERT_EQ(0, OV_instWritePrivate(m_user.c_str(), row.file.c_str()));
+        EXPECT_EQ(row.seen, user(show(CreatembNameOrg))) << row.file;
+    }
+}
+
+TEST_F(FirstPages, TrapsAreNeitherReadNorWritten)
+{
+    const std::string secret = m_scratch / "secret";
+    const struct {
+        const char *pTrap;
+        std::function<bool()> plant;
+    } aTraps[] = {
+        {"symbolic link", [&] { return symlink(secret.c_str(), m_user.c_str()) == 0; }},
+        {"hard link", [&] { return link(secret.c_str(), m_user.c_str()) == 0; }},
+        {"a stranger's file",
+         [&] {
+             writeFile(m_user, "secret\n");
+             return chown(m_user.c_str(), STRANGER, STRANGER) == 0;
+         }},
+        {"no directory", [&] { return fs::remove(m_scratch / "tmp"); }},
+    };
+
+    writeFile(secret, "secret\n");
+    for (const auto &trap : aTraps) {
+        SCOPED_TRACE(trap.pTrap);
+        if (!trap.plant())
+            continue; /* an ordinary user cannot give a file away */
+        Widget dialog = show(CreatembNameOrg);
+        EXPECT_EQ("||", user(dialog));
+        enter(dialog, "txNameOrgName", "Ann");
+        ASSERT_TRUE(press(dialog, "OK"));
+        ASSERT_TRUE(press(openBox("mbNameOrgConfirm"), "OK"));
+        ASSERT_NE(nullptr, shown("mbReseller")); /* it goes on */
+        EXPECT_EQ("secret\n", readFile(secret));
+        EXPECT_TRUE(!fs::exists(m_user) || readFile(m_user) == "secret\n");
+        XtDestroyWidget(XtParent(shown("mbReseller")));
+        (void)fs::remove(m_user);
+    }
+}
+
+TEST_F(FirstPages, LongTextsLeaveTheButtonsInReach)
+{
+    std::string longText;
+    for (int i = 0; i < 3000; i++)
+        longText += "A line of the agreement, and one word: " + std::string(i % 200, 'w') + "\n";
+    longText += "caf\xe9 \xa7"; /* not in the characters of the locale */
+    writeFile(m_medium + "SetupFiles/eula.txt", longText);
+    free(CDInstPtr->pProductName);
+    CDInstPtr->pProductName = strdup((std::string(60, 'W') + "%s").c_str());
+
+    Widget dialog = show(CreatembWelcome);
+    EXPECT_TRUE(isReachable(dialog));
+    EXPECT_NE(std::string::npos, label(dialog, "laWelcomeTop").find("WW%s\"\nsetup program."));
+    ASSERT_TRUE(press(dialog, "OK"));
+    EXPECT_TRUE(isReachable(shown("mbEULA")));
+    EXPECT_GE(text(shown("mbEULA")).size(), longText.size());
+
+    dialog = show(CreatembNameOrg);
+    enter(dialog, "txNameOrgName", std::string(499, 'W'));
+    EXPECT_TRUE(isReachable(dialog));
+    ASSERT_TRUE(press(dialog, "OK"));
+    EXPECT_TRUE(isReachable(openBox("mbNameOrgConfirm")));
+}
+
+TEST_F(FirstPages, WaysOut)
+{
+    const auto report = [](Widget box) {
+        fprintf(stderr, "<%s>", labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL)).c_str());
+        (void)press(box, "Cancel");
+    };
+    const struct {
+        Widget (*fpCreate)(Widget);
+        const char *pStop;
+    } aRows[] = {{CreatembWelcome, "\\."}, {CreatembNameOrg, ""}, {CreatembReseller, ""}};
+
+    for (const auto &row : aRows) {
+        const auto leave = [&] {
+            Widget dialog = show(row.fpCreate);
+            Later question(s_application, 150, [&] { report(openBox("mbExitSetup")); });
+            Later notice(s_application, 300,
+                         [] { (void)press(openBox("mbExitSetupFinish"), "OK"); });
+            closeFrame(XtParent(dialog));
+            runFor(dialog, 3000);
+        };
+        EXPECT_EXIT(leave(), testing::ExitedWithCode(10),
+                    std::string("<Are you sure you want to Exit.\nSetup has not yet modified any "
+                                "files") +
+                        row.pStop + ">$");
+    }
+
+    EXPECT_EXIT((void)press(show(CreatembEULA), "Cancel"), testing::ExitedWithCode(0), "^$");
+    const auto escape = [&] {
+        pressKey(XtParent(show(CreatembEULA)), XK_Escape); /* the keyboard is in the text */
+        runFor(s_application, 3000);
+    };
+    EXPECT_EXIT(escape(), testing::ExitedWithCode(0), "^$");
+    fs::remove(m_medium + "SetupFiles/eula.txt");
+    const auto unreadable = [&] {
+        Later answer(s_application, 150, [&] {
+            fprintf(stderr, "%s ", label(openBox(), "OK").c_str());
+            fprintf(stderr, "<%s>",
+                    replaced(labelOf(XmMessageBoxGetChild(openBox(), XmDIALOG_MESSAGE_LABEL)),
+                             m_medium, "M/")
+                        .c_str());
+            (void)press(openBox(), "OK");
+        });
+        (void)show(CreatembEULA);
+    };
+    EXPECT_EXIT(unreadable(), testing::ExitedWithCode(1),
+                "^Exit setup <Error: could not read <M/SetupFiles/eula.txt>>$");
+}
+
+TEST_F(FirstPages, ReturnAcceptsFromWithinTheText)
+{
+    Widget dialog = show(CreatembEULA);
+
+    pressKey(XtParent(dialog), XK_Return);
+    runFor(s_application, 200);
+    EXPECT_EQ(nullptr, shown("mbEULA"));
+    EXPECT_NE(nullptr, shown("mbChangeDestination"));
+}
