@@ -1,0 +1,212 @@
+#include "dialogs/Maintenance.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <Xm/MessageB.h>
+
+#include "Dialogs/ExitConfirmation.h"
+#include "dialogs/sequence.h"
+#include "dialogs/wrappedLabel.h"
+#include "engine/configWalk.h"
+#include "engine/driver.h"
+#include "engine/installer.h"
+#include "engine/setupState.h"
+#include "ut/looks.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+enum { MAINTENANCE_CONFIG = 2, WELCOME_WIDTH = 460 };
+
+static struct {
+    Widget dialog; /* the one made last; null when it is gone */
+} s_maintenance;
+
+static void forget(Widget dialog, XtPointer, XtPointer)
+{
+    if (s_maintenance.dialog == dialog)
+        s_maintenance.dialog = nullptr;
+}
+
+void OV_instMaintenanceUse(Widget dialog)
+{
+    s_maintenance.dialog = dialog;
+    OV_instSetMaintenanceExists();
+    XtAddCallback(dialog, XmNdestroyCallback, forget, nullptr);
+}
+
+static _OV_InstConfigList *maintenanceConfig()
+{
+    return OV_instGetConfigFromId(CDInstPtr, MAINTENANCE_CONFIG);
+}
+
+/* Whether the only thing that could be added or removed is everything. */
+static bool isSingleSuite(const _OV_InstConfigList *pRoot)
+{
+    int iMost = 0;
+    const int32_t *aChildren = OV_instGetConfigChildren(pRoot, &iMost);
+
+    if (!pRoot || pRoot->iType != OV_CONFIG_CUSDLG || !aChildren || !aChildren[0] || aChildren[1])
+        return false;
+    const _OV_InstConfigList *pOnly = OV_instGetConfigFromId(CDInstPtr, aChildren[0]);
+    return pOnly && pOnly->iType == OV_CONFIG_SUITE;
+}
+
+void OV_DisableAddButtonIfNecessary()
+{
+    if (s_maintenance.dialog && isSingleSuite(maintenanceConfig()))
+        XtSetSensitive(OV_instFindWidget(s_maintenance.dialog, "pbMaintenanceAddRemove"), False);
+}
+
+/* ---- flags ---- */
+
+/* A walk passes over the members that do not exist; they are told here. */
+static void tellMissing(const _OV_InstConfigList *pGroup, const char *pMessage)
+{
+    int iMost = 0;
+    const int32_t *aChildren = OV_instGetConfigChildren(pGroup, &iMost);
+
+    for (int i = 0; aChildren && i < iMost && aChildren[i] > 0; i++)
+        if (!OV_instGetConfigFromId(CDInstPtr, aChildren[i]))
+            puts(pMessage);
+}
+
+void SetSelectedFlags(_OV_InstConfigList *pConfig, int iValue)
+{
+    static const char s_caMissing[] = "Error in SetSelectedFlafs"; /* misspelt: meant so */
+    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
+
+    if (!pConfig)
+        puts(s_caMissing);
+    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get())) {
+        pVisit->pConfig->iSelected = iValue;
+        if (pVisit->pConfig->iType != OV_CONFIG_CUSDLG)
+            continue;
+        pVisit->pConfig->iInstalled = 1;
+        tellMissing(pVisit->pConfig, s_caMissing);
+    }
+}
+
+void SetInstalledFlags(_OV_InstConfigList *pConfig, int iValue)
+{
+    static const char s_caMissing[] = "Error in SetInstalledFlags";
+    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
+
+    if (!pConfig)
+        puts(s_caMissing);
+    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get())) {
+        const int iType = pVisit->pConfig->iType;
+        if (iType == OV_CONFIG_CUSDLG)
+            tellMissing(pVisit->pConfig, s_caMissing);
+        if (iType != OV_CONFIG_SUITE || !pVisit->pConfig->pData)
+            continue;
+        auto *pData = static_cast<_OV_InstSuiteChoice *>(pVisit->pConfig->pData);
+        if (pData->pSuite)
+            pData->pSuite->iState = iValue;
+    }
+}
+
+/* ---- callbacks ---- */
+
+void OV_instMaintenanceWelcomeCreateCB(Widget label, XtPointer, XtPointer)
+{
+    OwnedText text(OV_instStrPrint("Welcome to the %s installation maintenance program.",
+                                   OV_instGetProductName()));
+
+    if (label)
+        OV_instSetFoldedLabel(label, text.get(),
+                              OV_instScaleLength(XtDisplay(label), WELCOME_WIDTH));
+}
+
+void OV_instMaintenanceMapCB(Widget widget, XtPointer, XtPointer)
+{
+    Widget addRemove = OV_instFindWidget(widget, "pbMaintenanceAddRemove");
+
+    XtUnmanageChild(XmMessageBoxGetChild(widget, XmDIALOG_OK_BUTTON));
+    XtUnmanageChild(XmMessageBoxGetChild(widget, XmDIALOG_HELP_BUTTON));
+    OV_makeAllWidgetSameMaxWidth(addRemove, OV_instFindWidget(widget, "pbMaintenanceRemoveall"),
+                                 nullptr);
+    OV_instSetWindowTitle(widget);
+    /* Where it is insensitive the keyboard starts at the button that leaves, not at the one that
+     * removes everything. */
+    (void)XmProcessTraversal(
+        XtIsSensitive(addRemove) ? addRemove : XmMessageBoxGetChild(widget, XmDIALOG_CANCEL_BUTTON),
+        XmTRAVERSE_CURRENT);
+}
+
+void OV_instMaintenaceExitCB(Widget widget, XtPointer, XtPointer)
+{
+    OV_exitSetupConfirmation(OV_instGetShell(widget), "Setup has not yet modified any files",
+                             OV_instGetProductName());
+}
+
+[[noreturn]] static void noMaintenance()
+{
+    (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(),
+                                    "Error: invalid or incomplete setup configuration file",
+                                    "Exit Setup", nullptr, nullptr);
+    exit(1);
+}
+
+/* What was chosen in an earlier visit is forgotten. */
+static void resetChoices(const _OV_InstConfigList *pRoot)
+{
+    int iMost = 0;
+    const int32_t *aChildren = OV_instGetConfigChildren(pRoot, &iMost);
+
+    for (int i = 0; aChildren && i < iMost && aChildren[i] > 0; i++)
+        if (_OV_InstConfigList *pChild = OV_instGetConfigFromId(CDInstPtr, aChildren[i]))
+            pChild->iSelected = pChild->iInstalled;
+}
+
+void OV_instMaintenanceAddRemoveCB(Widget widget, XtPointer, XtPointer)
+{
+    _OV_InstConfigList *pRoot = maintenanceConfig();
+
+    if (!pRoot)
+        noMaintenance();
+    XtDestroyWidget(OV_instGetShell(widget));
+    OV_instInstallationMode = 1;
+    resetChoices(pRoot);
+    OV_instConfigureCustomDlgCB(nullptr, pRoot, nullptr);
+    pRoot->pParent = nullptr; /* its Cancel comes back here, whatever was visited before */
+}
+
+/* Without a run there would be no window left to go on with. */
+static void startRun(_OV_InstConfigList *pRoot, OV_InstMode iMode)
+{
+    if (OV_instCommandLineInstall(CDInstPtr, pRoot, iMode) == 0)
+        return;
+    Widget again = CreatembMaintenance(OV_instGetMainTopLevelShell());
+    OV_DisableAddButtonIfNecessary();
+    XtManageChild(again);
+}
+
+static bool isSure(const char *pQuestion)
+{
+    return OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), pQuestion, "Yes", "No",
+                                     nullptr) == 0;
+}
+
+void OV_instMaintenanceRemoveallCB(Widget widget, XtPointer, XtPointer)
+{
+    _OV_InstConfigList *pRoot = maintenanceConfig();
+
+    if (!isSure("Remove all files - are you sure ?"))
+        return;
+    XtDestroyWidget(OV_instGetShell(widget));
+    SetSelectedFlags(pRoot, 0);
+    startRun(pRoot, OV_INST_DELETE_MODE);
+}
+
+void OV_instMaintenanceReinstallCB(Widget widget, XtPointer, XtPointer)
+{
+    _OV_InstConfigList *pRoot = maintenanceConfig();
+
+    if (!isSure("Reinstall files - are you sure ?"))
+        return;
+    XtDestroyWidget(OV_instGetShell(widget));
+    SetInstalledFlags(pRoot, 0);
+    startRun(pRoot, OV_INST_INSTALL_MODE);
+}
