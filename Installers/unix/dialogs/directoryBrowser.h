@@ -1,0 +1,40 @@
+/* A modal file selection box in which the user points at a directory: the destination, a medium,
+ * preferences. Only directories are listed. */
+#ifndef OVINST_DIALOGS_DIRECTORYBROWSER_H
+#define OVINST_DIALOGS_DIRECTORYBROWSER_H
+
+#include <X11/Intrinsic.h>
+
+/* What a browser is made of. The texts are copied. */
+typedef struct _OV_DirectoryBrowser {
+    const char *pShellName;
+    const char *pTitle; /* null: that of every dialog, "PRODUCT setup" */
+    const char *pBoxName;
+    const char *pListLabel; /* over the list of directories */
+    const char *pStart;     /* the directory that is listed first */
+    const char *pSelection; /* the text that is selected first; null: what the listing selects */
+    XtCallbackProc fpOk;    /* of the box; its selection is OV_instGetBrowsed's */
+    XtCallbackProc fpCancel;
+    XtPointer pClient; /* of both */
+} OV_DirectoryBrowser;
+
+/* Makes the browser over parent, unmanaged; the result is its file selection box, which stays open
+ * after each answer until the program takes it down. Closing its frame is Cancel. */
+Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *pBrowser);
+
+/* Shows the box, waits until *piDone is set (it is cleared first) or the box is destroyed, and
+ * takes it down. */
+void OV_instRunDirectoryBrowser(Widget box, int *piDone);
+
+/* Takes the box off the screen and destroys its shell. */
+void OV_instCloseDirectoryBrowser(Widget box);
+
+/* The text that is selected, a new string that the caller frees; null without memory. */
+char *OV_instGetBrowsed(Widget box);
+
+/* pPath, or where it is relative, the path joined to the working directory: a new string. Null with
+ * *ppReason, which may be null, "can't get current working directory" or "can't build destination
+ * path". */
+char *OV_instGetAbsoluteChoice(const char *pPath, const char **ppReason);
+
+#endif
