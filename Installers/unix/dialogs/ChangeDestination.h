@@ -8,7 +8,16 @@
 Widget CreatembChangeDestination(Widget parent);
 
 /* Opens the browser over a dialog's shell and returns when it has been answered; the root
- * destination is then what the user chose, or as it was. */
+ * destination is then what the user chose, or as it was. When what was chosen holds an installation
+ * to be maintained, OV_instInstallationMode is 1. */
 void OV_instChangeDestination(Widget parent);
+
+/* Callbacks, the latter two of the browser. */
+void OV_instChangeDestinationMapCB(Widget widget, XtPointer pClient, XtPointer pCall);
+void OV_instChangeDestinationOKCB(Widget widget, XtPointer pClient, XtPointer pCall);
+void OV_instChangeDestinationExitCB(Widget widget, XtPointer pClient, XtPointer pCall);
+void OV_instChangeDestinationActivateCB(Widget widget, XtPointer pClient, XtPointer pCall);
+void OV_instChangeDestinationBrowseOkCB(Widget box, XtPointer pClient, XtPointer pCall);
+void OV_instChangeDestinationBrowseCancelCB(Widget box, XtPointer pClient, XtPointer pCall);
 
 #endif

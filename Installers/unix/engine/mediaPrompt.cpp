@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "dialogs/SourcePrompt.h"
 #include "engine/records.h"
 #include "engine/setupState.h"
 #include "ut/owned.h"
@@ -21,6 +22,8 @@ int OV_instAbortRetryMessageBox(FILE *, const char *pLabel, const char *pFile, c
     OwnedText message(OV_instStrPrint("%s: %s", pLabel, pFile));
     iAnswer = OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), message.get(), "Continue",
                                         "Browse...", "Abort");
+    if (iAnswer == ANSWER_BROWSE)
+        OV_instBrowseForSource(pFile, ppSource, OV_instGetSourceDirectory());
     return iAnswer;
 }
 

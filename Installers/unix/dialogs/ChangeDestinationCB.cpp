@@ -1,0 +1,164 @@
+#include "dialogs/ChangeDestination.h"
+
+#include <cstdlib>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <Xm/MessageB.h>
+#include <Xm/TextF.h>
+
+#include "Dialogs/ExitConfirmation.h"
+#include "dialogs/Maintenance.h"
+#include "dialogs/directoryBrowser.h"
+#include "dialogs/sequence.h"
+#include "engine/destinationTrial.h"
+#include "engine/fileOps.h"
+#include "engine/setupState.h"
+#include "engine/sizes.h"
+#include "ut/owned.h"
+#include "ut/uiut.h"
+
+enum { FOLDER_MODE = 0755 };
+
+static int ChangeDestinationDone; /* ends the browser's loop */
+
+/* ---- the browser ---- */
+
+static bool isThere(const char *pPath)
+{
+    struct stat info;
+
+    return stat(pPath, &info) == 0;
+}
+
+static bool say(Widget box, const char *pFormat, const char *pText)
+{
+    (void)OV_instDisplayMessage(OV_instGetShell(box), "OK", nullptr, nullptr, pFormat, pText);
+    return false;
+}
+
+static bool tellInternal(Widget box, const char *pReason)
+{
+    return say(box, "Internal error:\n(OV_instChangeDestinationBrowseOkCB) %s", pReason);
+}
+
+/* Whether the folder is there, created where the user wants it. */
+static bool provideFolder(Widget box, const char *pPath)
+{
+    if (isThere(pPath))
+        return true;
+    if (OV_instDisplayMessage(
+            OV_instGetShell(box), "Yes", "No", nullptr,
+            "The destination folder:\n'%s'\ndoes not exist. Do you want to create it?", pPath) != 0)
+        return false;
+    if (OV_instMkdir(pPath, FOLDER_MODE, nullptr) < 0)
+        return say(box, "Unable to create install directory:\n%s", pPath);
+    return true;
+}
+
+/* Whether setup can go on with the destination; if not, it is what it was before. */
+static bool takeDestination(Widget box, const char *pPath)
+{
+    OwnedTrial trial(OV_instTryDestination(pPath));
+
+    if (!trial)
+        return tellInternal(box, "can't duplicate destination path");
+    if (!OV_instFoundInstallation(trial.get()))
+        return true;
+    if (OV_instOkCancelMessageBox(
+            OV_instGetShell(box),
+            "Previous installation found.\nDo you want to run setup in maintenance mode ?", "Yes",
+            "No", nullptr) == 0) {
+        OV_instInstallationMode = 1;
+        return true;
+    }
+    OV_instUndoTrial(trial.get());
+    return false;
+}
+
+void OV_instChangeDestinationBrowseOkCB(Widget box, XtPointer, XtPointer)
+{
+    const char *pReason = nullptr;
+    OwnedText text(OV_instGetBrowsed(box));
+
+    if (text && !text.get()[0]) /* nothing is chosen; the working directory is not meant */
+        return;
+    OwnedText path(OV_instGetAbsoluteChoice(text.get(), &pReason));
+    if (!path)
+        (void)tellInternal(box, pReason);
+    else if (provideFolder(box, path.get()) && takeDestination(box, path.get()))
+        ChangeDestinationDone = 1;
+}
+
+void OV_instChangeDestinationBrowseCancelCB(Widget, XtPointer, XtPointer)
+{
+    ChangeDestinationDone = 1;
+}
+
+void OV_instChangeDestination(Widget parent)
+{
+    const char *pRoot = OV_instGetRootDestinationDirectory();
+    OwnedText working(getcwd(nullptr, 0));
+    const char *pStart = pRoot && isThere(pRoot) ? pRoot : working.get();
+    const OV_DirectoryBrowser browser = {"dsChangeDestinationSelection",
+                                         nullptr,
+                                         "fsbChangeDestinationSelection",
+                                         "Destination",
+                                         pStart ? pStart : "",
+                                         pRoot ? pRoot : "",
+                                         OV_instChangeDestinationBrowseOkCB,
+                                         OV_instChangeDestinationBrowseCancelCB,
+                                         nullptr};
+
+    OV_instRunDirectoryBrowser(OV_instCreateDirectoryBrowser(parent, &browser),
+                               &ChangeDestinationDone);
+}
+
+/* ---- the dialog ---- */
+
+static void showDestination(Widget widget)
+{
+    char caSpace[OV_SIZE_TEXT] = "";
+    const char *pRoot;
+
+    OV_instGetFreeSpaceString(OV_instGetDestinationDirectory(), caSpace);
+    OV_instSetLiteralLabel(OV_instFindWidget(widget, "laChangeDestinationAvailableSpace"), caSpace);
+    pRoot = OV_instGetRootDestinationDirectory();
+    XmTextFieldSetString(OV_instFindWidget(widget, "tfChangeDestination"),
+                         const_cast<char *>(pRoot ? pRoot : ""));
+}
+
+void OV_instChangeDestinationMapCB(Widget widget, XtPointer, XtPointer)
+{
+    XtUnmanageChild(XmMessageBoxGetChild(widget, XmDIALOG_HELP_BUTTON));
+    showDestination(widget);
+    OV_instSetWindowTitle(widget);
+}
+
+void OV_instChangeDestinationActivateCB(Widget widget, XtPointer, XtPointer)
+{
+    Widget shell = OV_instGetShell(widget);
+
+    OV_instChangeDestination(shell);
+    if (!OV_instInstallationMode) {
+        showDestination(widget);
+        return;
+    }
+    Widget maintenance = CreatembMaintenance(OV_instGetMainTopLevelShell());
+    XtDestroyWidget(shell);
+    OV_DisableAddButtonIfNecessary();
+    XtManageChild(maintenance);
+}
+
+void OV_instChangeDestinationOKCB(Widget widget, XtPointer, XtPointer)
+{
+    XtDestroyWidget(OV_instGetShell(widget));
+    OV_instShowFirstMainDlg();
+}
+
+void OV_instChangeDestinationExitCB(Widget widget, XtPointer, XtPointer)
+{
+    OV_exitSetupConfirmation(OV_instGetShell(widget), "Setup has not yet modified any files.",
+                             OV_instGetProductName());
+}

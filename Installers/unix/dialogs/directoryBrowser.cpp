@@ -1,0 +1,137 @@
+#include "dialogs/directoryBrowser.h"
+
+#include <climits>
+#include <cstring>
+#include <string>
+#include <unistd.h>
+
+#include <Xm/DialogS.h>
+#include <Xm/FileSB.h>
+#include <Xm/TextF.h>
+
+#include "dialogs/sequence.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/bxutils.h"
+#include "ut/frameClose.h"
+#include "ut/looks.h"
+#include "ut/owned.h"
+#include "ut/uiut.h"
+
+static const char s_caLooks[] = "width: 500\nheight: 450\n";
+
+static Widget createShell(Widget parent, const OV_DirectoryBrowser *pBrowser)
+{
+    Widget shell =
+        XtVaCreatePopupShell(pBrowser->pShellName, xmDialogShellWidgetClass, parent, nullptr);
+
+    if (pBrowser->pTitle)
+        XtVaSetValues(shell, XmNtitle, pBrowser->pTitle, nullptr);
+    else
+        OV_instSetWindowTitle(shell);
+    return shell;
+}
+
+/* A shell named after a file can have characters in its name that mean something to resources. */
+static void addLooks(Widget shell, const char *pBoxName)
+{
+    Widget named = strpbrk(XtName(shell), ".*?") ? XtParent(shell) : shell;
+
+    (void)OV_instAddWidgetLooks(named, pBoxName, xmFileSelectionBoxWidgetClass, s_caLooks);
+}
+
+/* The mask for all that is in a directory. */
+static XmString maskOf(const char *pStart)
+{
+    std::string mask = std::string(pStart) + "/*";
+
+    (void)OV_instRemoveExtraSlash(mask.data()); /* fails for null only */
+    return OV_instLiteralXmString(mask.c_str());
+}
+
+/* The end of a long path says more than its beginning. */
+static void select(Widget box, const char *pSelection)
+{
+    Widget text = XtNameToWidget(box, "Text");
+
+    XmTextFieldSetString(text, const_cast<char *>(pSelection));
+    XmTextFieldSetInsertionPosition(text, XmTextFieldGetLastPosition(text));
+}
+
+Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *pBrowser)
+{
+    Widget shell = createShell(parent, pBrowser);
+    XmString mask = maskOf(pBrowser->pStart);
+    XmString label = OV_instLiteralXmString(pBrowser->pListLabel);
+
+    addLooks(shell, pBrowser->pBoxName);
+    Widget box = XtVaCreateWidget(
+        pBrowser->pBoxName, xmFileSelectionBoxWidgetClass, shell, XmNautoUnmanage, False,
+        XmNdialogStyle, XmDIALOG_FULL_APPLICATION_MODAL, XmNfileTypeMask, XmFILE_DIRECTORY,
+        XmNfileListLabelString, label, XmNdirMask, mask, nullptr);
+    XmStringFree(label);
+    XmStringFree(mask);
+    XtUnmanageChild(XmFileSelectionBoxGetChild(box, XmDIALOG_HELP_BUTTON));
+    XtAddCallback(box, XmNokCallback, pBrowser->fpOk, pBrowser->pClient);
+    XtAddCallback(box, XmNcancelCallback, pBrowser->fpCancel, pBrowser->pClient);
+    OV_instHandleFrameClose(box, nullptr);
+    if (pBrowser->pSelection)
+        select(box, pBrowser->pSelection);
+    return box;
+}
+
+void OV_instCloseDirectoryBrowser(Widget box)
+{
+    if (!box)
+        return;
+    XtUnmanageChild(box); /* within nested loops the destruction may come much later */
+    XtDestroyWidget(OV_instGetShell(box));
+}
+
+static void noteGone(Widget, XtPointer box, XtPointer)
+{
+    *(Widget *)box = nullptr;
+}
+
+void OV_instRunDirectoryBrowser(Widget box, int *piDone)
+{
+    Widget open = box;
+
+    if (!box || !piDone)
+        return;
+    *piDone = 0;
+    XtAddCallback(box, XmNdestroyCallback, noteGone, &open);
+    XtManageChild(box);
+    OV_instMainLoop(box, piDone);
+    if (!open)
+        return;
+    XtRemoveCallback(box, XmNdestroyCallback, noteGone, &open); /* its variable is about to go */
+    OV_instCloseDirectoryBrowser(box);
+}
+
+char *OV_instGetBrowsed(Widget box)
+{
+    char *pText = XmTextFieldGetString(XtNameToWidget(box, "Text"));
+    char *pCopy = pText ? strdup(pText) : nullptr;
+
+    XtFree(pText);
+    return pCopy;
+}
+
+static char *failed(const char **ppReason, const char *pReason)
+{
+    if (ppReason)
+        *ppReason = pReason;
+    return nullptr;
+}
+
+char *OV_instGetAbsoluteChoice(const char *pPath, const char **ppReason)
+{
+    char caDirectory[PATH_MAX];
+
+    if (pPath && pPath[0] != '/' && !getcwd(caDirectory, sizeof(caDirectory)))
+        return failed(ppReason, "can't get current working directory");
+    char *pAbsolute = nullptr;
+    if (pPath)
+        pAbsolute = pPath[0] == '/' ? strdup(pPath) : OV_instBuildPath(caDirectory, pPath, nullptr);
+    return pAbsolute ? pAbsolute : failed(ppReason, "can't build destination path");
+}
