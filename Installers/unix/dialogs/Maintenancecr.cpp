@@ -15,7 +15,9 @@
     UI_SET("orientation", "HORIZONTAL")                                                            \
     UI_SET("isAligned", "False")                                                                   \
     UI_SET("spacing", "14") UI_SET("marginWidth", "0") UI_SET("marginHeight", "3")
-#define COLUMN UI_SET("marginWidth", "0") UI_SET("marginHeight", "3")
+/* Stretched to the button's height, so that the text is level with the button's. */
+#define COLUMN                                                                                     \
+    UI_SET("orientation", "HORIZONTAL") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
 #define BUTTON UI_SET("alignment", "ALIGNMENT_CENTER") UI_SET("marginHeight", "10")
 
 // clang-format off

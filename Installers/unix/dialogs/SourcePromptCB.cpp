@@ -74,11 +74,11 @@ void OV_BrowseSourceExitCB(Widget box, XtPointer, XtPointer)
     closeBrowser(box);
 }
 
-/* The source directory with its links resolved; the slash makes it the directory that is meant and
+/* The source directory with its links resolved; the dot makes it the directory that is meant and
  * not the one above. */
 static char *realSource(const char *pSource)
 {
-    OwnedText directory(pSource ? OV_instBuildPath(pSource, "", nullptr) : nullptr);
+    OwnedText directory(pSource ? OV_instBuildPath(pSource, ".", nullptr) : nullptr);
 
     return directory ? OV_instGetRealPath(directory.get()) : nullptr;
 }

@@ -7,6 +7,7 @@
 
 #include <Xm/DialogS.h>
 #include <Xm/FileSB.h>
+#include <Xm/List.h>
 #include <Xm/TextF.h>
 
 #include "dialogs/sequence.h"
@@ -15,9 +16,12 @@
 #include "ut/frameClose.h"
 #include "ut/looks.h"
 #include "ut/owned.h"
+#include "ut/uibuild.h"
 #include "ut/uiut.h"
 
-static const char s_caLooks[] = "width: 500\nheight: 450\n";
+/* Names rather than paths in the lists, or a long path would leave the second list no room. */
+static const char s_caLooks[] = UI_SET("width", "500") UI_SET("height", "450")
+    UI_SET("pathMode", "PATH_MODE_RELATIVE") UI_SET("fileFilterStyle", "FILTER_HIDDEN_FILES");
 
 static Widget createShell(Widget parent, const OV_DirectoryBrowser *pBrowser)
 {
@@ -48,13 +52,41 @@ static XmString maskOf(const char *pStart)
     return OV_instLiteralXmString(mask.c_str());
 }
 
+/* A new string. */
+static char *textOf(XmString string)
+{
+    XtPointer pText =
+        XmStringUnparse(string, nullptr, XmCHARSET_TEXT, XmCHARSET_TEXT, nullptr, 0, XmOUTPUT_ALL);
+    char *pCopy = pText ? strdup(static_cast<char *>(pText)) : nullptr;
+
+    XtFree(static_cast<char *>(pText));
+    return pCopy;
+}
+
 /* The end of a long path says more than its beginning. */
 static void select(Widget box, const char *pSelection)
 {
-    Widget text = XtNameToWidget(box, "Text");
+    Widget text = XmFileSelectionBoxGetChild(box, XmDIALOG_TEXT);
 
     XmTextFieldSetString(text, const_cast<char *>(pSelection));
     XmTextFieldSetInsertionPosition(text, XmTextFieldGetLastPosition(text));
+}
+
+/* The lists show names only, and the toolkit would select the name alone. */
+static void selectEntry(Widget, XtPointer box, XtPointer call)
+{
+    const auto *pCall = static_cast<const XmListCallbackStruct *>(call);
+    XmString directory = nullptr;
+
+    XtVaGetValues(static_cast<Widget>(box), XmNdirectory, &directory, nullptr);
+    OwnedText name(textOf(pCall->item));
+    OwnedText listed(textOf(directory));
+    XmStringFree(directory);
+    if (!name || !listed || name.get()[0] == '/')
+        return;
+    OwnedText path(OV_instBuildPath(listed.get(), name.get(), nullptr));
+    if (path)
+        select(static_cast<Widget>(box), path.get());
 }
 
 Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *pBrowser)
@@ -73,6 +105,8 @@ Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *p
     XtUnmanageChild(XmFileSelectionBoxGetChild(box, XmDIALOG_HELP_BUTTON));
     XtAddCallback(box, XmNokCallback, pBrowser->fpOk, pBrowser->pClient);
     XtAddCallback(box, XmNcancelCallback, pBrowser->fpCancel, pBrowser->pClient);
+    XtAddCallback(XmFileSelectionBoxGetChild(box, XmDIALOG_LIST), XmNbrowseSelectionCallback,
+                  selectEntry, box);
     OV_instHandleFrameClose(box, nullptr);
     if (pBrowser->pSelection)
         select(box, pBrowser->pSelection);
@@ -110,7 +144,7 @@ void OV_instRunDirectoryBrowser(Widget box, int *piDone)
 
 char *OV_instGetBrowsed(Widget box)
 {
-    char *pText = XmTextFieldGetString(XtNameToWidget(box, "Text"));
+    char *pText = XmTextFieldGetString(XmFileSelectionBoxGetChild(box, XmDIALOG_TEXT));
     char *pCopy = pText ? strdup(pText) : nullptr;
 
     XtFree(pText);
