@@ -150,6 +150,7 @@ TEST_F(ChangeDestination, ShowsTheDestinationAndLeadsOn)
                   .find("Setup will install the program in the following destination "
                         "directory.\n\nTo install to this directory, click OK.\n\nTo install to "
                         "a different directory, click Change Destination"));
+    EXPECT_EQ('.', label(dialog, "label").back()) << "an empty line below the text";
     EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
     EXPECT_FALSE(isManaged(dialog, "Help"));
     EXPECT_STREQ("Product setup", resourceOf<String>(XtParent(dialog), XmNtitle));

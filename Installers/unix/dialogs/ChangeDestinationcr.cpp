@@ -16,7 +16,7 @@
     ":t\"\":t\"To install to this directory, click OK.\""                                          \
     ":t\"\":t\"To install to a different directory, click Change Destination and choose\""         \
     ":t\"another directory.\""                                                                     \
-    ":t\"\":t\"You can choose not to install the program by clicking Exit Setup.\""
+    ":t\"\"\"You can choose not to install the program by clicking Exit Setup.\""
 
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {
