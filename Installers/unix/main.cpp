@@ -1,7 +1,6 @@
 #include <clocale>
-#include <cstdio>
-#include <cstdlib>
 
+#include "dialogs/start.h"
 #include "engine/startup.h"
 
 int main(int argc, char **argv)
@@ -13,8 +12,5 @@ int main(int argc, char **argv)
     (void)setlocale(LC_CTYPE, "");
     OV_instPrepareEnvironment();
     OV_instProcessArgs(argc, argv, &pDescription, &pDestination); /* returns for the dialogs only */
-    free(pDescription);
-    free(pDestination);
-    fputs("Error: this setup has no dialogs yet, run it with -cmdline\n", stderr);
-    return 1;
+    return OV_instStartDialogs(argc, argv, pDescription, pDestination);
 }

@@ -274,7 +274,8 @@ TEST(Options, WithoutCmdlineTheDialogsTakeOver)
     RunResult result = medium.run({"-noroot", "-dest", medium.dest});
 
     EXPECT_EQ(result.iStatus, 1);
-    EXPECT_EQ(result.err, "Error: this setup has no dialogs yet, run it with -cmdline\n");
+    EXPECT_EQ(result.err,
+              "Error: can't open the display, run setup with -cmdline where there is none\n");
     EXPECT_FALSE(std::filesystem::exists(medium.dest));
 }
 

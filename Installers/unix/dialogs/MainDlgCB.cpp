@@ -208,8 +208,7 @@ void OV_instMainDlgExitCB(Widget widget, XtPointer, XtPointer)
     if (!pLeft)
         exit(1);
     if (!pLeft->pParent) {
-        OV_exitSetupConfirmation(shell, "Setup has not yet modified any files",
-                                 OV_instGetProductName());
+        OV_exitSetupConfirmation(shell, "Setup has not yet modified any files", "");
         return;
     }
     Widget dialog = CreatembMainDlg(OV_instGetTLShell(widget));

@@ -1,6 +1,5 @@
 #include "dialogs/Progress.h"
 
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +9,7 @@
 #include <Xm/Xm.h>
 
 #include "dialogs/sequence.h"
+#include "engine/progressReader.h"
 #include "ut/messageBox.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
@@ -191,14 +191,14 @@ void OV_instProgressCancelCB(Widget widget, XtPointer, XtPointer)
     iChild = static_cast<pid_t>(reinterpret_cast<intptr_t>(pUserData));
     if (iChild <= 0)
         return;
-    (void)kill(iChild, SIGSTOP); /* a child that is gone needs no stopping */
+    OV_instPauseRun(iChild);
     if (OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(),
                                   "Setup is not yet completed.\n\n"
                                   "If you quit now, the product will not be installed\n"
                                   "properly.\n\nQuit Setup?",
                                   "Yes", "No", nullptr) == 0) {
-        (void)kill(iChild, SIGKILL);
+        OV_instKillRun(iChild);
         exit(STATUS_QUIT);
     }
-    (void)kill(iChild, SIGCONT);
+    OV_instResumeRun(iChild);
 }

@@ -7,6 +7,7 @@
 
 #include "dialogs/Custom.h"
 #include "dialogs/MainDlg.h"
+#include "dialogs/Viewlog.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/messageBox.h"
@@ -93,4 +94,10 @@ void OV_instShowFirstMainDlg()
     }
     pFirst->pParent = nullptr;
     showMainDlg(pFirst);
+}
+
+void OV_instPopupAfterMoveDataDialogs(Widget widget)
+{
+    if (CDInstPtr && CDInstPtr->bDisplayLog)
+        OV_instPopupViewlog(widget);
 }

@@ -13,6 +13,7 @@
 #include "engine/driver.h"
 #include "engine/fileOps.h"
 #include "engine/history.h"
+#include "engine/progressReader.h"
 #include "engine/records.h"
 #include "engine/registry.h"
 #include "engine/selection.h"
@@ -22,6 +23,8 @@
 #include "engine/toolChest.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
+#include "ut/Scheme.h"
+#include "ut/appResources.h"
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
@@ -91,6 +94,7 @@ static int runRegistryAndPost(const ChildRun *pRun)
     static const OV_CustomPass s_post[] = {OV_CUSTOM_POST};
     int iMask;
 
+    synchronise(pRun->pDest); /* as long as there is a dialog to look at */
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_PASS_COMPLETED);
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_REGISTRY);
     iMask = runPasses(pRun, s_registry, 1, OV_INST_INSTALL_MODE);
@@ -142,14 +146,42 @@ static void dieWithParent(pid_t iParent)
         _exit(1);
 }
 
+/* A group of its own, so that stopping or ending the child reaches the commands that it runs. Both
+ * sides call it: whoever comes first. An unattended run stays in the terminal's group, whose
+ * interrupt key is the way to end it. */
+static void leadGroup(pid_t iChild)
+{
+    if (mainShell())
+        (void)setpgid(iChild, iChild); /* fails when the child is gone, and then nobody minds */
+}
+
+/* The parent's connection is left alone, and not even closed by the protocol: the server would
+ * think that the parent has gone. The child has one of its own, for the media prompt; where there
+ * cannot be one, it asks nobody. */
+static void openOwnDisplay()
+{
+    static char s_caName[] = "ovint Installer thread";
+    char *apNames[] = {s_caName, nullptr};
+    int iCount = 1;
+    char **apArgv = OV_instNewArgv(&iCount, apNames);
+    /* The toolkit's font cache still speaks to the parent's connection now and then. */
+    OwnedFd nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
+
+    (void)dup3(nowhere.iFd, ConnectionNumber(XtDisplay(mainShell())), O_CLOEXEC);
+    (void)OV_instCreateMainTopLevelShell(OV_instOpenApplication(&iCount, apArgv));
+}
+
 [[noreturn]] static void childMain(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
                                    pid_t iParent, FILE *pRead, FILE *pWrite)
 {
     int iMask;
 
     dieWithParent(iParent);
+    leadGroup(0);
     (void)fclose(pRead);
     (void)signal(SIGCHLD, SIG_DFL);
+    if (mainShell())
+        openOwnDisplay();
     iMask = OV_instRunInstallation(pRoot, pConfig, s_run.sRemoveAll, pWrite);
     (void)fflush(nullptr); /* _exit leaves the parent's exit handlers alone, and buffers too */
     _exit(iMask ? (iMask & 0xff ? iMask & 0xff : 1) : 0);
@@ -281,7 +313,11 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
     }
     if (iChild == 0)
         childMain(pRoot, pConfig, iParent, fromChild.release(), toParent.release());
-    return followRun(iChild, &fromChild, &toParent);
+    if (!mainShell())
+        return followRun(iChild, &fromChild, &toParent);
+    leadGroup(iChild);
+    OV_instCreateProgressBar(mainShell(), fileno(fromChild.release()), iChild, iRemoveAll);
+    return 0;
 }
 
 int OV_instInterfaceInstall(_OV_instCDinst *, const char *, FILE **ppStream, pid_t *piChild)

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,18 +23,24 @@
 #include "ut/strprint.h"
 #include "ut/uiut.h"
 
-enum { CARRY_SIZE = 5000 };
+enum {
+    CARRY_SIZE = 5000,
+    WATCH_MSEC = 1000,
+    SHOW_MSEC = 20 /* as often as anybody can see; drawing more would slow the child down */
+};
 
 static struct {
     int iFd;
     pid_t iChild;
     int iRemoveAll;
-    XtInputId input; /* 0 while the pipe is not read */
-    Widget progress; /* the message box; null when there is none */
+    XtInputId input;    /* 0 while the pipe is not read */
+    XtIntervalId watch; /* the child is looked after while the pipe is read */
+    Widget progress;    /* the message box; null when there is none */
     OV_RecordSplitter splitter;
     uint64_t ulSum;
     int installError;
-    int iPercent; /* what is still to be shown: -1 for nothing */
+    int iPercent;       /* what is still to be shown: -1 for nothing */
+    XtIntervalId shown; /* runs while what was shown last is new */
     char caShown[CARRY_SIZE];
 } s_reader;
 
@@ -42,18 +49,48 @@ static Widget mainShell()
     return OV_instGetMainTopLevelShell();
 }
 
+static void watchChild(XtPointer, XtIntervalId *);
+
 static void listen(bool bOn)
 {
     if (bOn == (s_reader.input != 0))
         return;
     if (bOn) {
-        s_reader.input =
-            XtAppAddInput(XtWidgetToApplicationContext(mainShell()), s_reader.iFd,
-                          reinterpret_cast<XtPointer>(XtInputReadMask), UpdateProgressBar, nullptr);
+        XtAppContext app = XtWidgetToApplicationContext(mainShell());
+
+        s_reader.input = XtAppAddInput(app, s_reader.iFd, (XtPointer)XtInputReadMask,
+                                       UpdateProgressBar, nullptr);
+        s_reader.watch = XtAppAddTimeOut(app, WATCH_MSEC, watchChild, nullptr);
     } else {
         XtRemoveInput(s_reader.input);
+        XtRemoveTimeOut(s_reader.watch);
         s_reader.input = 0;
     }
+}
+
+/* ---- signals ---- */
+
+static void signalRun(pid_t iChild, int iSignal)
+{
+    if (iChild > 0 && kill(-iChild, iSignal) < 0)
+        (void)kill(iChild, iSignal); /* it leads no group (yet), or is gone */
+}
+
+void OV_instPauseRun(pid_t iChild)
+{
+    listen(false);
+    signalRun(iChild, SIGSTOP);
+}
+
+void OV_instResumeRun(pid_t iChild)
+{
+    signalRun(iChild, SIGCONT);
+    listen(true);
+}
+
+void OV_instKillRun(pid_t iChild)
+{
+    signalRun(iChild, SIGKILL);
 }
 
 static void destroyProgress(Widget, XtPointer, XtPointer)
@@ -63,14 +100,23 @@ static void destroyProgress(Widget, XtPointer, XtPointer)
 
 /* ---- progress ---- */
 
-/* Shows what the last progress record said. Only the last of those that came together is drawn:
- * nobody could see the others, and drawing each would make the child wait. */
+/* Shows what the last progress record said. */
 static void showProgress()
 {
     if (s_reader.iPercent < 0)
         return;
     OV_instProgressUpdate(s_reader.iPercent, s_reader.caShown[0] ? s_reader.caShown : nullptr);
     s_reader.iPercent = -1;
+}
+
+static void showInTime(XtPointer, XtIntervalId *)
+{
+    s_reader.shown = 0;
+    if (s_reader.iPercent < 0)
+        return;
+    showProgress();
+    s_reader.shown =
+        XtAppAddTimeOut(XtWidgetToApplicationContext(mainShell()), SHOW_MSEC, showInTime, nullptr);
 }
 
 static int percentDone()
@@ -107,8 +153,7 @@ static void abortRun()
 {
     listen(false);
     (void)signal(SIGCHLD, SIG_IGN);
-    (void)kill(-s_reader.iChild, SIGKILL); /* the child leads a group of its own */
-    (void)kill(s_reader.iChild, SIGKILL);
+    OV_instKillRun(s_reader.iChild);
     (void)waitpid(s_reader.iChild, nullptr, WNOHANG);
     if (!OV_instMaintenanceExists() && !s_reader.iRemoveAll)
         OV_RemoveHistoryFile(OV_instGetDestinationDirectory());
@@ -128,6 +173,9 @@ static void finishRun()
     listen(false);
     OV_instPopupAfterMoveDataDialogs(mainShell());
     tellResult(!s_reader.installError);
+    /* The child would die with us before its last steps, which follow the marker. */
+    while (waitpid(s_reader.iChild, nullptr, 0) < 0 && errno == EINTR)
+        ;
     exit(0);
 }
 
@@ -146,6 +194,20 @@ static void childDied()
     takeDownProgress();
     tellResult(false);
     exit(1);
+}
+
+/* A process that the child left behind may keep the pipe open for ever. */
+static void watchChild(XtPointer, XtIntervalId *)
+{
+    siginfo_t info = {};
+    struct pollfd pipeEnd = {s_reader.iFd, POLLIN, 0};
+
+    if (waitid(P_PID, static_cast<id_t>(s_reader.iChild), &info, WEXITED | WNOHANG | WNOWAIT) ==
+            0 &&
+        info.si_pid && poll(&pipeEnd, 1, 0) == 0)
+        childDied();
+    s_reader.watch =
+        XtAppAddTimeOut(XtWidgetToApplicationContext(mainShell()), WATCH_MSEC, watchChild, nullptr);
 }
 
 /* ---- markers ---- */
@@ -219,8 +281,7 @@ static void onError(const char *pLine)
 {
     const char *pText = strlen(pLine) < 4 ? pLine : pLine + 3;
 
-    listen(false);
-    (void)kill(s_reader.iChild, SIGSTOP);
+    OV_instPauseRun(s_reader.iChild);
     s_reader.installError = 1;
     debugBox("Error 2");
     if (strcmp(pText, "abort") == 0)
@@ -229,8 +290,7 @@ static void onError(const char *pLine)
     if (OV_instOkCancelMessageBox(mainShell(), question.get(), "Yes", "No", nullptr) != 0)
         abortRun();
     (void)OV_instUpdateLogfile("%s\n", pText); /* the log is optional */
-    (void)kill(s_reader.iChild, SIGCONT);
-    listen(true);
+    OV_instResumeRun(s_reader.iChild);
 }
 
 static void onRecord(const char *pLine, void *)
@@ -259,7 +319,8 @@ void UpdateProgressBar(XtPointer, int *piFd, XtInputId *)
     if (iRead == 0)
         childDied();
     OV_instSplitRecords(&s_reader.splitter, caBytes, static_cast<size_t>(iRead), onRecord, nullptr);
-    showProgress();
+    if (!s_reader.shown)
+        showInTime(nullptr, nullptr);
 }
 
 void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild, int iRemoveAll)

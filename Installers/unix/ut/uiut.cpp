@@ -83,6 +83,7 @@ Widget OV_instGetMainTopLevelShell()
 
 Widget OV_instCreateMainTopLevelShell(Widget parent)
 {
+    MainTopLevelShell = nullptr;
     if (!parent)
         return nullptr;
 

@@ -13,7 +13,7 @@ Widget OV_instGetMainTopLevelShell();
 
 /* Makes the main shell below an application's shell: realized at the screen's centre, never mapped
  * by itself. It replaces an earlier one, which a child process inherits from its parent and must
- * not touch. Null for a null parent. */
+ * not touch. For a null parent the result is null, and there is no main shell from then on. */
 Widget OV_instCreateMainTopLevelShell(Widget parent);
 
 /* The nearest shell, or top-level shell, at or above the widget; null if there is none. */

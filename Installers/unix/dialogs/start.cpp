@@ -1,0 +1,112 @@
+#include "dialogs/start.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "description/reader.h"
+#include "dialogs/Maintenance.h"
+#include "dialogs/Welcome.h"
+#include "engine/history.h"
+#include "engine/setupState.h"
+#include "engine/sizes.h"
+#include "ut/HtmlHelp.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/Scheme.h"
+#include "ut/appResources.h"
+#include "ut/messageBox.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/uiut.h"
+
+enum { MAINTENANCE_CONFIG = 2 };
+
+[[noreturn]] static void stop(const char *pMessage)
+{
+    (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), pMessage, "OK", nullptr,
+                                    nullptr);
+    exit(1);
+}
+
+/* The application's shell, or null when the display cannot be opened. */
+static Widget openApplication(int argc, char **argv)
+{
+    int iCount = argc;
+    char **apArgv = OV_instNewArgv(&iCount, argv);
+    int iLeft = iCount;
+    Widget shell = OV_instOpenApplication(&iLeft, apArgv);
+
+    OV_instFreeArgv(iLeft, apArgv);
+    return shell;
+}
+
+static void readDescription(const char *pPath)
+{
+    CDInstPtr = OV_instReadCDinst(pPath, nullptr);
+    if (CDInstPtr)
+        return;
+    OwnedText message(OV_instStrPrint("Error reading setup configuration file\n<%s>\n"
+                                      "Please make sure to run the setup directly from the CDROM",
+                                      pPath));
+    stop(message ? message.get() : "Internal error at startup");
+}
+
+static void computeSizes()
+{
+    if (OV_instSetSizes(CDInstPtr) == -1)
+        stop("Error during initialization of size calculation");
+}
+
+static void setHelpDirectory()
+{
+    OwnedText path(OV_instBuildPath(OV_instGetSourceDirectory(), "Setup/Help/", nullptr));
+
+    if (!path)
+        stop("Error during help initilization"); /* the misspelling stays */
+    OV_instSetHelpDirectory(path.get());
+}
+
+/* Whether the product is installed in the destination. */
+static int checkHistory()
+{
+    OwnedText dest(strdup(OV_instGetDestinationDirectory()));
+
+    return OV_UpdateSuiteHistory(CDInstPtr, OV_instGetConfigFromId(CDInstPtr, MAINTENANCE_CONFIG),
+                                 CDInstPtr->pSuiteHead, dest.get(), OV_instGetProductName(),
+                                 OV_instGetProductVersion());
+}
+
+static Widget createFirstDialog()
+{
+    Widget parent = OV_instGetMainTopLevelShell();
+    Widget dialog;
+
+    if (!checkHistory())
+        return CreatembWelcome(parent);
+    dialog = CreatembMaintenance(parent);
+    OV_DisableAddButtonIfNecessary();
+    return dialog;
+}
+
+int OV_instStartDialogs(int argc, char **argv, char *pDescription, char *pDestination)
+{
+    OwnedText description(pDescription);
+    OwnedText destination(pDestination);
+    Widget shell = openApplication(argc, argv);
+
+    if (!shell) {
+        fputs("Error: can't open the display, run setup with -cmdline where there is none\n",
+              stderr);
+        return 1;
+    }
+    (void)OV_instCreateMainTopLevelShell(shell);
+    readDescription(description.get());
+    /* Only a description that names no destination takes the one of the options. */
+    (void)OV_instSetRootDestination(CDInstPtr->pInstallDir ? CDInstPtr->pInstallDir
+                                                           : destination.get());
+    computeSizes();
+    setHelpDirectory();
+    XtManageChild(createFirstDialog());
+    XtAppMainLoop(XtWidgetToApplicationContext(shell));
+    return 0;
+}
