@@ -155,20 +155,27 @@ static void leadGroup(pid_t iChild)
         (void)setpgid(iChild, iChild); /* fails when the child is gone, and then nobody minds */
 }
 
-/* The parent's connection is left alone, and not even closed by the protocol: the server would
- * think that the parent has gone. The child has one of its own, for the media prompt; where there
- * cannot be one, it asks nobody. */
 static void openOwnDisplay()
 {
     static char s_caName[] = "ovint Installer thread";
     char *apNames[] = {s_caName, nullptr};
     int iCount = 1;
     char **apArgv = OV_instNewArgv(&iCount, apNames);
+
+    (void)OV_instCreateMainTopLevelShell(OV_instOpenApplication(&iCount, apArgv));
+}
+
+/* The parent's connection is left alone, and not even closed by the protocol: the server would
+ * think that the parent has gone. The child gets one of its own, for the media prompt and modules,
+ * but few runs need it, and opening it takes longer than many files. Where there cannot be one, the
+ * child asks nobody. */
+static void leaveParentsDisplay()
+{
     /* The toolkit's font cache still speaks to the parent's connection now and then. */
     OwnedFd nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
 
     (void)dup3(nowhere.iFd, ConnectionNumber(XtDisplay(mainShell())), O_CLOEXEC);
-    (void)OV_instCreateMainTopLevelShell(OV_instOpenApplication(&iCount, apArgv));
+    OV_instMakeMainTopLevelShellLater(openOwnDisplay);
 }
 
 [[noreturn]] static void childMain(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
@@ -181,7 +188,7 @@ static void openOwnDisplay()
     (void)fclose(pRead);
     (void)signal(SIGCHLD, SIG_DFL);
     if (mainShell())
-        openOwnDisplay();
+        leaveParentsDisplay();
     iMask = OV_instRunInstallation(pRoot, pConfig, s_run.sRemoveAll, pWrite);
     (void)fflush(nullptr); /* _exit leaves the parent's exit handlers alone, and buffers too */
     _exit(iMask ? (iMask & 0xff ? iMask & 0xff : 1) : 0);

@@ -42,7 +42,7 @@ static int selfRegFailure(FILE *pStream, int iPlace)
 
 static bool hasDisplay()
 {
-    return OV_instGetMainTopLevelShell() || getenv("DISPLAY");
+    return getenv("DISPLAY") || OV_instGetMainTopLevelShell();
 }
 
 static char *expandDestination(const char *pText, const char *pDest)
