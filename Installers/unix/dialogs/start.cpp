@@ -12,7 +12,6 @@
 #include "engine/sizes.h"
 #include "ut/HtmlHelp.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/Scheme.h"
 #include "ut/appResources.h"
 #include "ut/messageBox.h"
 #include "ut/owned.h"
@@ -26,18 +25,6 @@ enum { MAINTENANCE_CONFIG = 2 };
     (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), pMessage, "OK", nullptr,
                                     nullptr);
     exit(1);
-}
-
-/* The application's shell, or null when the display cannot be opened. */
-static Widget openApplication(int argc, char **argv)
-{
-    int iCount = argc;
-    char **apArgv = OV_instNewArgv(&iCount, argv);
-    int iLeft = iCount;
-    Widget shell = OV_instOpenApplication(&iLeft, apArgv);
-
-    OV_instFreeArgv(iLeft, apArgv);
-    return shell;
 }
 
 static void readDescription(const char *pPath)
@@ -92,7 +79,7 @@ int OV_instStartDialogs(int argc, char **argv, char *pDescription, char *pDestin
 {
     OwnedText description(pDescription);
     OwnedText destination(pDestination);
-    Widget shell = openApplication(argc, argv);
+    Widget shell = OV_instOpenApplicationAs(argc, argv);
 
     if (!shell) {
         fputs("Error: can't open the display, run setup with -cmdline where there is none\n",

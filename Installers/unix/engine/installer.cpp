@@ -23,7 +23,6 @@
 #include "engine/toolChest.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
-#include "ut/Scheme.h"
 #include "ut/appResources.h"
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
@@ -159,10 +158,8 @@ static void openOwnDisplay()
 {
     static char s_caName[] = "ovint Installer thread";
     char *apNames[] = {s_caName, nullptr};
-    int iCount = 1;
-    char **apArgv = OV_instNewArgv(&iCount, apNames);
 
-    (void)OV_instCreateMainTopLevelShell(OV_instOpenApplication(&iCount, apArgv));
+    (void)OV_instCreateMainTopLevelShell(OV_instOpenApplicationAs(1, apNames));
 }
 
 /* The parent's connection is left alone, and not even closed by the protocol: the server would

@@ -3,8 +3,11 @@
 #include <X11/Shell.h>
 #include <Xm/RepType.h>
 #include <Xm/Xm.h>
+#include <algorithm>
 #include <string>
+#include <vector>
 
+#include "ut/Scheme.h"
 #include "ut/bxutils.h"
 #include "ut/looks.h"
 
@@ -205,6 +208,19 @@ static void addFonts(Widget shell)
     OV_instAddLook(pDisplay, "*renderTable*fontFoundry", pFoundry);
     if (!OV_instUserNames(pDisplay, s_apFontLists))
         addLooks(pDisplay, hasXftFont(shell, pFoundry) ? s_aXftFonts : s_aServerFonts);
+}
+
+Widget OV_instOpenApplicationAs(int argc, char **argv)
+{
+    int iCount = argc;
+    char **apArgv = OV_instNewArgv(&iCount, argv);
+    std::vector<char *> words(apArgv, apArgv + iCount); /* the toolkit drops those that it knows */
+    int iLeft = iCount;
+    Widget shell = OV_instOpenApplication(&iLeft, apArgv);
+
+    std::copy(words.begin(), words.end(), apArgv);
+    OV_instFreeArgv(iCount, apArgv);
+    return shell;
 }
 
 Widget OV_instOpenApplication(int *piArgc, char **apArgv)

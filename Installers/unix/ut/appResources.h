@@ -10,4 +10,7 @@
  * the display cannot be opened. Each process of a run calls it once. */
 Widget OV_instOpenApplication(int *piArgc, char **apArgv);
 
+/* The same with a rebuilt vector (Scheme.h), which is freed again; the given one stays as it is. */
+Widget OV_instOpenApplicationAs(int argc, char **argv);
+
 #endif
