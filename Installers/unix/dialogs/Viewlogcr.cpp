@@ -17,17 +17,18 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("okLabelString", "Done") UI_SET("dialogStyle", "DIALOG_MODELESS")
      UI_SET("defaultButtonType", "DIALOG_OK_BUTTON") UI_SET("defaultPosition", "False")
      UI_SET("x", "7") UI_SET("y", "31") UI_SET("width", "425") UI_SET("height", "248")},
-    {"frame", "mbViewlog", &xmFrameWidgetClass, UI_SET("marginWidth", "14")},
-    {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "10")},
+    {"frame", "mbViewlog", &xmFrameWidgetClass,
+     UI_SET("marginWidth", "14") UI_SET("marginHeight", "10")},
+    {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
     {"label", "form", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Installation Setup Log\"") UI_TOP UI_LEFT},
-    {"form1", "form", &xmFormWidgetClass,
-     UI_SET("horizontalSpacing", "14") UI_BELOW("label") UI_LEFT UI_RIGHT},
-    {"pushButton", "form1", &xmPushButtonWidgetClass,
-     UI_TEXT("View Log") UI_TOP UI_BOTTOM UI_LEFT UI_SET("leftOffset", "0")},
+    {"form1", "form", &xmFormWidgetClass, UI_SET("verticalSpacing", "10")
+     UI_SET("horizontalSpacing", "0") UI_BELOW("label") UI_LEFT UI_RIGHT},
     {"label1", "form1", &xmLabelWidgetClass,
      UI_TEXT(":::t\"View information about events that occur\"\"during setup.\"")
-     UI_TOP UI_BOTTOM UI_RIGHT_OF("pushButton")},
+     UI_SET("topOffset", "0") UI_TOP UI_LEFT},
+    {"pushButton", "form1", &xmPushButtonWidgetClass,
+     UI_TEXT("View Log") UI_BELOW("label1") UI_LEFT UI_SET("leftOffset", "2") UI_BOTTOM},
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on

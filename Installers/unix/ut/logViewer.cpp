@@ -32,11 +32,11 @@ enum { PIECE = 65536 };
 static const char s_caSetupHelp[] = "https://www.orvane.example/help/setup.html";
 
 #define LOG_WINDOW                                                                                 \
-    UI_SET("scrollingPolicy", "APPLICATION_DEFINED")                                               \
-    UI_SET("visualPolicy", "VISUAL_VARIABLE") UI_SET("width", "600") UI_SET("height", "600")
+    UI_SET("scrollingPolicy", "APPLICATION_DEFINED") UI_SET("visualPolicy", "VARIABLE")
 #define LOG_TEXT                                                                                   \
     UI_SET("editMode", "MULTI_LINE_EDIT")                                                          \
-    UI_SET("editable", "False") UI_SET("cursorPositionVisible", "False")
+    UI_SET("editable", "False")                                                                    \
+    UI_SET("cursorPositionVisible", "False") UI_SET("width", "600") UI_SET("height", "600")
 
 XtIntervalId g_xTimer;
 
@@ -148,28 +148,28 @@ static void HelpCB(Widget widget, XtPointer, XtPointer)
 }
 
 /* The buttons below the text must be on the screen whatever its size. */
-static void fitToScreen(Widget window)
+static void fitToScreen(Widget text)
 {
-    Display *pDisplay = XtDisplay(window);
+    Display *pDisplay = XtDisplay(text);
     Dimension width = 0;
     Dimension height = 0;
-    int iMostWidth = WidthOfScreen(XtScreen(window)) - OV_instScaleLength(pDisplay, 60);
-    int iMostHeight = HeightOfScreen(XtScreen(window)) - OV_instScaleLength(pDisplay, 180);
+    int iMostWidth = WidthOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 60);
+    int iMostHeight = HeightOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 180);
 
-    XtVaGetValues(window, XmNwidth, &width, XmNheight, &height, nullptr);
-    XtVaSetValues(window, XmNwidth, width > iMostWidth ? (Dimension)iMostWidth : width, XmNheight,
+    XtVaGetValues(text, XmNwidth, &width, XmNheight, &height, nullptr);
+    XtVaSetValues(text, XmNwidth, width > iMostWidth ? (Dimension)iMostWidth : width, XmNheight,
                   height > iMostHeight ? (Dimension)iMostHeight : height, nullptr);
 }
 
 /* The path as the box's message, broken behind slashes where it is wider than the text below it. */
-static void showPath(Widget box, Widget window)
+static void showPath(Widget box, Widget text)
 {
     Widget label = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
     std::string path = displayable(g_caLogName);
     XmRenderTable table = nullptr;
     Dimension width = 0;
 
-    XtVaGetValues(window, XmNwidth, &width, nullptr);
+    XtVaGetValues(text, XmNwidth, &width, nullptr);
     XtVaGetValues(label, XmNrenderTable, &table, nullptr);
     XmString whole = OV_instLiteralXmString(path.c_str());
     size_t lWidth = XmStringWidth(table, whole);
@@ -193,7 +193,7 @@ static Widget createLogWindow(Widget parent, int *piDone)
 {
     Widget box = OV_instBuildDialog(parent, s_aLogRows, nullptr);
     Widget help = XmMessageBoxGetChild(box, XmDIALOG_HELP_BUTTON);
-    Widget window = OV_instFindWidget(box, "swLogViewer");
+    Widget text = OV_instFindWidget(box, "txLogViewer");
 
     XtVaSetValues(box, XmNuserData, piDone, nullptr);
     XtAddCallback(box, XmNokCallback, MessageBoxCB, (XtPointer)(intptr_t)1);
@@ -203,8 +203,8 @@ static Widget createLogWindow(Widget parent, int *piDone)
     XtAddCallback(help, XmNactivateCallback, HelpCB, nullptr);
     if (!OV_instHasHelp())
         XtUnmanageChild(help);
-    fitToScreen(window);
-    showPath(box, window);
+    fitToScreen(text);
+    showPath(box, text);
     return box;
 }
 
