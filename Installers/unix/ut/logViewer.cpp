@@ -130,6 +130,27 @@ static FILE *openText(const char *pPath)
 
 /* ---- the log's window ---- */
 
+/* What is above and below the text, which is iOthers pixels high besides margins and buttons, must
+ * be on the screen as well. */
+static void fitToScreen(Widget text, int iOthers)
+{
+    Display *pDisplay = XtDisplay(text);
+    Dimension width = 0;
+    Dimension height = 0;
+    short iColumns = 0;
+    short iRows = 0;
+    int iMostWidth = WidthOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 60);
+    int iMostHeight = HeightOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 160) - iOthers;
+
+    XtVaGetValues(text, XmNwidth, &width, XmNheight, &height, XmNcolumns, &iColumns, XmNrows,
+                  &iRows, nullptr);
+    /* By rows and columns, since its window would ignore a size that it is given. */
+    if (width > iMostWidth)
+        XtVaSetValues(text, XmNcolumns, iColumns * iMostWidth / width, nullptr);
+    if (height > iMostHeight)
+        XtVaSetValues(text, XmNrows, iRows * iMostHeight / height, nullptr);
+}
+
 static void MessageBoxCB(Widget box, XtPointer done, XtPointer)
 {
     int *piDone = nullptr;
@@ -147,20 +168,6 @@ static void HelpCB(Widget widget, XtPointer, XtPointer)
     OV_instHtmlHelpCB(widget, nullptr, s_caSetupHelp);
 }
 
-/* The buttons below the text must be on the screen whatever its size. */
-static void fitToScreen(Widget text)
-{
-    Display *pDisplay = XtDisplay(text);
-    Dimension width = 0;
-    Dimension height = 0;
-    int iMostWidth = WidthOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 60);
-    int iMostHeight = HeightOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 180);
-
-    XtVaGetValues(text, XmNwidth, &width, XmNheight, &height, nullptr);
-    XtVaSetValues(text, XmNwidth, width > iMostWidth ? (Dimension)iMostWidth : width, XmNheight,
-                  height > iMostHeight ? (Dimension)iMostHeight : height, nullptr);
-}
-
 /* The path as the box's message, broken behind slashes where it is wider than the text below it. */
 static void showPath(Widget box, Widget text)
 {
@@ -168,6 +175,7 @@ static void showPath(Widget box, Widget text)
     std::string path = displayable(g_caLogName);
     XmRenderTable table = nullptr;
     Dimension width = 0;
+    Dimension height = 0;
 
     XtVaGetValues(text, XmNwidth, &width, nullptr);
     XtVaGetValues(label, XmNrenderTable, &table, nullptr);
@@ -187,6 +195,8 @@ static void showPath(Widget box, Widget text)
     }
     OV_instSetLiteralLabel(label, path.c_str());
     XtManageChild(label);
+    XtVaGetValues(label, XmNheight, &height, nullptr);
+    fitToScreen(text, height);
 }
 
 static Widget createLogWindow(Widget parent, int *piDone)
@@ -203,7 +213,7 @@ static Widget createLogWindow(Widget parent, int *piDone)
     XtAddCallback(help, XmNactivateCallback, HelpCB, nullptr);
     if (!OV_instHasHelp())
         XtUnmanageChild(help);
-    fitToScreen(text);
+    fitToScreen(text, 0);
     showPath(box, text);
     return box;
 }
@@ -308,6 +318,7 @@ void ViewFile(Widget parent, const char *pPath)
     addFileMenu(XtNameToWidget(form, "menu_bar"));
     s_viewer = {XtNameToWidget(form, "*text"), pPath, 0, 0, 0, true};
     XtAddCallback(s_viewer.text, XmNdestroyCallback, forgetViewer, nullptr);
+    fitToScreen(s_viewer.text, 0);
     OV_instPopup(form, pPath, pPath);
     g_xTimer = XtAppAddTimeOut(XtWidgetToApplicationContext(form), CHECK_DELAY, OV_instCheckLogfile,
                                &s_viewer.path[0]);
