@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
@@ -22,12 +23,16 @@ static bool hasLine(FILE *pFile, const char *pWanted)
     return false;
 }
 
-/* The user's file, for reading and appending. It lies in a home, where anything may be planted, so
- * a stranger's link is not followed. */
+/* The user's file, for reading and appending. It lies in a home, where anything may be planted: a
+ * stranger's link is not followed, and what is no file or has a second name elsewhere is left
+ * alone. */
 static FILE *openChest(const char *pHome, const char *pPath)
 {
     int iFd = OV_instGuardedOpenIn(pHome, pPath, O_RDWR | O_APPEND | O_CREAT, 0666);
-    FILE *pFile = iFd >= 0 ? fdopen(iFd, "a+") : nullptr;
+    struct stat status;
+    bool bOrdinary =
+        iFd >= 0 && fstat(iFd, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
+    FILE *pFile = bOrdinary ? fdopen(iFd, "a+") : nullptr;
 
     if (!pFile && iFd >= 0)
         (void)close(iFd); /* nothing was written */
