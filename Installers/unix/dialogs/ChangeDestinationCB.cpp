@@ -159,6 +159,5 @@ void OV_instChangeDestinationOKCB(Widget widget, XtPointer, XtPointer)
 
 void OV_instChangeDestinationExitCB(Widget widget, XtPointer, XtPointer)
 {
-    OV_exitSetupConfirmation(OV_instGetShell(widget), "Setup has not yet modified any files.",
-                             OV_instGetProductName());
+    OV_exitSetupConfirmation(OV_instGetShell(widget), "Setup has not yet modified any files.", "");
 }

@@ -137,8 +137,7 @@ void OV_instMaintenanceMapCB(Widget widget, XtPointer, XtPointer)
 
 void OV_instMaintenaceExitCB(Widget widget, XtPointer, XtPointer)
 {
-    OV_exitSetupConfirmation(OV_instGetShell(widget), "Setup has not yet modified any files",
-                             OV_instGetProductName());
+    OV_exitSetupConfirmation(OV_instGetShell(widget), "Setup has not yet modified any files", "");
 }
 
 [[noreturn]] static void noMaintenance()
