@@ -25,10 +25,12 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("marginWidth", "0") UI_SET("marginHeight", "0") UI_SET("spacing", "12")},
     {"frame2", "rowColumn1", &xmFrameWidgetClass, UI_SET("marginHeight", "10")},
     {"form", "frame2", &xmFormWidgetClass, UI_SET("verticalSpacing", "0")},
-    {"pbUpdateUserSelectUser", "form", &xmPushButtonWidgetClass,
-     UI_TEXT("Select User") UI_TOP UI_BOTTOM UI_RIGHT},
     {"txUpdateUserUsername", "form", &xmTextFieldWidgetClass,
-     UI_SET("width", "280") UI_TOP UI_BOTTOM UI_LEFT UI_LEFT_OF("pbUpdateUserSelectUser")},
+     UI_SET("width", "280") UI_TOP UI_BOTTOM UI_LEFT
+     UI_SET("rightAttachment", "ATTACH_POSITION") UI_SET("rightPosition", "70")},
+    {"pbUpdateUserSelectUser", "form", &xmPushButtonWidgetClass,
+     UI_TEXT("Select User") UI_TOP UI_BOTTOM
+     UI_SET("leftAttachment", "ATTACH_POSITION") UI_SET("leftPosition", "70") UI_SET("leftOffset", "8") UI_RIGHT},
     {"frame3", "rowColumn1", &xmFrameWidgetClass, ""},
     {"rowColumn3", "frame3", &xmRowColumnWidgetClass, UI_SET("radioBehavior", "True")},
     {"toggleButton", "rowColumn3", &xmToggleButtonWidgetClass,
