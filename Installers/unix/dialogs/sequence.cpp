@@ -7,6 +7,7 @@
 
 #include "dialogs/Custom.h"
 #include "dialogs/MainDlg.h"
+#include "dialogs/Migration.h"
 #include "dialogs/Viewlog.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
@@ -98,6 +99,7 @@ void OV_instShowFirstMainDlg()
 
 void OV_instPopupAfterMoveDataDialogs(Widget widget)
 {
+    (void)DoMigrate(widget); /* it tells */
     if (CDInstPtr && CDInstPtr->bDisplayLog)
         OV_instPopupViewlog(widget);
 }
