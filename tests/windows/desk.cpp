@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 /* The looks' own colours, see the resources: no other thing on the screen has them. */
-enum { BUTTON_COLOUR = 0xfcfcfc, CHECK_BORDER = 0x8a9197 };
+enum { BUTTON_COLOUR = 0xfcfcfc, CHECK_BORDER = 0x8a9197, CHECK_EMPTY = 0xffffff };
 
 /* ---- the sample medium ---- */
 
@@ -220,12 +220,15 @@ static Shot take(Display *pDisplay, unsigned long window)
             XGetImage(pDisplay, window, 0, 0, (unsigned)info.width, (unsigned)info.height,
                       AllPlanes, ZPixmap),
             [](XImage *pImage) { return pImage ? XDestroyImage(pImage) : 0; });
-        if (image) {
+        if (image && image->bits_per_pixel == 32) {
             shot.place.iWidth = info.width;
             shot.place.iHeight = info.height;
+            shot.pixels.resize((size_t)(info.width * info.height));
             for (int iY = 0; iY < info.height; iY++)
-                for (int iX = 0; iX < info.width; iX++)
-                    shot.pixels.push_back(XGetPixel(image.get(), iX, iY) & 0xffffff);
+                memcpy(&shot.pixels[(size_t)(iY * info.width)],
+                       image->data + iY * image->bytes_per_line, (size_t)info.width * 4);
+            for (unsigned &pixel : shot.pixels)
+                pixel &= 0xffffff;
         }
     }
     XSync(pDisplay, False);
@@ -260,6 +263,17 @@ bool Desk::isShown(const std::string &shell)
 bool Desk::isGone(const std::string &shell, int iSeconds)
 {
     return soon([&] { return !isShown(shell); }, iSeconds);
+}
+
+Box Desk::place(const std::string &shell)
+{
+    return take(pDisplay, window(shell)).place;
+}
+
+void Desk::move(const std::string &shell, int iX, int iY)
+{
+    XMoveWindow(pDisplay, window(shell), iX, iY);
+    XSync(pDisplay, False);
 }
 
 /* ---- what a window shows ---- */
@@ -319,6 +333,23 @@ std::vector<Box> Desk::checks(const std::string &shell)
     return areas(take(pDisplay, window(shell)), CHECK_BORDER, {0, 0, 10, 10}, {0, 0, 30, 30});
 }
 
+bool Desk::showsButtons(const std::string &shell, size_t iCount)
+{
+    return soon([&] { return isShown(shell) && buttons(shell).size() == iCount; });
+}
+
+std::string Desk::marks(const std::string &shell)
+{
+    const Shot shot = take(pDisplay, window(shell));
+    std::string marks;
+
+    for (const Box &box : areas(shot, CHECK_BORDER, {0, 0, 10, 10}, {0, 0, 30, 30})) {
+        const unsigned corner = shot.at(box.iX - shot.place.iX + 2, box.iY - shot.place.iY + 2);
+        marks += corner == CHECK_EMPTY ? '-' : 'x';
+    }
+    return marks;
+}
+
 /* ---- the pointer and the keyboard ---- */
 
 static void doIt(const Desk &desk, const std::string &command)
@@ -328,7 +359,8 @@ static void doIt(const Desk &desk, const std::string &command)
 
 void Desk::click(int iX, int iY)
 {
-    doIt(*this, "mousemove " + std::to_string(iX) + " " + std::to_string(iY) + " click 1");
+    doIt(*this, "mousemove " + std::to_string(iX) + " " + std::to_string(iY) +
+                    " mousedown 1 mouseup 1"); /* "click" takes ten times as long */
 }
 
 static bool clickOne(Desk &desk, const std::vector<Box> &boxes, int iNumber)
@@ -356,6 +388,24 @@ bool Desk::check(const std::string &shell, int iBox)
     return clickOne(*this, checks(shell), iBox);
 }
 
+static bool isViewable(Display *pDisplay, unsigned long window)
+{
+    XWindowAttributes info = {};
+    const auto before = XSetErrorHandler(ignoreError);
+    const bool bThere = XGetWindowAttributes(pDisplay, window, &info) != 0;
+
+    XSync(pDisplay, False);
+    XSetErrorHandler(before);
+    return bThere && info.map_state == IsViewable;
+}
+
+bool Desk::leave(const std::string &shell, int iButton)
+{
+    const unsigned long left = window(shell);
+
+    return press(shell, iButton) && soon([&] { return !isViewable(pDisplay, left); });
+}
+
 static void giveKeyboard(Desk &desk, const std::string &shell)
 {
     XSetInputFocus(desk.pDisplay, desk.window(shell), RevertToPointerRoot, CurrentTime);
@@ -365,13 +415,13 @@ static void giveKeyboard(Desk &desk, const std::string &shell)
 void Desk::keys(const std::string &shell, const std::string &names)
 {
     giveKeyboard(*this, shell);
-    doIt(*this, "key --delay 20 " + names);
+    doIt(*this, "key --delay 10 " + names);
 }
 
 void Desk::type(const std::string &shell, const std::string &text)
 {
     giveKeyboard(*this, shell);
-    doIt(*this, "type --delay 10 '" + text + "'");
+    doIt(*this, "type --delay 4 '" + text + "'");
 }
 
 void Desk::picture(const std::string &shell, const std::string &name_)

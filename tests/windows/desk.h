@@ -57,15 +57,24 @@ struct Desk {
     unsigned long window(const std::string &shell, int iSeconds = 20);
     bool isShown(const std::string &shell);
     bool isGone(const std::string &shell, int iSeconds = 20);
+    bool showsButtons(const std::string &shell, size_t iCount);
+
+    /* Where the window lies on the screen, and taking it elsewhere as its frame would. */
+    Box place(const std::string &shell);
+    void move(const std::string &shell, int iX, int iY);
 
     /* The push buttons that the window shows, row by row from the left, in screen coordinates. */
     std::vector<Box> buttons(const std::string &shell);
 
-    /* The marks of its check boxes, from the top. */
+    /* Its check boxes from the top, and which of them are set: one letter each, 'x' or '-'. */
     std::vector<Box> checks(const std::string &shell);
+    std::string marks(const std::string &shell);
 
     /* Presses the button of that number; negative ones count from the last. False without one. */
     bool press(const std::string &shell, int iButton);
+
+    /* Presses it and waits until that window has gone: the next may have the same name. */
+    bool leave(const std::string &shell, int iButton);
     bool check(const std::string &shell, int iBox);
     void click(int iX, int iY);
 
