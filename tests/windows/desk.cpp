@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <sstream>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -408,14 +409,34 @@ bool Desk::leave(const std::string &shell, int iButton)
 
 static void giveKeyboard(Desk &desk, const std::string &shell)
 {
-    XSetInputFocus(desk.pDisplay, desk.window(shell), RevertToPointerRoot, CurrentTime);
+    const unsigned long given = desk.window(shell);
+
+    if (!given)
+        return;
+    /* Where the pointer is must not matter: it is out of the way. */
+    doIt(desk, "mousemove " + std::to_string(DisplayWidth(desk.pDisplay, 0) - 1) + " " +
+                   std::to_string(DisplayHeight(desk.pDisplay, 0) - 1));
+    XSetInputFocus(desk.pDisplay, given, RevertToPointerRoot, CurrentTime);
     XSync(desk.pDisplay, False);
+    usleep(20000);
+    (void)desk.window(shell); /* until it shows where the keyboard is */
 }
 
+/* One after the other, as fast as the program follows: it takes a key that comes too early for the
+ * widget that is about to lose the keyboard. */
 void Desk::keys(const std::string &shell, const std::string &names)
 {
+    std::istringstream words(names);
+    bool bFirst = true;
+
     giveKeyboard(*this, shell);
-    doIt(*this, "key --delay 10 " + names);
+    for (std::string key; words >> key; bFirst = false) {
+        if (!bFirst) {
+            usleep(40000);
+            (void)window(shell);
+        }
+        doIt(*this, "key --delay 10 " + key);
+    }
 }
 
 void Desk::type(const std::string &shell, const std::string &text)
