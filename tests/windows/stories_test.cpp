@@ -52,6 +52,7 @@ struct Stories : testing::Test {
         ASSERT_TRUE(desk.leave("dsViewlog", LAST)) << desk.printed();
         ASSERT_TRUE(desk.leave(s_caBox, FIRST));
         EXPECT_EQ(0, desk.status());
+        EXPECT_EQ(std::string::npos, desk.printed().find("Warning")) << desk.printed();
         EXPECT_TRUE(nobodyLeft(medium));
     }
 };
@@ -86,6 +87,7 @@ TEST_F(Stories, ANewInstallationInANewDirectory)
     desk.picture("dsViewlog", "log-dialog");
     ASSERT_TRUE(desk.press("dsViewlog", FIRST));
     desk.picture("dsLogViewer", "log-window");
+    EXPECT_GT(desk.place("dsLogViewer").iHeight, 600);
     ASSERT_TRUE(desk.leave("dsLogViewer", FIRST));
     finish();
 
@@ -291,13 +293,13 @@ TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
     static const struct {
         const char *pShell;
         const char *pPicture;
-        const char *pKeys;
+        const char *pKeys; /* after which the window goes */
     } s_aRows[] = {
         {"dsWelcome", "small-welcome", "Return"},
         {"dsEULA", "small-agreement", "Next Return"},
         {"dsChangeDestination", "small-destination", "Return"},
         {"dsMainDlg", "small-main", "Tab space"},
-        {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return"}, /* the gallery */
+        {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return"},
         {"dsViewlog", "small-log-dialog", "Return"},
         {s_caBox, "small-completed", "Return"},
     };
@@ -310,6 +312,7 @@ TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
         expectOnScreen(desk, row.pShell, 800, 600);
         desk.picture(row.pShell, row.pPicture);
         desk.keys(row.pShell, row.pKeys);
+        ASSERT_TRUE(desk.isGone(row.pShell)) << row.pShell;
     }
     EXPECT_EQ(0, desk.status());
     EXPECT_TRUE(medium.has("Application/bin/kivo"));
