@@ -15,6 +15,7 @@
 #include "ut/bxutils.h"
 #include "ut/frameClose.h"
 #include "ut/looks.h"
+#include "ut/mnemonics.h"
 #include "ut/owned.h"
 #include "ut/uibuild.h"
 #include "ut/uiut.h"
@@ -108,6 +109,7 @@ Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *p
     XtAddCallback(XmFileSelectionBoxGetChild(box, XmDIALOG_LIST), XmNbrowseSelectionCallback,
                   selectEntry, box);
     OV_instHandleFrameClose(box, nullptr);
+    OV_instUseMnemonics(box);
     if (pBrowser->pSelection)
         select(box, pBrowser->pSelection);
     return box;

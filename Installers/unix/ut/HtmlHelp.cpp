@@ -16,6 +16,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/bxutils.h"
 #include "ut/frameClose.h"
+#include "ut/mnemonics.h"
 #include "ut/looks.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
@@ -94,6 +95,7 @@ static Widget createBrowserSelection(Widget parent)
     XtAddCallback(box, XmNcancelCallback, htmlHelpCancelCB, nullptr);
     XtAddCallback(box, XmNdestroyCallback, forgetSelection, nullptr);
     OV_instHandleFrameClose(box, nullptr);
+    OV_instUseMnemonics(box);
     return box;
 }
 

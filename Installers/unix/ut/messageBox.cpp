@@ -14,6 +14,7 @@
 #include "ut/bxutils.h"
 #include "ut/compound.h"
 #include "ut/frameClose.h"
+#include "ut/mnemonics.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/uiut.h"
@@ -60,6 +61,7 @@ static Widget createBox(Widget parent, const char *pName)
                          XmALIGNMENT_BEGINNING, XmNdefaultButtonType, XmDIALOG_OK_BUTTON, nullptr);
 
     XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_SEPARATOR));
+    OV_instUseMnemonics(box);
     return box;
 }
 

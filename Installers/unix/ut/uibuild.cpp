@@ -11,6 +11,7 @@
 
 #include "ut/frameClose.h"
 #include "ut/looks.h"
+#include "ut/mnemonics.h"
 
 enum { MAX_WIDGETS = 64 };
 
@@ -125,6 +126,7 @@ Widget OV_instBuildDialog(Widget parent, const OV_WidgetRow *aRows,
     if (iDialog) {
         dropEmptyMessage(build.aMade[iDialog]);
         OV_instHandleFrameClose(build.aMade[iDialog], nullptr);
+        OV_instUseMnemonics(build.aMade[iDialog]);
     }
     return build.aMade[iDialog];
 }

@@ -11,6 +11,7 @@
 #include <string>
 
 #include "ut/bxutils.h"
+#include "ut/mnemonics.h"
 #include "ut/owned.h"
 
 enum { OUTPUT_PIECE = 10240 };
@@ -75,6 +76,7 @@ static void handleOne(XtAppContext app, int *pbEventLast)
 static void setLabel(Widget widget, XmString label)
 {
     XtVaSetValues(widget, XmNlabelString, label, nullptr);
+    OV_instRenewMnemonic(widget);
 }
 
 Widget OV_instGetMainTopLevelShell()
