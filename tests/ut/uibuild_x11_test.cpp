@@ -304,12 +304,18 @@ TEST_F(Uibuild, LengthsAndFontsGrowWithTheDots)
     EXPECT_LT(iUsual, widthOfText(usual["laFolderDlg"], "#bold\"Destination\""));
     EXPECT_LT(iUsual + 10, widthOfText(usual["laFolderDlg"], "#title\"Destination\""));
     {
-        Application fine("Xft.dpi: 192");
-        EXPECT_EQ(24, resourceOf<Dimension>(fine["pbFolderBrowse"], XmNmarginWidth));
-        EXPECT_NEAR(2 * iUsual, widthOfText(fine["laFolderDlg"], "Destination"), iUsual / 5);
+        Application fine("Xft.dpi: 144");
+        EXPECT_EQ(18, resourceOf<Dimension>(fine["pbFolderBrowse"], XmNmarginWidth));
+        EXPECT_NEAR(3 * iUsual / 2, widthOfText(fine["laFolderDlg"], "Destination"), iUsual / 5);
     }
-    Application larger("*renderTable.fontSize: 20"); /* one of our lines replaced, the rest kept */
-    EXPECT_NEAR(2 * iUsual, widthOfText(larger["laFolderDlg"], "Destination"), iUsual / 5);
+    {
+        Application larger("*renderTable.fontSize: 15"); /* one of our lines replaced, no other */
+        EXPECT_NEAR(3 * iUsual / 2, widthOfText(larger["laFolderDlg"], "Destination"), iUsual / 5);
+        EXPECT_EQ(18, resourceOf<Dimension>(larger["pbFolderBrowse"], XmNmarginWidth));
+    }
+    Application crowded("Xft.dpi: 384"); /* more than a screen as wide as the tests' can hold */
+    const int iMost = WidthOfScreen(XtScreen(crowded.shell)) * 100 / 800;
+    EXPECT_GE(iMost, OV_instScaleLength(XtDisplay(crowded.shell), 100));
 }
 
 TEST_F(Uibuild, UsersFontListReplacesOurFonts)

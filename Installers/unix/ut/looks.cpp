@@ -14,6 +14,7 @@
 #include "ut/bxutils.h"
 
 enum { BASE_DPI = 96, LEAST_DPI = 72, MOST_DPI = 384, MAX_DEPTH = 64 };
+enum { BASE_POINTS = 10, BASE_WIDTH = 800, BASE_HEIGHT = 600 }; /* what dialogs are laid out for */
 
 /* The resources whose values are lengths. In plain pixels they would shrink to nothing on a screen
  * of fine dots, where the fonts keep their size. */
@@ -53,13 +54,13 @@ typedef struct Place {
 static struct {
     Display *pDisplay; /* the one that the rest is about */
     XrmDatabase user;  /* what its resources held at the start; null for nothing */
-    int iDpi;
+    int iDpi;          /* of lengths: as the screen has, or more for a larger font */
 } s_looks;
 
 /* The class that resources of this name have nearly everywhere. */
-static XrmQuark classOfResource(const char *pResource)
+static XrmQuark classOfResource(const std::string &resource)
 {
-    std::string name(pResource);
+    std::string name(resource);
 
     if (!name.empty())
         name[0] = (char)toupper((unsigned char)name[0]);
@@ -120,15 +121,40 @@ static void startFor(Display *pDisplay)
         OV_instStartLooks(pDisplay);
 }
 
-static int userSets(Place *pPlace, const char *pResource)
+/* What the user has set at a place, or null. */
+static const char *userValue(Place *pPlace, const char *pResource)
 {
     XrmRepresentation type;
     XrmValue value;
 
-    goDown(pPlace, XrmStringToQuark(pResource), classOfResource(pResource));
+    while (*pResource) { /* "renderTable.fontSize" is two steps down */
+        const std::string part(pResource, strcspn(pResource, "."));
+        goDown(pPlace, XrmStringToQuark(part.c_str()), classOfResource(part));
+        pResource += part.size() + (pResource[part.size()] == '.');
+    }
     goDown(pPlace, NULLQUARK, NULLQUARK);
-    return s_looks.user && XrmQGetResource(s_looks.user, pPlace->names.data(),
-                                           pPlace->classes.data(), &type, &value);
+    if (!s_looks.user ||
+        !XrmQGetResource(s_looks.user, pPlace->names.data(), pPlace->classes.data(), &type, &value))
+        return nullptr;
+    return static_cast<const char *>(value.addr);
+}
+
+/* What lengths are scaled by. They grow with a larger font of the user's as well, but not beyond
+ * what the screen has room for: a button off the screen is worse than a narrow margin. */
+static int dpiOfLengths(Display *pDisplay)
+{
+    Place place = placeOfApplication(pDisplay);
+    const char *pPoints = userValue(&place, "renderTable.fontSize");
+    const int iPoints = pPoints ? atoi(pPoints) : 0;
+    const int iScreen = DefaultScreen(pDisplay);
+    int iDpi = readDpi(pDisplay);
+
+    if (iPoints > BASE_POINTS)
+        iDpi = iDpi * iPoints / BASE_POINTS;
+    for (int iRoom : {DisplayWidth(pDisplay, iScreen) * BASE_DPI / BASE_WIDTH,
+                      DisplayHeight(pDisplay, iScreen) * BASE_DPI / BASE_HEIGHT})
+        iDpi = iRoom < iDpi ? iRoom : iDpi;
+    return iDpi < LEAST_DPI ? LEAST_DPI : iDpi;
 }
 
 /* The value as this display wants it: lengths are scaled, all else stays. */
@@ -169,11 +195,12 @@ void OV_instStartLooks(Display *pDisplay)
 
     if (s_looks.user)
         XrmDestroyDatabase(s_looks.user);
-    s_looks = {pDisplay, nullptr, readDpi(pDisplay)};
+    s_looks = {pDisplay, nullptr, BASE_DPI};
     goDown(&place, NULLQUARK, NULLQUARK);
     if (all) /* what begins with another application's name is left out */
         (void)XrmEnumerateDatabase(all, place.names.data(), place.classes.data(), XrmEnumAllLevels,
                                    copyEntry, (XPointer)&s_looks.user);
+    s_looks.iDpi = dpiOfLengths(pDisplay);
 }
 
 /* Stops the enumeration at an entry whose resource the names given as closure hold. */
@@ -213,7 +240,7 @@ void OV_instAddLook(Display *pDisplay, const char *pSpecifier, const char *pValu
     XrmStringToBindingQuarkList(pSpecifier, aBindings, aQuarks);
     for (; pQuark[0] != NULLQUARK && pQuark[1] != NULLQUARK; pQuark++)
         goDown(&place, *pQuark, *pQuark);
-    if (*pQuark != NULLQUARK && !userSets(&place, XrmQuarkToString(*pQuark)))
+    if (*pQuark != NULLQUARK && !userValue(&place, XrmQuarkToString(*pQuark)))
         merge(pDisplay, pSpecifier, XrmQuarkToString(*pQuark), pValue);
 }
 
@@ -233,7 +260,7 @@ int OV_instAddWidgetLooks(Widget parent, const char *pName, WidgetClass kind, co
         const std::string resource = line.substr(0, lColon);
         const size_t lValue = line.find_first_not_of(" \t", lColon + 1);
         Place asked = place;
-        if (!userSets(&asked, resource.c_str()))
+        if (!userValue(&asked, resource.c_str()))
             merge(XtDisplay(parent), (path + resource).c_str(), resource.c_str(),
                   lValue == std::string::npos ? "" : line.c_str() + lValue);
     }
