@@ -31,7 +31,6 @@ struct Bar {
     Dimension iHeight;
     Pixel foreground;
     Pixel background;
-    Pixel labelForeground;
     Pixel labelBackground;
     XmRenderTable font;
     GC gc;
@@ -75,59 +74,55 @@ static bool readBar(Bar *pBar)
         return false;
     XtVaGetValues(pBar->area, XmNwidth, &pBar->iWidth, XmNheight, &pBar->iHeight, XmNforeground,
                   &pBar->foreground, XmNbackground, &pBar->background, nullptr);
-    XtVaGetValues(label, XmNforeground, &pBar->labelForeground, XmNbackground,
-                  &pBar->labelBackground, XmNrenderTable, &pBar->font, nullptr);
+    XtVaGetValues(label, XmNbackground, &pBar->labelBackground, XmNrenderTable, &pBar->font,
+                  nullptr);
     return pBar->iWidth && pBar->iHeight;
 }
 
-/* The percentage in the middle. It is drawn on its own and laid over the bar with exclusive-or, by
- * way of a pixmap, since antialiased text knows no other function than copying. */
-static void drawText(const Bar *pBar, Pixmap buffer, int iPercent)
+/* A bar as it looks filled with that colour all along. The percentage in its middle has the colour
+ * that exclusive-or gives it; it is drawn with that colour outright, since antialiased text knows
+ * no other function than copying and its edges would come out in any colour. */
+static Pixmap drawWhole(const Bar *pBar, Pixel fill, XmString label)
 {
     Display *pDisplay = XtDisplay(pBar->area);
-    OwnedText text(OV_instStrPrint("%d%% completed", iPercent));
-    XmString label = XmStringCreateLocalized(text ? text.get() : const_cast<char *>(""));
     Dimension iWidth = 0;
     Dimension iHeight = 0;
-    Pixmap alone = XCreatePixmap(pDisplay, XtWindow(pBar->area), pBar->iWidth, pBar->iHeight,
+    Pixmap whole = XCreatePixmap(pDisplay, XtWindow(pBar->area), pBar->iWidth, pBar->iHeight,
                                  static_cast<unsigned>(DefaultDepthOfScreen(XtScreen(pBar->area))));
 
     XmStringExtent(pBar->font, label, &iWidth, &iHeight);
-    XSetForeground(pDisplay, pBar->gc, 0);
-    XFillRectangle(pDisplay, alone, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight);
-    XSetForeground(pDisplay, pBar->gc, pBar->foreground ^ pBar->background);
-    XmStringDraw(pDisplay, alone, pBar->font, label, pBar->gc,
+    XSetForeground(pDisplay, pBar->gc, fill);
+    XFillRectangle(pDisplay, whole, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight);
+    XSetForeground(pDisplay, pBar->gc, fill ^ pBar->foreground ^ pBar->background);
+    XmStringDraw(pDisplay, whole, pBar->font, label, pBar->gc,
                  static_cast<Position>(pBar->iWidth / 2 - iWidth / 2),
                  static_cast<Position>(pBar->iHeight / 2 - iHeight / 2), iWidth,
                  XmALIGNMENT_BEGINNING, XmSTRING_DIRECTION_L_TO_R, nullptr);
-    XSetFunction(pDisplay, pBar->gc, GXxor);
-    XCopyArea(pDisplay, alone, buffer, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight, 0, 0);
-    XSetFunction(pDisplay, pBar->gc, GXcopy);
-    XFreePixmap(pDisplay, alone);
-    XmStringFree(label);
+    return whole;
 }
 
-/* Everything goes into a pixmap first and appears at once: nothing flickers. */
+/* Both parts appear ready drawn: nothing flickers. */
 static void drawBar(Bar *pBar, int iPercent)
 {
     Display *pDisplay = XtDisplay(pBar->area);
     Window window = XtWindow(pBar->area);
-    unsigned iFilled = pBar->iWidth * static_cast<unsigned>(iPercent) / 100;
-    Pixmap buffer =
-        XCreatePixmap(pDisplay, window, pBar->iWidth, pBar->iHeight,
-                      static_cast<unsigned>(DefaultDepthOfScreen(XtScreen(pBar->area))));
+    const unsigned iFilled = pBar->iWidth * static_cast<unsigned>(iPercent) / 100;
+    const Pixel fill =
+        pBar->background == pBar->labelBackground ? pBar->foreground : pBar->labelBackground;
+    OwnedText text(OV_instStrPrint("%d%% completed", iPercent));
+    XmString label = XmStringCreateLocalized(text ? text.get() : const_cast<char *>(""));
 
     pBar->gc = XCreateGC(pDisplay, window, 0, nullptr);
-    XSetForeground(pDisplay, pBar->gc, pBar->background);
-    XFillRectangle(pDisplay, buffer, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight);
-    XSetForeground(pDisplay, pBar->gc,
-                   pBar->background == pBar->labelBackground ? pBar->foreground
-                                                             : pBar->labelBackground);
-    XFillRectangle(pDisplay, buffer, pBar->gc, 0, 0, iFilled, pBar->iHeight);
-    drawText(pBar, buffer, iPercent);
-    XCopyArea(pDisplay, buffer, window, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight, 0, 0);
+    XSetGraphicsExposures(pDisplay, pBar->gc, False);
+    Pixmap filled = drawWhole(pBar, fill, label);
+    Pixmap empty = drawWhole(pBar, pBar->background, label);
+    XCopyArea(pDisplay, filled, window, pBar->gc, 0, 0, iFilled, pBar->iHeight, 0, 0);
+    XCopyArea(pDisplay, empty, window, pBar->gc, static_cast<int>(iFilled), 0,
+              pBar->iWidth - iFilled, pBar->iHeight, static_cast<int>(iFilled), 0);
+    XFreePixmap(pDisplay, filled);
+    XFreePixmap(pDisplay, empty);
     XFreeGC(pDisplay, pBar->gc);
-    XFreePixmap(pDisplay, buffer);
+    XmStringFree(label);
     XFlush(pDisplay);
 }
 

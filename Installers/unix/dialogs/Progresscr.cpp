@@ -12,26 +12,27 @@
 /* Reserves the label's width for the longest name that is shown. */
 #define WIDEST_NAME "RRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRR"
 
+/* The bar has the labels' background, or it would be filled with theirs; see the drawing. */
+// clang-format off
 static const OV_WidgetRow s_aRows[] = {
-    {"dsProgress",                                   nullptr,                                           &xmDialogShellWidgetClass, UI_SET("title",                                           "ORVANE|Setup")},
-    {"mbProgress",                                              "dsProgress",                                                                                    &xmMessageBoxWidgetClass,
+    {"dsProgress", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
+    {"mbProgress", "dsProgress", &xmMessageBoxWidgetClass,
      UI_SET("dialogStyle", "DIALOG_MODELESS") UI_SET("defaultButtonType", "DIALOG_CANCEL_BUTTON")},
-    {"form", "mbProgress",                           &xmFormWidgetClass,                                                    ""                                                                                                      },
-    {"frame",                            "form",                                                 &xmFrameWidgetClass,                       UI_FILL},
-    {"form1",                           "frame",                     &xmFormWidgetClass,
-     UI_SET("marginWidth",                                                                                                        "12") UI_SET("marginHeight", "12") UI_SET("verticalSpacing", "6")},
-    {"laProgressAction",                            "form1",                                                                              &xmLabelWidgetClass,
+    {"form", "mbProgress", &xmFormWidgetClass, ""},
+    {"frame", "form", &xmFrameWidgetClass, UI_FILL},
+    {"form1", "frame", &xmFormWidgetClass, ""},
+    {"laProgressAction", "form1", &xmLabelWidgetClass,
      UI_TEXT("Destination Files:") UI_TOP UI_LEFT},
-    {"laProgressDestination",                                              "form1",                                                                              &xmLabelWidgetClass,
-     UI_TEXT(WIDEST_NAME) UI_SET("recomputeSize",                             "False")
-         UI_SET("alignment", "ALIGNMENT_BEGINNING") UI_BELOW("laProgressAction") UI_LEFT UI_RIGHT},
-    {"frame1",                                              "form1",                                                                         &xmFrameWidgetClass,
-     UI_SET("shadowType",        "SHADOW_IN") UI_BELOW("laProgressDestination")
-         UI_LEFT UI_RIGHT UI_BOTTOM},
-    {"daProgress",                    "frame1", &xmDrawingAreaWidgetClass,
-     UI_SET("height",                                                                           "26") UI_SET("background", "#ffffff") UI_SET("foreground", "#2f6fb2")},
-    {nullptr,                           nullptr,                                                                               nullptr,                                                                      nullptr                                                                                                                             },
+    {"laProgressDestination", "form1", &xmLabelWidgetClass,
+     UI_TEXT(WIDEST_NAME) UI_SET("recomputeSize", "False") UI_BELOW("laProgressAction") UI_LEFT
+     UI_RIGHT},
+    {"frame1", "form1", &xmFrameWidgetClass,
+     UI_SET("shadowType", "SHADOW_IN") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
+     UI_BELOW("laProgressDestination") UI_LEFT UI_RIGHT UI_BOTTOM},
+    {"daProgress", "frame1", &xmDrawingAreaWidgetClass, UI_SET("height", "26")},
+    {nullptr, nullptr, nullptr, nullptr},
 };
+// clang-format on
 
 static const OV_CallbackRow s_aCallbacks[] = {
     {"mbProgress", XmNmapCallback,    OV_instProgressMapCB   },
