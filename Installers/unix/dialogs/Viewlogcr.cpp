@@ -8,6 +8,7 @@
 #include <Xm/PushB.h>
 #include <initializer_list>
 
+#include "ut/looks.h"
 #include "ut/uibuild.h"
 
 // clang-format off
@@ -16,19 +17,18 @@ static const OV_WidgetRow s_aRows[] = {
     {"mbViewlog", "dsViewlog", &xmMessageBoxWidgetClass,
      UI_SET("okLabelString", "Done") UI_SET("dialogStyle", "DIALOG_MODELESS")
      UI_SET("defaultButtonType", "DIALOG_OK_BUTTON") UI_SET("defaultPosition", "False")
-     UI_SET("x", "7") UI_SET("y", "31") UI_SET("width", "425") UI_SET("height", "248")},
-    {"frame", "mbViewlog", &xmFrameWidgetClass,
-     UI_SET("marginWidth", "14") UI_SET("marginHeight", "10")},
-    {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
+     UI_SET("x", "7") UI_SET("y", "31")},
+    {"frame", "mbViewlog", &xmFrameWidgetClass, ""},
+    {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "10")},
     {"label", "form", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Installation Setup Log\"") UI_TOP UI_LEFT},
-    {"form1", "form", &xmFormWidgetClass, UI_SET("verticalSpacing", "10")
-     UI_SET("horizontalSpacing", "0") UI_BELOW("label") UI_LEFT UI_RIGHT},
+    {"form1", "form", &xmFormWidgetClass,
+     UI_SET("horizontalSpacing", "14") UI_BELOW("label") UI_LEFT UI_RIGHT},
+    {"pushButton", "form1", &xmPushButtonWidgetClass,
+     UI_TEXT("View Log") UI_TOP UI_BOTTOM UI_LEFT UI_SET("leftOffset", "0")},
     {"label1", "form1", &xmLabelWidgetClass,
      UI_TEXT(":::t\"View information about events that occur\"\"during setup.\"")
-     UI_SET("topOffset", "0") UI_TOP UI_LEFT},
-    {"pushButton", "form1", &xmPushButtonWidgetClass,
-     UI_TEXT("View Log") UI_BELOW("label1") UI_LEFT UI_SET("leftOffset", "2") UI_BOTTOM},
+     UI_TOP UI_BOTTOM UI_RIGHT_OF("pushButton")},
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on
@@ -39,6 +39,21 @@ static const OV_CallbackRow s_aCallbacks[] = {
     {nullptr,      nullptr,             nullptr             },
 };
 
+enum { LEAST_WIDTH = 425, LEAST_HEIGHT = 248 };
+
+/* A size in the table would be kept where larger fonts need more. */
+static void growToLeastSize(Widget dialog, XtPointer, XtPointer)
+{
+    const int iWidth = OV_instScaleLength(XtDisplay(dialog), LEAST_WIDTH);
+    const int iHeight = OV_instScaleLength(XtDisplay(dialog), LEAST_HEIGHT);
+    Dimension width = 0;
+    Dimension height = 0;
+
+    XtVaGetValues(dialog, XmNwidth, &width, XmNheight, &height, nullptr);
+    XtVaSetValues(dialog, XmNwidth, width < iWidth ? (Dimension)iWidth : width, XmNheight,
+                  height < iHeight ? (Dimension)iHeight : height, nullptr);
+}
+
 Widget CreatembViewlog(Widget parent)
 {
     Widget dialog = OV_instBuildDialog(parent, s_aRows, s_aCallbacks);
@@ -46,5 +61,9 @@ Widget CreatembViewlog(Widget parent)
     for (unsigned char child :
          {XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON, XmDIALOG_SYMBOL_LABEL})
         XtUnmanageChild(XmMessageBoxGetChild(dialog, child));
+    Dimension width = 0; /* the user's, if any */
+    XtVaGetValues(dialog, XmNwidth, &width, nullptr);
+    if (!width)
+        XtAddCallback(dialog, XmNmapCallback, growToLeastSize, nullptr);
     return dialog;
 }

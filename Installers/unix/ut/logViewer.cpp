@@ -8,6 +8,7 @@
 #include <Xm/RowColumn.h>
 #include <Xm/ScrolledW.h>
 #include <Xm/Text.h>
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <cstdio>
@@ -28,15 +29,16 @@
 
 enum { CHECK_DELAY = 1500, QUIT_ENTRY = 3 };
 enum { PIECE = 65536 };
+enum { TEXT_SIZE = 600, AROUND_WIDTH = 60, AROUND_HEIGHT = 220 };
 
 static const char s_caSetupHelp[] = "https://www.orvane.example/help/setup.html";
 
 #define LOG_WINDOW                                                                                 \
-    UI_SET("scrollingPolicy", "APPLICATION_DEFINED") UI_SET("visualPolicy", "VARIABLE")
+    UI_SET("scrollingPolicy", "APPLICATION_DEFINED")                                               \
+    UI_SET("visualPolicy", "VARIABLE")
 #define LOG_TEXT                                                                                   \
     UI_SET("editMode", "MULTI_LINE_EDIT")                                                          \
-    UI_SET("editable", "False")                                                                    \
-    UI_SET("cursorPositionVisible", "False") UI_SET("width", "600") UI_SET("height", "600")
+    UI_SET("editable", "False") UI_SET("cursorPositionVisible", "False")
 
 XtIntervalId g_xTimer;
 
@@ -51,24 +53,14 @@ static struct {
 } s_viewer;
 
 // clang-format off
-static const OV_WidgetRow s_aLogRows[] = {
-    {"dsLogViewer", nullptr, &xmDialogShellWidgetClass, ""},
-    {"mbLogViewer", "dsLogViewer", &xmMessageBoxWidgetClass,
-     UI_SET("okLabelString", "Done") UI_SET("helpLabelString", "Help")
-     UI_SET("dialogStyle", "DIALOG_FULL_APPLICATION_MODAL")
-     UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
-    {"swLogViewer", "mbLogViewer", &xmScrolledWindowWidgetClass, LOG_WINDOW},
-    {"txLogViewer", "swLogViewer", &xmTextWidgetClass, LOG_TEXT},
-    {nullptr, nullptr, nullptr, nullptr},
-};
-
 static const OV_WidgetRow s_aFileRows[] = {
     {"form", nullptr, &xmFormWidgetClass, UI_SET("verticalSpacing", "0")},
     {"menu_bar", "form", &xmRowColumnWidgetClass,
      UI_SET("rowColumnType", "MENU_BAR") UI_TOP UI_LEFT UI_RIGHT},
     {"textSW", "form", &xmScrolledWindowWidgetClass,
      LOG_WINDOW UI_BELOW("menu_bar") UI_LEFT UI_RIGHT UI_BOTTOM},
-    {"text", "textSW", &xmTextWidgetClass, LOG_TEXT},
+    {"text", "textSW", &xmTextWidgetClass,
+     LOG_TEXT UI_SET("width", "600") UI_SET("height", "600")},
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on
@@ -130,27 +122,6 @@ static FILE *openText(const char *pPath)
 
 /* ---- the log's window ---- */
 
-/* What is above and below the text, which is iOthers pixels high besides margins and buttons, must
- * be on the screen as well. */
-static void fitToScreen(Widget text, int iOthers)
-{
-    Display *pDisplay = XtDisplay(text);
-    Dimension width = 0;
-    Dimension height = 0;
-    short iColumns = 0;
-    short iRows = 0;
-    int iMostWidth = WidthOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 60);
-    int iMostHeight = HeightOfScreen(XtScreen(text)) - OV_instScaleLength(pDisplay, 160) - iOthers;
-
-    XtVaGetValues(text, XmNwidth, &width, XmNheight, &height, XmNcolumns, &iColumns, XmNrows,
-                  &iRows, nullptr);
-    /* By rows and columns, since its window would ignore a size that it is given. */
-    if (width > iMostWidth)
-        XtVaSetValues(text, XmNcolumns, iColumns * iMostWidth / width, nullptr);
-    if (height > iMostHeight)
-        XtVaSetValues(text, XmNrows, iRows * iMostHeight / height, nullptr);
-}
-
 static void MessageBoxCB(Widget box, XtPointer done, XtPointer)
 {
     int *piDone = nullptr;
@@ -168,6 +139,17 @@ static void HelpCB(Widget widget, XtPointer, XtPointer)
     OV_instHtmlHelpCB(widget, nullptr, s_caSetupHelp);
 }
 
+/* The text's sizes, in pixels of 96 to the inch: the buttons below it must be on the screen. */
+static std::string textSize(Widget parent)
+{
+    const int iUnit = OV_instScaleLength(XtDisplay(parent), 100);
+    const int iMostWidth = WidthOfScreen(XtScreen(parent)) * 100 / iUnit - AROUND_WIDTH;
+    const int iMostHeight = HeightOfScreen(XtScreen(parent)) * 100 / iUnit - AROUND_HEIGHT;
+
+    return "width: " + std::to_string(std::min<int>(TEXT_SIZE, iMostWidth)) +
+           "\nheight: " + std::to_string(std::min<int>(TEXT_SIZE, iMostHeight)) + "\n";
+}
+
 /* The path as the box's message, broken behind slashes where it is wider than the text below it. */
 static void showPath(Widget box, Widget text)
 {
@@ -175,7 +157,6 @@ static void showPath(Widget box, Widget text)
     std::string path = displayable(g_caLogName);
     XmRenderTable table = nullptr;
     Dimension width = 0;
-    Dimension height = 0;
 
     XtVaGetValues(text, XmNwidth, &width, nullptr);
     XtVaGetValues(label, XmNrenderTable, &table, nullptr);
@@ -195,13 +176,24 @@ static void showPath(Widget box, Widget text)
     }
     OV_instSetLiteralLabel(label, path.c_str());
     XtManageChild(label);
-    XtVaGetValues(label, XmNheight, &height, nullptr);
-    fitToScreen(text, height);
 }
 
 static Widget createLogWindow(Widget parent, int *piDone)
 {
-    Widget box = OV_instBuildDialog(parent, s_aLogRows, nullptr);
+    const std::string looks = LOG_TEXT + textSize(parent);
+    // clang-format off
+    const OV_WidgetRow aRows[] = {
+        {"dsLogViewer", nullptr, &xmDialogShellWidgetClass, ""},
+        {"mbLogViewer", "dsLogViewer", &xmMessageBoxWidgetClass,
+         UI_SET("okLabelString", "Done") UI_SET("helpLabelString", "Help")
+         UI_SET("dialogStyle", "DIALOG_FULL_APPLICATION_MODAL")
+         UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
+        {"swLogViewer", "mbLogViewer", &xmScrolledWindowWidgetClass, LOG_WINDOW},
+        {"txLogViewer", "swLogViewer", &xmTextWidgetClass, looks.c_str()},
+        {nullptr, nullptr, nullptr, nullptr},
+    };
+    // clang-format on
+    Widget box = OV_instBuildDialog(parent, aRows, nullptr);
     Widget help = XmMessageBoxGetChild(box, XmDIALOG_HELP_BUTTON);
     Widget text = OV_instFindWidget(box, "txLogViewer");
 
@@ -213,7 +205,6 @@ static Widget createLogWindow(Widget parent, int *piDone)
     XtAddCallback(help, XmNactivateCallback, HelpCB, nullptr);
     if (!OV_instHasHelp())
         XtUnmanageChild(help);
-    fitToScreen(text, 0);
     showPath(box, text);
     return box;
 }
@@ -318,7 +309,6 @@ void ViewFile(Widget parent, const char *pPath)
     addFileMenu(XtNameToWidget(form, "menu_bar"));
     s_viewer = {XtNameToWidget(form, "*text"), pPath, 0, 0, 0, true};
     XtAddCallback(s_viewer.text, XmNdestroyCallback, forgetViewer, nullptr);
-    fitToScreen(s_viewer.text, 0);
     OV_instPopup(form, pPath, pPath);
     g_xTimer = XtAppAddTimeOut(XtWidgetToApplicationContext(form), CHECK_DELAY, OV_instCheckLogfile,
                                &s_viewer.path[0]);
