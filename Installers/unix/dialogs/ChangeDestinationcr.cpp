@@ -25,9 +25,10 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("okLabelString", "OK") UI_SET("cancelLabelString", "Exit Setup")
      UI_SET("dialogStyle", "DIALOG_MODELESS") UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
     {"rowColumn", "mbChangeDestination", &xmRowColumnWidgetClass,
-     UI_SET("adjustLast", "False") UI_SET("marginWidth", "4") UI_SET("spacing", "12")},
+     UI_SET("adjustLast", "False") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
+     UI_SET("spacing", "12")},
     {"label", "rowColumn", &xmLabelWidgetClass, UI_TEXT(INSTRUCTION)},
-    {"frame", "rowColumn", &xmFrameWidgetClass, UI_SET("marginWidth", "10")},
+    {"frame", "rowColumn", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
     {"label2", "form", &xmLabelWidgetClass,
      UI_TEXT(":::t\"If this is a network installation,\"\"please type the network path (/MountPoint/Orvane)\"")

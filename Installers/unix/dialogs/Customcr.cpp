@@ -10,11 +10,14 @@
 #include <Xm/ScrolledW.h>
 
 #include "ut/uibuild.h"
+#include "ut/uiut.h"
 
-/* The figures of a table end at one line. */
-#define FIGURE                                                                                     \
-    UI_TEXT("")                                                                                    \
-    UI_SET("recomputeSize", "False") UI_SET("alignment", "ALIGNMENT_END") UI_SET("width", "90")
+/* The figures of a table end at one line. The text reserves the width for the longest of them. */
+#define FIGURE(longest)                                                                            \
+    UI_TEXT(longest) UI_SET("recomputeSize", "False") UI_SET("alignment", "ALIGNMENT_END")
+#define SPACE FIGURE("1023.99 MB.")
+#define COUNT FIGURE("99999")
+#define SMALL_FRAME UI_SET("marginWidth", "6") UI_SET("marginHeight", "6")
 
 #define NO_SPACING UI_SET("horizontalSpacing", "0") UI_SET("verticalSpacing", "0")
 #define AT_OPTIONS UI_SET("rightAttachment", "ATTACH_POSITION") UI_SET("rightPosition", "58")
@@ -46,9 +49,9 @@ static const OV_WidgetRow s_aRows[] = {
     {"laCustomAvailable", "foCustomSpace", &xmLabelWidgetClass,
      UI_TEXT("Space available:") UI_BELOW("laCustomRequired") UI_LEFT UI_BOTTOM},
     {"laCustomRequiredValue", "foCustomSpace", &xmLabelWidgetClass,
-     FIGURE UI_LEVEL_WITH("laCustomRequired") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
+     SPACE UI_LEVEL_WITH("laCustomRequired") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
     {"laCustomAvailableValue", "foCustomSpace", &xmLabelWidgetClass,
-     FIGURE UI_LEVEL_WITH("laCustomAvailable") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
+     SPACE UI_LEVEL_WITH("laCustomAvailable") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
     {"foCustomComponentCount", "foCustomButtons", &xmFormWidgetClass,
      UI_SET("verticalSpacing", "2") UI_TOP UI_RIGHT UI_BOTTOM},
     {"laCustomRequired1", "foCustomComponentCount", &xmLabelWidgetClass,
@@ -56,10 +59,10 @@ static const OV_WidgetRow s_aRows[] = {
     {"laCustomAvailable1", "foCustomComponentCount", &xmLabelWidgetClass,
      UI_TEXT("Components to Remove:") UI_BELOW("laCustomRequired1") UI_LEFT UI_BOTTOM},
     {"laCustomRequiredValue1", "foCustomComponentCount", &xmLabelWidgetClass,
-     FIGURE UI_SET("width", "40") UI_LEVEL_WITH("laCustomRequired1")
+     COUNT UI_LEVEL_WITH("laCustomRequired1")
      UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
     {"laCustomAvailableValue1", "foCustomComponentCount", &xmLabelWidgetClass,
-     FIGURE UI_SET("width", "40") UI_LEVEL_WITH("laCustomAvailable1")
+     COUNT UI_LEVEL_WITH("laCustomAvailable1")
      UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
 
     {"foCustomSelected", "foCustom", &xmFormWidgetClass,
@@ -67,7 +70,7 @@ static const OV_WidgetRow s_aRows[] = {
     {"laCustomFolder", "foCustomSelected", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Folder for Currently Selected Options:\"") UI_TOP UI_LEFT},
     {"frCustomFolder", "foCustomSelected", &xmFrameWidgetClass,
-     UI_BELOW("laCustomFolder") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
+     SMALL_FRAME UI_BELOW("laCustomFolder") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
     {"foCustomFolder", "frCustomFolder", &xmFormWidgetClass, NO_SPACING},
     {"laCustomFolderPath", "foCustomFolder", &xmLabelWidgetClass,
      UI_TEXT("Destination path") UI_SET("recomputeSize", "False") UI_FILL},
@@ -88,7 +91,7 @@ static const OV_WidgetRow s_aRows[] = {
     {"laCustomDescription", "foCustomDescription", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Description:\"") UI_TOP UI_LEFT},
     {"frCustomDescription", "foCustomDescription", &xmFrameWidgetClass,
-     UI_BELOW("laCustomDescription") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
+     SMALL_FRAME UI_BELOW("laCustomDescription") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
     {"foCustomDescriptionItem", "frCustomDescription", &xmFormWidgetClass,
      UI_SET("horizontalSpacing", "0")},
     {"pbCustomDescriptionItem", "foCustomDescriptionItem", &xmPushButtonWidgetClass,
@@ -101,6 +104,9 @@ static const OV_WidgetRow s_aRows[] = {
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on
+
+static const char *const s_apFigures[] = {"laCustomRequiredValue", "laCustomAvailableValue",
+                                          "laCustomRequiredValue1", "laCustomAvailableValue1"};
 
 static const OV_CallbackRow s_aCallbacks[] = {
     {"mbCustom",                XmNmapCallback,      OV_instCustomMapCB      },
@@ -116,6 +122,8 @@ Widget CreatembCustom(Widget parent)
 
     XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_MESSAGE_LABEL));
     XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_SYMBOL_LABEL));
+    for (const char *pFigure : s_apFigures)
+        OV_instSetLiteralLabel(OV_instFindWidget(dialog, pFigure), "");
     OV_instCustomUse(dialog);
     return dialog;
 }

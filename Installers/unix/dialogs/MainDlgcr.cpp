@@ -39,7 +39,8 @@ static const OV_WidgetRow s_aRows[] = {
     {"dsMainDlg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
     {"mbMainDlg", "dsMainDlg", &xmMessageBoxWidgetClass, UI_SET("dialogStyle", "DIALOG_MODELESS")},
     {"rowColumn", "mbMainDlg", &xmRowColumnWidgetClass,
-     UI_SET("adjustLast", "False") UI_SET("marginWidth", "4") UI_SET("spacing", "8")},
+     UI_SET("adjustLast", "False") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
+     UI_SET("spacing", "8")},
     {"laMainDlg", "rowColumn", &xmLabelWidgetClass,
      UI_TEXT("To choose the installation you want, click on the following buttons")
      UI_SET("marginBottom", "6")},
@@ -47,7 +48,7 @@ static const OV_WidgetRow s_aRows[] = {
     SLOT("2", "rowColumn4"),
     SLOT("3", "rowColumn6"),
     SLOT("4", "rowColumn8"),
-    {"frame1", "rowColumn", &xmFrameWidgetClass, UI_SET("marginWidth", "10")},
+    {"frame1", "rowColumn", &xmFrameWidgetClass, ""},
     {"form", "frame1", &xmFormWidgetClass, ""},
     {"label", "form", &xmLabelWidgetClass, UI_TEXT("Available space:") UI_TOP UI_LEFT},
     {"laMainDlgAvailableSpace", "form", &xmLabelWidgetClass,

@@ -15,9 +15,7 @@
     UI_SET("orientation", "HORIZONTAL")                                                            \
     UI_SET("isAligned", "False")                                                                   \
     UI_SET("spacing", "14") UI_SET("marginWidth", "0") UI_SET("marginHeight", "3")
-/* Stretched to the button's height, so that the text is level with the button's. */
-#define COLUMN                                                                                     \
-    UI_SET("orientation", "HORIZONTAL") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
+#define COLUMN UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
 #define BUTTON UI_SET("alignment", "ALIGNMENT_CENTER") UI_SET("marginHeight", "10")
 
 // clang-format off
@@ -26,8 +24,9 @@ static const OV_WidgetRow s_aRows[] = {
     {"mbMaintenance", "dsMaintenance", &xmMessageBoxWidgetClass,
      UI_SET("cancelLabelString", "Exit Setup") UI_SET("dialogStyle", "DIALOG_MODELESS")},
     {"rowColumn", "mbMaintenance", &xmRowColumnWidgetClass,
-     UI_SET("adjustLast", "False") UI_SET("marginWidth", "4") UI_SET("spacing", "8")},
-    {"frame", "rowColumn", &xmFrameWidgetClass, UI_SET("marginWidth", "10")},
+     UI_SET("adjustLast", "False") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
+     UI_SET("spacing", "8")},
+    {"frame", "rowColumn", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
     {"laMaintenanceWelcome", "form", &xmLabelWidgetClass,
      UI_TEXT("") UI_SET("renderTable.fontStyle", "Bold") UI_TOP UI_LEFT},

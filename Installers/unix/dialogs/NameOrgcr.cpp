@@ -18,7 +18,7 @@
 static const OV_WidgetRow s_aRows[] = {
     {"dsNameOrg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
     {"mbNameOrg", "dsNameOrg", &xmMessageBoxWidgetClass, FORM_BOX},
-    {"frame", "mbNameOrg", &xmFrameWidgetClass, PAGE_FRAME},
+    {"frame", "mbNameOrg", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, PAGE_FORM},
     {"laNameOrg", "form", &xmLabelWidgetClass, UI_TEXT(INSTRUCTION) UI_TOP UI_LEFT UI_RIGHT},
     {"laNameOrgName", "form", &xmLabelWidgetClass, FIELD_LABEL("Name:", "laNameOrg")},
@@ -34,7 +34,7 @@ static const OV_WidgetRow s_aRows[] = {
 static const OV_WidgetRow s_aConfirmRows[] = {
     {"dsNameOrgConfirm", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
     {"mbNameOrgConfirm", "dsNameOrgConfirm", &xmMessageBoxWidgetClass, CONFIRM_BOX},
-    {"frame", "mbNameOrgConfirm", &xmFrameWidgetClass, PAGE_FRAME},
+    {"frame", "mbNameOrgConfirm", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, PAGE_FORM},
     {"laNameOrg1", "form", &xmLabelWidgetClass, UI_TEXT(CONFIRM_TEXT) UI_TOP UI_LEFT UI_RIGHT},
     {"laNameOrgConfirmName", "form", &xmLabelWidgetClass, VALUE("laNameOrg1")},

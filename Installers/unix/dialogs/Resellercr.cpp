@@ -19,7 +19,7 @@
 static const OV_WidgetRow s_aRows[] = {
     {"dsReseller", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
     {"mbReseller", "dsReseller", &xmMessageBoxWidgetClass, FORM_BOX},
-    {"frame", "mbReseller", &xmFrameWidgetClass, PAGE_FRAME},
+    {"frame", "mbReseller", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, PAGE_FORM},
     {"laReseller", "form", &xmLabelWidgetClass, UI_TEXT(EXPLANATION) UI_TOP UI_LEFT UI_RIGHT},
     {"laResellerName", "form", &xmLabelWidgetClass, FIELD_LABEL("Name:", "laReseller")},
@@ -38,7 +38,7 @@ static const OV_WidgetRow s_aRows[] = {
 static const OV_WidgetRow s_aConfirmRows[] = {
     {"dsResellerConfirm", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
     {"mbResellerConfirm", "dsResellerConfirm", &xmMessageBoxWidgetClass, CONFIRM_BOX},
-    {"frame", "mbResellerConfirm", &xmFrameWidgetClass, PAGE_FRAME},
+    {"frame", "mbResellerConfirm", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, PAGE_FORM},
     {"laReseller1", "form", &xmLabelWidgetClass, UI_TEXT(CONFIRM_TEXT) UI_TOP UI_LEFT UI_RIGHT},
     {"laResellerConfirmName", "form", &xmLabelWidgetClass, VALUE("laReseller1")},

@@ -19,8 +19,7 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("okLabelString", "Continue") UI_SET("cancelLabelString", "Exit Setup")
      UI_SET("dialogStyle", "DIALOG_MODELESS") UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
     {"foWelcome", "mbWelcome", &xmFormWidgetClass, ""},
-    {"frWelcomeTop", "foWelcome", &xmFrameWidgetClass,
-     UI_SET("marginWidth", "14") UI_SET("marginHeight", "14") UI_FILL},
+    {"frWelcomeTop", "foWelcome", &xmFrameWidgetClass, UI_FILL},
     {"form", "frWelcomeTop", &xmFormWidgetClass, UI_SET("verticalSpacing", "14")},
     {"laWelcomeTop", "form", &xmLabelWidgetClass,
      UI_TEXT(":::t\"Welcome to the Tamboril installation program.\"")

@@ -4,7 +4,6 @@
 
 #include "ut/uibuild.h"
 
-#define PAGE_FRAME UI_SET("marginWidth", "14") UI_SET("marginHeight", "14")
 #define PAGE_FORM UI_SET("verticalSpacing", "10") UI_SET("horizontalSpacing", "8")
 
 #define FORM_BOX                                                                                   \

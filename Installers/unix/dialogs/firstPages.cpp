@@ -7,6 +7,7 @@
 #include <Xm/TextF.h>
 
 #include "dialogs/wrappedLabel.h"
+#include "ut/bxutils.h"
 #include "ut/looks.h"
 #include "ut/owned.h"
 #include "ut/privateFile.h"
@@ -121,6 +122,17 @@ static std::string breakWords(const std::string &text)
     return broken;
 }
 
+/* Nothing takes a line, too, or what is below would lie over the label beside it. */
+static void reserveLine(Widget label)
+{
+    XmRenderTable table = nullptr;
+    XmString blank = OV_instLiteralXmString(" ");
+
+    XtVaGetValues(label, XmNrenderTable, &table, nullptr);
+    XtVaSetValues(label, XmNmarginTop, table ? XmStringHeight(table, blank) : 0, nullptr);
+    XmStringFree(blank);
+}
+
 void OV_instShowValue(Widget label, const std::string &text, int iWidth)
 {
     if (!label)
@@ -128,4 +140,6 @@ void OV_instShowValue(Widget label, const std::string &text, int iWidth)
     const int iPixels = OV_instScaleLength(XtDisplay(label), iWidth);
     OV_instSetLiteralLabel(label,
                            OV_instFoldText(label, breakWords(text).c_str(), iPixels).c_str());
+    if (text.empty())
+        reserveLine(label);
 }

@@ -31,6 +31,7 @@ typedef struct LookRow {
 #define TROUGH "#dfe2e5"
 #define ACCENT "#3584c8"
 #define CHOSEN "#8abbe8"
+#define BAR "#2f6fb2" /* dark enough for light text on it */
 #define PALE_ACCENT "#d6e6f3"
 
 static const LookRow s_aLooks[] = {
@@ -113,8 +114,9 @@ static const LookRow s_aLooks[] = {
     {"*XmRowColumn.spacing",                             "6"                  },
     {"*XmRowColumn.shadowThickness",                     "0"                  },
     {"*XmFrame.shadowType",                              "SHADOW_ETCHED_IN"   },
-    {"*XmFrame.marginWidth",                             "6"                  },
-    {"*XmFrame.marginHeight",                            "6"                  },
+    {"*XmFrame.marginWidth",                             "14"                 },
+    {"*XmFrame.marginHeight",                            "12"                 },
+    {"*XmDrawingArea.foreground",                        BAR                  },
     {nullptr,                                            nullptr              },
 };
 

@@ -1,0 +1,210 @@
+/* Every dialog of the program as a user meets it, one after another, on a display and with resources
+ * of the test's choice. */
+#ifndef OVINST_TESTS_DIALOGS_GALLERY_H
+#define OVINST_TESTS_DIALOGS_GALLERY_H
+
+#include <sys/prctl.h>
+
+#include "Dialogs/ExitConfirmation.h"
+#include "dialogTest.h"
+#include "dialogs/Agreement.h"
+#include "dialogs/ChangeDestination.h"
+#include "dialogs/Custom.h"
+#include "dialogs/Exit.h"
+#include "dialogs/MainDlg.h"
+#include "dialogs/Maintenance.h"
+#include "dialogs/NameOrg.h"
+#include "dialogs/Progress.h"
+#include "dialogs/Reseller.h"
+#include "dialogs/SourcePrompt.h"
+#include "dialogs/Viewlog.h"
+#include "dialogs/Welcome.h"
+#include "ut/HtmlHelp.h"
+#include "ut/logViewer.h"
+
+struct Gallery : DialogTest {
+    using Look = std::function<void(const std::string &name, Widget dialog)>;
+    std::string m_product = "Orvane Studio", m_place; /* what is shown of any length */
+
+    /* A screen of its own, which lasts as long as the test program. Returns the display's name. */
+    static std::string newScreen(const char *pSize, const char *pDpi)
+    {
+        int aEnds[2];
+        char caNumber[16] = "";
+        if (pipe(aEnds) < 0)
+            return "";
+        const std::string descriptor = std::to_string(aEnds[1]);
+        if (fork() == 0) {
+            (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
+            (void)freopen("/dev/null", "w", stderr);
+            execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", pSize, "-dpi",
+                   pDpi, "-nolisten", "tcp", nullptr);
+            _exit(127);
+        }
+        close(aEnds[1]);
+        const ssize_t iRead = read(aEnds[0], caNumber, sizeof caNumber - 1);
+        close(aEnds[0]);
+        return iRead > 0 ? ":" + std::to_string(atoi(caNumber)) : "";
+    }
+    /* Opens the application anew with these words behind its name; the rest of the test has it. */
+    static void reopen(std::vector<std::string> words)
+    {
+        std::vector<char *> apWords;
+        words.insert(words.begin(), "setup");
+        for (std::string &word : words)
+            apWords.push_back(&word[0]);
+        apWords.push_back(nullptr);
+        int iWords = (int)words.size();
+        if (Widget shell = OV_instGetMainTopLevelShell())
+            XtDestroyWidget(shell);
+        settle();
+        s_application = OV_instOpenApplication(&iWords, apWords.data());
+        ASSERT_NE(nullptr, s_application);
+        (void)OV_instCreateMainTopLevelShell(s_application);
+    }
+
+    static Widget main() { return OV_instGetMainTopLevelShell(); }
+    static Widget managed(Widget dialog)
+    {
+        XtManageChild(dialog);
+        settle();
+        return dialog;
+    }
+    void fillModel()
+    {
+        const std::string text = "All that is needed for modeling, animation and rendering, with "
+                                 "the examples of the manual and the materials.' 'kivoicons.so,kivo_";
+        describe("1 MainDlg 'T' 'D' '' 10 20 30\n10 Suite 'P' '" + text + "typical' 1\n"
+                 "20 CusDlg 'Custom installation' '" + text + "custom' 1 21 22 24\n"
+                 "21 Suite 'Q' '" + text + "' 1\n22 CusDlg 'Examples and tutorials' '" + text +
+                 "' 1 23\n23 Suite 'Q' '' '' 1\n24 Suite 'R' '' '' 1\n"
+                 "30 MainDlg 'Network installation' '" + text + "other' 31\n31 Suite 'P' '' '' 1\n"
+                 "2 CusDlg 'Maintenance' '' '' 1 21 24\n");
+        for (char **ppText : {&CDInstPtr->pProductName, &suite("P")->pName, &suite("R")->pName}) {
+            free(*ppText);
+            *ppText = strdup(m_product.c_str());
+        }
+        ASSERT_EQ(0, OV_instSetRootDestination((m_root + m_place).c_str()));
+        (void)OV_instSetCdinstDirectory(SETUP_BUILD_DIR "/medium");
+        snprintf(g_caLogName, sizeof g_caLogName, "%s%ssetup.log", m_root.c_str(), m_place.c_str());
+        put(g_caLogName, "Running in Maintenance mode\nInstalling package \"base\"\n");
+    }
+
+    /* The dialogs that come back before they are answered. */
+    static Widget mainPage()
+    {
+        Widget dialog = CreatembMainDlg(main());
+        OV_instUISetMainDlg(dialog, config(1));
+        return dialog;
+    }
+    static Widget customPage(int iMode)
+    {
+        OV_instInstallationMode = iMode;
+        OV_instConfigureCustomDlgCB(nullptr, config(iMode ? 2 : 20), nullptr);
+        return shown("mbCustom");
+    }
+    static Widget confirmed(Widget dialog, const char *pField, const char *pShell,
+                            const std::string &value)
+    {
+        XmTextFieldSetString(OV_instFindWidget(managed(dialog), pField),
+                             const_cast<char *>(value.c_str()));
+        press(dialog, "OK");
+        return XtNameToWidget(XtParent(dialog), pShell);
+    }
+    Widget progress()
+    {
+        Widget dialog = managed(CreatembProgress(main()));
+        OV_instProgressUpdate(46, (m_root + m_place + "Application/bin/kivo").c_str());
+        return dialog;
+    }
+    /* The shell around a page that has none of its own. */
+    static Widget exitPage()
+    {
+        return CreatefoExit(XtVaCreatePopupShell("dsExit", xmDialogShellWidgetClass, main(), nullptr));
+    }
+
+    /* Looks at a dialog that waits in a loop of its own, and takes it down. */
+    void visitWaiting(const std::string &name, const char *pBox, const Look &look,
+                      const std::function<void()> &open)
+    {
+        int iSeen = 0;
+        Later seen(main(), 200, [&] {
+            Widget box = nullptr;
+            ASSERT_NE(nullptr, box = openBox(pBox)) << name;
+            settle();
+            look(name, box);
+            iSeen++;
+            XtUnmanageChild(box);
+            XtDestroyWidget(XtParent(box));
+        });
+        open();
+        settle();
+        EXPECT_EQ(1, iSeen) << name;
+    }
+    void visitBoxes(const Look &look)
+    {
+        const std::string path = m_root + m_place;
+        visitWaiting("question", "mbOkCancel", look, [&] {
+            (void)OV_instDisplayMessage(main(), "Yes", "No", nullptr,
+                                        "The destination folder:\n'%s'\ndoes not exist. Do you "
+                                        "want to create it?", path.c_str());
+        });
+        visitWaiting("prompt", "mbOkCancel", look, [&] {
+            (void)OV_instDisplayMessage(main(), "Continue", "Browse...", "Abort", "%s: %s",
+                                        m_product.c_str(), path.c_str());
+        });
+        visitWaiting("notice", "mbOkCancel", look, [&] {
+            (void)OV_instOkCancelMessageBox(main(), "Setup completed successfully\n", "OK", nullptr,
+                                            nullptr);
+        });
+        visitWaiting("log", "mbLogViewer", look, [&] { ViewLogfile(main()); });
+        visitWaiting("destination browser", "fsbChangeDestinationSelection", look,
+                     [&] { OV_instChangeDestination(main()); });
+        char *pFound = nullptr;
+        visitWaiting("source browser", "Browser Install Directory", look,
+                     [&] { OV_instBrowseForSource("base.tar", &pFound, path.c_str()); });
+        visitWaiting("exit question", "mbExitSetup", look, [&] {
+            OV_exitSetupConfirmation(main(), "Setup has not yet modified any files.", "");
+        });
+    }
+    void visitAll(const Look &look)
+    {
+        fillModel();
+        const std::string name = m_product;
+        const std::pair<const char *, std::function<Widget()>> aDialogs[] = {
+            {"welcome",            [] { return CreatembWelcome(main()); }          },
+            {"agreement",          [] { return CreatembEULA(main()); }             },
+            {"user",               [] { return CreatembNameOrg(main()); }          },
+            {"user confirmed",
+             [&] { return confirmed(CreatembNameOrg(main()), "txNameOrgName",
+                                    "*mbNameOrgConfirm", name); }                  },
+            {"reseller",           [] { return CreatembReseller(main()); }         },
+            {"reseller confirmed",
+             [&] { return confirmed(CreatembReseller(main()), "txResellerName",
+                                    "*mbResellerConfirm", name); }                 },
+            {"destination",        [] { return CreatembChangeDestination(main()); }},
+            {"main page",          [] { return mainPage(); }                       },
+            {"custom page",        [] { return customPage(0); }                    },
+            {"components",         [] { return customPage(1); }                    },
+            {"maintenance",        [] { return CreatembMaintenance(main()); }      },
+            {"progress",           [&] { return progress(); }                      },
+            {"log dialog",         [] { return CreatembViewlog(main()); }          },
+            {"exit notice",        [] { return CreatembExitSetupFinish(main()); }  },
+            {"completion",         [] { return CreatembExitSetupComplete(main()); }},
+            {"older exit page",    [] { return exitPage(); }                       },
+        };
+        for (const auto &[pName, open] : aDialogs) {
+            Widget dialog = open();
+            ASSERT_NE(nullptr, dialog) << pName;
+            look(pName, managed(dialog));
+            Widget shell = XtParent(dialog);
+            while (XtParent(shell) != main())
+                shell = XtParent(shell);
+            XtDestroyWidget(shell);
+            settle();
+        }
+        visitBoxes(look);
+    }
+};
+
+#endif
