@@ -1,5 +1,5 @@
-/* Every dialog of the program as a user meets it, one after another, on a display and with resources
- * of the test's choice. */
+/* Every dialog of the program as a user meets it, one after another, on a display and with
+ * resources of the test's choice. */
 #ifndef OVINST_TESTS_DIALOGS_GALLERY_H
 #define OVINST_TESTS_DIALOGS_GALLERY_H
 
@@ -72,13 +72,20 @@ struct Gallery : DialogTest {
     }
     void fillModel()
     {
-        const std::string text = "All that is needed for modeling, animation and rendering, with "
-                                 "the examples of the manual and the materials.' 'kivoicons.so,kivo_";
-        describe("1 MainDlg 'T' 'D' '' 10 20 30\n10 Suite 'P' '" + text + "typical' 1\n"
-                 "20 CusDlg 'Custom installation' '" + text + "custom' 1 21 22 24\n"
-                 "21 Suite 'Q' '" + text + "' 1\n22 CusDlg 'Examples and tutorials' '" + text +
+        const std::string text =
+            "All that is needed for modeling, animation and rendering, with "
+            "the examples of the manual and the materials.' 'kivoicons.so,kivo_";
+        describe("1 MainDlg 'T' 'D' '' 10 20 30\n10 Suite 'P' '" + text +
+                 "typical' 1\n"
+                 "20 CusDlg 'Custom installation' '" +
+                 text +
+                 "custom' 1 21 22 24\n"
+                 "21 Suite 'Q' '" +
+                 text + "' 1\n22 CusDlg 'Examples and tutorials' '" + text +
                  "' 1 23\n23 Suite 'Q' '' '' 1\n24 Suite 'R' '' '' 1\n"
-                 "30 MainDlg 'Network installation' '" + text + "other' 31\n31 Suite 'P' '' '' 1\n"
+                 "30 MainDlg 'Network installation' '" +
+                 text +
+                 "other' 31\n31 Suite 'P' '' '' 1\n"
                  "2 CusDlg 'Maintenance' '' '' 1 21 24\n");
         for (char **ppText : {&CDInstPtr->pProductName, &suite("P")->pName, &suite("R")->pName}) {
             free(*ppText);
@@ -120,7 +127,8 @@ struct Gallery : DialogTest {
     /* The shell around a page that has none of its own. */
     static Widget exitPage()
     {
-        return CreatefoExit(XtVaCreatePopupShell("dsExit", xmDialogShellWidgetClass, main(), nullptr));
+        return CreatefoExit(
+            XtVaCreatePopupShell("dsExit", xmDialogShellWidgetClass, main(), nullptr));
     }
 
     /* Looks at a dialog that waits in a loop of its own, and takes it down. */
@@ -147,7 +155,8 @@ struct Gallery : DialogTest {
         visitWaiting("question", "mbOkCancel", look, [&] {
             (void)OV_instDisplayMessage(main(), "Yes", "No", nullptr,
                                         "The destination folder:\n'%s'\ndoes not exist. Do you "
-                                        "want to create it?", path.c_str());
+                                        "want to create it?",
+                                        path.c_str());
         });
         visitWaiting("prompt", "mbOkCancel", look, [&] {
             (void)OV_instDisplayMessage(main(), "Continue", "Browse...", "Abort", "%s: %s",
@@ -172,26 +181,30 @@ struct Gallery : DialogTest {
         fillModel();
         const std::string name = m_product;
         const std::pair<const char *, std::function<Widget()>> aDialogs[] = {
-            {"welcome",            [] { return CreatembWelcome(main()); }          },
-            {"agreement",          [] { return CreatembEULA(main()); }             },
-            {"user",               [] { return CreatembNameOrg(main()); }          },
+            {"welcome", [] { return CreatembWelcome(main()); }},
+            {"agreement", [] { return CreatembEULA(main()); }},
+            {"user", [] { return CreatembNameOrg(main()); }},
             {"user confirmed",
-             [&] { return confirmed(CreatembNameOrg(main()), "txNameOrgName",
-                                    "*mbNameOrgConfirm", name); }                  },
-            {"reseller",           [] { return CreatembReseller(main()); }         },
+             [&] {
+                 return confirmed(CreatembNameOrg(main()), "txNameOrgName", "*mbNameOrgConfirm",
+                                  name);
+             }},
+            {"reseller", [] { return CreatembReseller(main()); }},
             {"reseller confirmed",
-             [&] { return confirmed(CreatembReseller(main()), "txResellerName",
-                                    "*mbResellerConfirm", name); }                 },
-            {"destination",        [] { return CreatembChangeDestination(main()); }},
-            {"main page",          [] { return mainPage(); }                       },
-            {"custom page",        [] { return customPage(0); }                    },
-            {"components",         [] { return customPage(1); }                    },
-            {"maintenance",        [] { return CreatembMaintenance(main()); }      },
-            {"progress",           [&] { return progress(); }                      },
-            {"log dialog",         [] { return CreatembViewlog(main()); }          },
-            {"exit notice",        [] { return CreatembExitSetupFinish(main()); }  },
-            {"completion",         [] { return CreatembExitSetupComplete(main()); }},
-            {"older exit page",    [] { return exitPage(); }                       },
+             [&] {
+                 return confirmed(CreatembReseller(main()), "txResellerName", "*mbResellerConfirm",
+                                  name);
+             }},
+            {"destination", [] { return CreatembChangeDestination(main()); }},
+            {"main page", [] { return mainPage(); }},
+            {"custom page", [] { return customPage(0); }},
+            {"components", [] { return customPage(1); }},
+            {"maintenance", [] { return CreatembMaintenance(main()); }},
+            {"progress", [&] { return progress(); }},
+            {"log dialog", [] { return CreatembViewlog(main()); }},
+            {"exit notice", [] { return CreatembExitSetupFinish(main()); }},
+            {"completion", [] { return CreatembExitSetupComplete(main()); }},
+            {"older exit page", [] { return exitPage(); }},
         };
         for (const auto &[pName, open] : aDialogs) {
             Widget dialog = open();

@@ -18,12 +18,12 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("okLabelString", "Done") UI_SET("dialogStyle", "DIALOG_MODELESS")
      UI_SET("defaultButtonType", "DIALOG_OK_BUTTON") UI_SET("defaultPosition", "False")
      UI_SET("x", "7") UI_SET("y", "31")},
-    {"frame", "mbViewlog", &xmFrameWidgetClass, ""},
+    {"frame", "mbViewlog", &xmFrameWidgetClass, UI_SET("marginWidth", "10")},
     {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "10")},
     {"label", "form", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Installation Setup Log\"") UI_TOP UI_LEFT},
     {"form1", "form", &xmFormWidgetClass,
-     UI_SET("horizontalSpacing", "14") UI_BELOW("label") UI_LEFT UI_RIGHT},
+     UI_SET("horizontalSpacing", "10") UI_BELOW("label") UI_LEFT UI_RIGHT},
     {"pushButton", "form1", &xmPushButtonWidgetClass,
      UI_TEXT("View Log") UI_TOP UI_BOTTOM UI_LEFT UI_SET("leftOffset", "0")},
     {"label1", "form1", &xmLabelWidgetClass,

@@ -1,0 +1,387 @@
+#include <gtest/gtest.h>
+
+#include "dialogs/Progress.h"
+
+#include <cmath>
+#include <set>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include "dialogTest.h"
+#include "engine/history.h"
+#include "engine/progressReader.h"
+
+/* ---- what is drawn ---- */
+
+struct Drawn {
+    unsigned iWidth = 0, iHeight = 0;
+    std::vector<unsigned long> pixels;
+
+    explicit Drawn(Widget area)
+    {
+        Display *pDisplay = XtDisplay(area);
+        iWidth = resourceOf<Dimension>(area, XmNwidth);
+        iHeight = resourceOf<Dimension>(area, XmNheight);
+        XImage *pImage =
+            XGetImage(pDisplay, XtWindow(area), 0, 0, iWidth, iHeight, AllPlanes, ZPixmap);
+        for (unsigned i = 0; pImage && i < iWidth * iHeight; i++)
+            pixels.push_back(XGetPixel(pImage, (int)(i % iWidth), (int)(i / iWidth)));
+        if (pImage)
+            XDestroyImage(pImage);
+    }
+    /* The colours that the columns up to another one have. */
+    std::set<unsigned long> colours(unsigned iFrom, unsigned iTo) const
+    {
+        std::set<unsigned long> found;
+        for (unsigned i = 0; i < pixels.size(); i++)
+            if (i % iWidth >= iFrom && i % iWidth < iTo)
+                found.insert(pixels[i]);
+        return found;
+    }
+    /* How many columns are filled from the left: at the upper edge there is no text. */
+    unsigned filled(unsigned long fill) const
+    {
+        unsigned iColumn = 0;
+        while (iColumn < iWidth && pixels[iColumn] == fill)
+            iColumn++;
+        return iColumn;
+    }
+};
+
+/* How well two colours of a screen of 24 bits are told apart: 1 for not at all, 21 at most. */
+static double contrast(unsigned long one, unsigned long other)
+{
+    const auto light = [](unsigned long colour) {
+        const double aWeights[] = {0.0722, 0.7152, 0.2126};
+        double sum = 0;
+        for (int i = 0; i < 3; i++)
+            sum += aWeights[i] * pow((double)(colour >> 8 * i & 255) / 255, 2.2);
+        return sum + 0.05;
+    };
+    return light(one) > light(other) ? light(one) / light(other) : light(other) / light(one);
+}
+
+struct Progress : DialogTest {
+    Widget m_dialog = nullptr, m_area = nullptr;
+
+    void show()
+    {
+        m_dialog = CreatembProgress(OV_instGetMainTopLevelShell());
+        XtManageChild(m_dialog);
+        settle();
+        m_area = OV_instFindWidget(m_dialog, "daProgress");
+    }
+    unsigned long fill() const { return resourceOf<Pixel>(m_area, XmNforeground); }
+    unsigned long empty() const { return resourceOf<Pixel>(m_area, XmNbackground); }
+    std::string file() const { return label(m_dialog, "laProgressDestination"); }
+
+    /* Covers the bar with a colour that it does not have, so that drawing is noticed. */
+    void cover() const
+    {
+        GC gc = XCreateGC(XtDisplay(m_area), XtWindow(m_area), 0, nullptr);
+        XSetForeground(XtDisplay(m_area), gc, 0x00ff00);
+        XFillRectangle(XtDisplay(m_area), XtWindow(m_area), gc, 0, 0, 5000, 5000);
+        XFreeGC(XtDisplay(m_area), gc);
+    }
+    bool isCovered() const { return Drawn(m_area).colours(0, 9999).count(0x00ff00) != 0; }
+};
+
+TEST_F(Progress, BarIsFilledUpToThePercentage)
+{
+    show();
+    for (const auto &[iGiven, iShown] :
+         {std::pair(1, 1), {33, 33}, {50, 50}, {99, 99}, {250, 100}, {7, 7}, {0, 0}}) {
+        cover();
+        OV_instProgressUpdate(iGiven, nullptr);
+        const Drawn drawn(m_area);
+        EXPECT_EQ(drawn.iWidth * (unsigned)iShown / 100, drawn.filled(fill())) << iGiven;
+        EXPECT_FALSE(isCovered()) << iGiven;
+    }
+}
+
+TEST_F(Progress, PercentageIsReadableOverBothParts)
+{
+    show();
+    OV_instProgressUpdate(50, nullptr);
+    const Drawn drawn(m_area);
+    const unsigned iHalf = drawn.iWidth * 50 / 100;
+    EXPECT_EQ(1u, drawn.colours(0, iHalf).count(empty())); /* fill ^ (fill ^ empty) */
+    EXPECT_EQ(1u, drawn.colours(iHalf, drawn.iWidth).count(fill()));
+    EXPECT_LT(4, contrast(fill(), empty()));
+    /* Nothing but the text is between: its edges are mixed of the two colours. */
+    for (int i = 0; i < 3; i++)
+        for (unsigned long colour : drawn.colours(0, drawn.iWidth)) {
+            const auto part = [i](unsigned long c) { return (int)(c >> 8 * i & 255); };
+            EXPECT_LE(std::min(part(fill()), part(empty())), part(colour));
+            EXPECT_GE(std::max(part(fill()), part(empty())), part(colour));
+        }
+    /* The text is in the middle. */
+    unsigned iFirst = drawn.iWidth, iLast = 0;
+    for (unsigned x = 0; x < drawn.iWidth; x++)
+        if (drawn.colours(x, x + 1).size() > 1) {
+            iFirst = std::min(iFirst, x);
+            iLast = x;
+        }
+    EXPECT_LT(50u, iLast - iFirst);
+    EXPECT_NEAR(drawn.iWidth / 2.0, (iFirst + iLast) / 2.0, 4);
+}
+
+TEST_F(Progress, ColourOfTheLabelsFillsAnAreaOfAnotherBackground)
+{
+    show();
+    XtVaSetValues(m_area, XmNbackground, (Pixel)0x102030, nullptr);
+    OV_instProgressUpdate(40, nullptr);
+    const Pixel back =
+        resourceOf<Pixel>(OV_instFindWidget(m_dialog, "laProgressDestination"), XmNbackground);
+    const Drawn drawn(m_area);
+    EXPECT_EQ(drawn.iWidth * 40 / 100, drawn.filled(back));
+    EXPECT_EQ(0x102030u, drawn.pixels[drawn.iWidth - 1]);
+}
+
+TEST_F(Progress, DrawsWhenThePercentageChangesAndWhenExposed)
+{
+    show();
+    OV_instProgressUpdate(0, nullptr);
+    XtDestroyWidget(XtParent(m_dialog));
+    settle();
+    show();
+    cover();
+    OV_instProgressUpdate(0, "first/file");
+    EXPECT_TRUE(isCovered()) << "0 is what was drawn last";
+    EXPECT_EQ("first/file", file());
+    XClearArea(XtDisplay(m_area), XtWindow(m_area), 0, 0, 0, 0, True);
+    settle();
+    EXPECT_FALSE(isCovered());
+    EXPECT_EQ(1u, Drawn(m_area).colours(0, 9999).count(fill())) << "the text for 0";
+
+    OV_instProgressUpdate(20, "a");
+    cover();
+    OV_instProgressUpdate(20, "b");
+    EXPECT_TRUE(isCovered());
+    EXPECT_EQ("b", file());
+    OV_instProgressUpdate(-1, nullptr);
+    EXPECT_EQ(Drawn(m_area).iWidth * 20 / 100, Drawn(m_area).filled(fill()));
+    EXPECT_EQ("b", file());
+    XtVaSetValues(XtParent(m_dialog), XmNwidth, 900, nullptr);
+    settle();
+    EXPECT_EQ(Drawn(m_area).iWidth * 20 / 100, Drawn(m_area).filled(fill())) << "resized";
+}
+
+TEST_F(Progress, LongPathsAreShownByTheirEnd)
+{
+    const auto x = [](size_t lCount) { return std::string(lCount, 'x'); };
+    const std::pair<std::string, std::string> aRows[] = {
+        {x(50) + "%s of 100%", x(50) + "%s of 100%"}, /* 60 characters */
+        {x(50) + "/%s of 100%", ".../%s of 100%"},
+        {"12" + x(59), "..." + x(58)},
+        {"ab/" + x(58), "..." + x(58)},     /* a slash too far to the left */
+        {x(60) + "/", "..." + x(57) + "/"}, /* one with nothing behind it */
+        {x(60) + "/a/b", ".../a/b"},
+    };
+
+    show();
+    for (const auto &[path, shown] : aRows) {
+        OV_instProgressUpdate(-1, path.c_str());
+        EXPECT_EQ(shown, file()) << path;
+    }
+}
+
+/* ---- what is read ---- */
+
+/* A run that the test plays the child's records of. The child itself only waits to be stopped and
+ * killed. What a run counts is never taken back, so each is in a process of its own. */
+struct ProgressReader : Progress {
+    pid_t m_child = -1;
+    int m_write = -1;
+
+    void start(uint64_t ulTotal)
+    {
+        int aEnds[2];
+        load("NoDisplayLog\nPackage 'p' ''\nSuite 'S' p\n");
+        ASSERT_EQ(0, pipe(aEnds));
+        m_write = aEnds[1];
+        m_child = fork();
+        if (m_child == 0) {
+            (void)prctl(PR_SET_PDEATHSIG, SIGKILL);
+            (void)setpgid(0, 0);
+            (void)close(aEnds[0]);
+            (void)close(aEnds[1]);
+            for (;;)
+                pause();
+        }
+        SetProgressBarTotalSize(ulTotal);
+        snprintf(g_caLogName, sizeof g_caLogName, "%s", full("@/log").c_str());
+        OV_InitHistoryFile(OV_instGetDestinationDirectory(), "Product", "3.5");
+        OV_instCreateProgressBar(OV_instGetMainTopLevelShell(), aEnds[0], m_child, 0);
+        m_dialog = XtNameToWidget(OV_instGetMainTopLevelShell(), "*mbProgress");
+        const CorePart &core = OV_instGetMainTopLevelShell()->core;
+        for (Cardinal i = 0; i < core.num_popups && !m_dialog; i++)
+            m_dialog = XtNameToWidget(core.popup_list[i], "mbProgress");
+    }
+    void killChild() const
+    {
+        if (m_child > 0) /* -1 would be everybody */
+            (void)kill(m_child, SIGKILL);
+    }
+    void feed(const std::string &bytes)
+    {
+        ASSERT_EQ((ssize_t)bytes.size(), write(m_write, bytes.data(), bytes.size()));
+        runFor(s_application, 60);
+    }
+    /* Percentage, file and action as they are shown. */
+    std::string state()
+    {
+        m_area = OV_instFindWidget(m_dialog, "daProgress");
+        const Drawn drawn(m_area);
+        return std::to_string((drawn.filled(fill()) * 100 + drawn.iWidth - 1) / drawn.iWidth) +
+               "% " + file() + " " + label(m_dialog, "laProgressAction");
+    }
+    /* The child's state as the kernel tells it, Z for one that is gone. */
+    char childState() const
+    {
+        const std::string stat = readFile("/proc/" + std::to_string(m_child) + "/stat");
+        const size_t end = stat.rfind(')');
+        return end == stat.npos ? 'Z' : stat[end + 2];
+    }
+    /* Feeds records at which the process ends. Told on standard error: every question in between
+     * with the child's state, which the first or second button answers in turn, then what is left
+     * of the child and of the history. */
+    void finish(const std::string &records, const std::string &answers, bool bKill = false,
+                bool bClose = false)
+    {
+        static ProgressReader *s_pTest;
+        s_pTest = this;
+        atexit([] {
+            for (int i = 0; i < 100 && s_pTest->childState() != 'Z'; i++)
+                usleep(10000);
+            fprintf(stderr, "child %c, history %d\n", s_pTest->childState(),
+                    s_pTest->exists("D/SetupFiles/.Product.his") ? 1 : 0);
+            fs::remove_all(s_pTest->m_scratch.path);
+        });
+        std::string left = answers;
+        std::function<void()> answer = [&] {
+            if (Widget box = openBox()) {
+                Widget text = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
+                fprintf(stderr, "<%s> %c ", replaced(labelOf(text), "\n", "|").c_str(),
+                        childState());
+                const char cAnswer = left.empty() ? 'y' : left[0];
+                left.erase(0, 1);
+                (void)OV_instActivateButton(XtNameToWidget(box, cAnswer == 'y' ? "OK" : "Cancel"));
+            }
+        };
+        std::vector<std::unique_ptr<Later>> steps;
+        for (unsigned long l = 1; l < 30; l++)
+            steps.push_back(std::make_unique<Later>(s_application, 150 * l, answer));
+        if (bKill)
+            killChild();
+        if (!records.empty())
+            (void)!write(m_write, records.data(), records.size());
+        if (bClose)
+            close(m_write);
+        runFor(s_application, 5000);
+        fprintf(stderr, "still here\n");
+        exit(77);
+    }
+    void expectEnd(int iStatus, const std::string &told, const std::string &records,
+                   const std::string &answers, bool bKill = false, bool bClose = false)
+    {
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
+        EXPECT_EXIT((start(100), finish(records, answers, bKill, bClose)),
+                    testing::ExitedWithCode(iStatus), told);
+        GTEST_FLAG_SET(death_test_style, "fast");
+    }
+};
+
+TEST_F(ProgressReader, RecordsMoveTheBar)
+{
+    inChild(
+        [this] {
+            start(200);
+            EXPECT_FALSE(XtIsManaged(m_dialog));
+            feed("# Start installation\n# Removing files\n");
+            EXPECT_TRUE(XtIsManaged(m_dialog));
+            EXPECT_EQ("0%  Removing files:", state());
+            feed("+20 src/one dest/one\n");
+            EXPECT_EQ("10% dest/one Removing files:", state());
+            feed("+4");
+            feed("0 %s");
+            EXPECT_EQ("10% dest/one Removing files:", state());
+            feed("\n+5\nWarning: no\n0 Can't create file x\n\n# Installing files");
+            EXPECT_EQ("30% %s Removing files:", state());
+            feed("\n# Removing files, not\n+1 mkdir made\n#Log:100%s of it\n");
+            EXPECT_EQ("30% made Destination files:", state());
+            EXPECT_EQ("100%s of it\n", got("@/log"));
+            feed("+18446744073709551000 much\n");
+            feed("# Pass Installation completed\n");
+            EXPECT_EQ(nullptr, shown("mbProgress"));
+            feed("# Updating the registry\n");
+            EXPECT_NE(nullptr, openBox("mbMessage"));
+            feed("# Done updating the registry\n+3 more\n");
+            EXPECT_EQ(nullptr, openBox("mbMessage"));
+            killChild();
+        },
+        true);
+}
+
+TEST_F(ProgressReader, TotalsOfNothingAndOfLessThanComes)
+{
+    for (const uint64_t ulTotal : {0, 3})
+        inChild(
+            [&] {
+                start(ulTotal);
+                feed("# Start installation\n+9 file\n");
+                EXPECT_EQ("100% file Destination Files:", state());
+                killChild();
+            },
+            true);
+}
+
+TEST_F(ProgressReader, QuestionsComeOneByOneAndStopTheChild)
+{
+    inChild(
+        [this] {
+            std::string asked;
+            start(100);
+            const auto answer = [&] {
+                Widget box = openBox();
+                ASSERT_NE(nullptr, box);
+                asked += labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL)) + childState() +
+                         label(m_dialog, "laProgressAction") + ";";
+                (void)OV_instActivateButton(XtNameToWidget(box, "OK"));
+            };
+            Later one(s_application, 150, answer), two(s_application, 300, answer),
+                three(s_application, 450, answer);
+            feed(
+                "# Start installation\n-1 can't %s\n+50 f\n-1\n# Removing files\n-1 three\n+1 g\n");
+            runFor(s_application, 500);
+            EXPECT_EQ("can't %s\nDo you wish to continue?TDestination Files:;"
+                      "-1\nDo you wish to continue?TDestination Files:;"
+                      "three\nDo you wish to continue?TRemoving files:;",
+                      asked);
+            EXPECT_EQ("51% g Removing files:", state());
+            EXPECT_EQ("can't %s\n-1\nthree\n", got("@/log"));
+            EXPECT_EQ('S', childState());
+            killChild();
+        },
+        true);
+}
+
+TEST_F(ProgressReader, EndsOfRuns)
+{
+    const std::string result = "<Setup did not complete successfully\\|> ",
+                      asks = "Do you wish to continue\\?";
+
+    expectEnd(1, "^<broken\\|" + asks + "> T child Z, history 0\n$", "-1 broken\n", "n");
+    expectEnd(1, "^<one\\|" + asks + "> T <two\\|" + asks + "> T child Z, history 0\n$",
+              "-1 one\n-1 two\n", "yn");
+    expectEnd(1, "^child Z, history 0\n$", "# Start installation\n-1 abort\n", "");
+    expectEnd(1, "^" + result + "Z child Z, history 1\n$", "# Start installation\n+1 f\n", "", true,
+              true);
+    expectEnd(1, "^" + result + "Z child Z, history 1\n$", "+1 half", "", true); /* held open */
+    expectEnd(0, "^<Setup completed successfully\\|> Z child Z, history 1\n$",
+              "# Installation completed\n", "", true, true);
+    expectEnd(0, "^" + result + "Z child Z, history 1\n$",
+              "# Error during installation\n# Installation completed\n", "", true);
+    expectEnd(0, "^<x\\|" + asks + "> . " + result + ". child Z, history 1\n$",
+              "-1 x\n# Installation completed\n", "yy", true);
+}
