@@ -124,6 +124,13 @@ struct Gallery : DialogTest {
         OV_instProgressUpdate(46, (m_root + m_place + "Application/bin/kivo").c_str());
         return dialog;
     }
+    static Widget exitNotice()
+    {
+        Widget box = CreatembExitSetupFinish(main());
+        for (unsigned char child : {XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON})
+            XtUnmanageChild(XmMessageBoxGetChild(box, child));
+        return box;
+    }
     /* The shell around a page that has none of its own. */
     static Widget exitPage()
     {
@@ -202,7 +209,7 @@ struct Gallery : DialogTest {
             {"maintenance", [] { return CreatembMaintenance(main()); }},
             {"progress", [&] { return progress(); }},
             {"log dialog", [] { return CreatembViewlog(main()); }},
-            {"exit notice", [] { return CreatembExitSetupFinish(main()); }},
+            {"exit notice", [] { return exitNotice(); }},
             {"completion", [] { return CreatembExitSetupComplete(main()); }},
             {"older exit page", [] { return exitPage(); }},
         };

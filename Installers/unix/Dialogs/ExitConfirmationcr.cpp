@@ -6,9 +6,6 @@
 #include "dialogs/sequence.h"
 #include "ut/uibuild.h"
 
-/* A box of one button has nothing else that Escape could press. */
-#define ESCAPE_IS_OK UI_SET("translations", "#override <Key>osfCancel: BulletinBoardReturn()")
-
 #define BOX(type, style, message)                                                                  \
     UI_SET("dialogType", type)                                                                     \
     UI_SET("dialogStyle", style)                                                                   \
@@ -30,7 +27,7 @@ static const OV_WidgetRow s_aNotice[] = {
     {"dsExitSetupFinish", nullptr, &xmDialogShellWidgetClass, ""},
     {"mbExitSetupFinish", "dsExitSetupFinish", &xmMessageBoxWidgetClass,
      BOX("DIALOG_WARNING", "DIALOG_FULL_APPLICATION_MODAL", "Setup was interrupted")
-     UI_SET("okLabelString", "OK") ESCAPE_IS_OK},
+     UI_SET("okLabelString", "OK") UI_ESCAPE_IS_OK},
     {nullptr, nullptr, nullptr, nullptr},
 };
 
@@ -38,7 +35,7 @@ static const OV_WidgetRow s_aComplete[] = {
     {"dsExitSetupComplete", nullptr, &xmDialogShellWidgetClass, ""},
     {"mbExitSetupComplete", "dsExitSetupComplete", &xmMessageBoxWidgetClass,
      BOX("DIALOG_INFORMATION", "DIALOG_MODELESS", "Setup is complete")
-     UI_SET("okLabelString", "OK") ESCAPE_IS_OK},
+     UI_SET("okLabelString", "OK") UI_ESCAPE_IS_OK},
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on

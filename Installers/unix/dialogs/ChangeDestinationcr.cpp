@@ -25,8 +25,7 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("okLabelString", "OK") UI_SET("cancelLabelString", "Exit Setup")
      UI_SET("dialogStyle", "DIALOG_MODELESS") UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
     {"rowColumn", "mbChangeDestination", &xmRowColumnWidgetClass,
-     UI_SET("adjustLast", "False") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
-     UI_SET("spacing", "12")},
+     UI_SET("marginWidth", "0") UI_SET("marginHeight", "0") UI_SET("spacing", "12")},
     {"label", "rowColumn", &xmLabelWidgetClass, UI_TEXT(INSTRUCTION)},
     {"frame", "rowColumn", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},

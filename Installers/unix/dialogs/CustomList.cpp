@@ -11,9 +11,13 @@
 #include "engine/sizes.h"
 #include "ut/compound.h"
 #include "ut/looks.h"
+#include "ut/uibuild.h"
 #include "ut/uiut.h"
 
 enum { ROW_GAP = 10 };
+
+static const char s_caRow[] = "foCustomOptionsItem";
+static const char s_caRowLooks[] = UI_SET("verticalSpacing", "0") UI_SET("horizontalSpacing", "0");
 
 /* ---- a row ---- */
 
@@ -73,8 +77,7 @@ static Widget addLabel(Widget row, const char *pName, Widget after, Widget toggl
 static void addRow(Widget rows, _OV_InstConfigList *pChild)
 {
     char caSize[OV_SIZE_TEXT];
-    Widget row = XtVaCreateWidget("foCustomOptionsItem", xmFormWidgetClass, rows,
-                                  XmNverticalSpacing, 0, XmNhorizontalSpacing, 0, nullptr);
+    Widget row = XtVaCreateWidget(s_caRow, xmFormWidgetClass, rows, nullptr);
     Widget toggle = addToggle(row, pChild);
     Widget name = addLabel(row, "laCustomItemName", toggle, toggle, nameOf(pChild));
 
@@ -167,6 +170,7 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
         return;
     watchList(OV_instFindWidget(dialog, "swCustomOptions"), rows);
     clearRows(rows);
+    (void)OV_instAddWidgetLooks(rows, s_caRow, xmFormWidgetClass, s_caRowLooks);
     OV_instUpdateLabelString(OV_instFindWidget(dialog, "laCustomDescriptionItem"), "");
     for (int i = 0; i < iMost && aChildren[i] > 0; i++) {
         _OV_InstConfigList *pChild = OV_instGetConfigFromId(CDInstPtr, aChildren[i]);

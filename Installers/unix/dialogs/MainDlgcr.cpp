@@ -39,8 +39,7 @@ static const OV_WidgetRow s_aRows[] = {
     {"dsMainDlg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
     {"mbMainDlg", "dsMainDlg", &xmMessageBoxWidgetClass, UI_SET("dialogStyle", "DIALOG_MODELESS")},
     {"rowColumn", "mbMainDlg", &xmRowColumnWidgetClass,
-     UI_SET("adjustLast", "False") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
-     UI_SET("spacing", "8")},
+     UI_SET("marginWidth", "0") UI_SET("marginHeight", "0") UI_SET("spacing", "8")},
     {"laMainDlg", "rowColumn", &xmLabelWidgetClass,
      UI_TEXT("To choose the installation you want, click on the following buttons")
      UI_SET("marginBottom", "6")},

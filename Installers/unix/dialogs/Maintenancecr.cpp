@@ -24,8 +24,7 @@ static const OV_WidgetRow s_aRows[] = {
     {"mbMaintenance", "dsMaintenance", &xmMessageBoxWidgetClass,
      UI_SET("cancelLabelString", "Exit Setup") UI_SET("dialogStyle", "DIALOG_MODELESS")},
     {"rowColumn", "mbMaintenance", &xmRowColumnWidgetClass,
-     UI_SET("adjustLast", "False") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
-     UI_SET("spacing", "8")},
+     UI_SET("marginWidth", "0") UI_SET("marginHeight", "0") UI_SET("spacing", "8")},
     {"frame", "rowColumn", &xmFrameWidgetClass, ""},
     {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
     {"laMaintenanceWelcome", "form", &xmLabelWidgetClass,

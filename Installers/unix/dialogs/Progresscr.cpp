@@ -29,7 +29,7 @@ static const OV_WidgetRow s_aRows[] = {
     {"frame1", "form1", &xmFrameWidgetClass,
      UI_SET("shadowType", "SHADOW_IN") UI_SET("marginWidth", "0") UI_SET("marginHeight", "0")
      UI_BELOW("laProgressDestination") UI_LEFT UI_RIGHT UI_BOTTOM},
-    {"daProgress", "frame1", &xmDrawingAreaWidgetClass, UI_SET("height", "26")},
+    {"daProgress", "frame1", &xmDrawingAreaWidgetClass, UI_SET("height", "26") UI_SET("traversalOn", "False")},
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on

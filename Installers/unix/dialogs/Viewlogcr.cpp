@@ -17,7 +17,7 @@ static const OV_WidgetRow s_aRows[] = {
     {"mbViewlog", "dsViewlog", &xmMessageBoxWidgetClass,
      UI_SET("okLabelString", "Done") UI_SET("dialogStyle", "DIALOG_MODELESS")
      UI_SET("defaultButtonType", "DIALOG_OK_BUTTON") UI_SET("defaultPosition", "False")
-     UI_SET("x", "7") UI_SET("y", "31")},
+     UI_SET("x", "7") UI_SET("y", "31") UI_ESCAPE_IS_OK},
     {"frame", "mbViewlog", &xmFrameWidgetClass, UI_SET("marginWidth", "10")},
     {"form", "frame", &xmFormWidgetClass, UI_SET("verticalSpacing", "10")},
     {"label", "form", &xmLabelWidgetClass,

@@ -187,7 +187,7 @@ static Widget createLogWindow(Widget parent, int *piDone)
         {"mbLogViewer", "dsLogViewer", &xmMessageBoxWidgetClass,
          UI_SET("okLabelString", "Done") UI_SET("helpLabelString", "Help")
          UI_SET("dialogStyle", "DIALOG_FULL_APPLICATION_MODAL")
-         UI_SET("defaultButtonType", "DIALOG_OK_BUTTON")},
+         UI_SET("defaultButtonType", "DIALOG_OK_BUTTON") UI_ESCAPE_IS_OK},
         {"swLogViewer", "mbLogViewer", &xmScrolledWindowWidgetClass, LOG_WINDOW},
         {"txLogViewer", "swLogViewer", &xmTextWidgetClass, looks.c_str()},
         {nullptr, nullptr, nullptr, nullptr},
