@@ -108,7 +108,7 @@ TEST_F(ChangeDestination, WithoutAWorkingDirectoryOnlyFullPathsAreTaken)
     EXPECT_EQ("@/other/", root());
 }
 
-TEST_F(ChangeDestination, AnInstallationThatIsDeclinedLeavesNoTrace)
+TEST_F(ChangeDestination, AnInstallationThatIsDeclinedLeavesNoMarks)
 {
     const std::string question =
         "Previous installation found.\nDo you want to run setup in maintenance mode ?|";
@@ -117,7 +117,7 @@ TEST_F(ChangeDestination, AnInstallationThatIsDeclinedLeavesNoTrace)
     installed("@/old");
 
     EXPECT_EQ(question + "open", browse({">@/old", "n"}));
-    EXPECT_EQ("@/root/", root());
+    EXPECT_EQ("@/old/", root());
     EXPECT_EQ(question, browse({">@/old", "n", ">@/other"}));
     EXPECT_EQ("@/other/", root());
     EXPECT_EQ(before, states()) << "what is to be installed counts as installed";

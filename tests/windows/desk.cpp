@@ -151,7 +151,7 @@ pid_t Desk::stopAt(const std::string &shell)
     pid_t iChild = 0;
 
     (void)soon([&] { return isShown(shell) && (iChild = childOf(iProgram)) > 0; });
-    EXPECT_EQ(0, kill(-iChild, SIGSTOP)) << printed();
+    EXPECT_TRUE(iChild > 0 && kill(-iChild, SIGSTOP) == 0) << printed();
     return iChild;
 }
 

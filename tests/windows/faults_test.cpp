@@ -87,6 +87,19 @@ TEST_F(WindowFaults, NoAbortsAndTakesTheHistoryAway)
     EXPECT_TRUE(nobodyLeft());
 }
 
+TEST_F(WindowFaults, ARunThatCannotStartLeavesThePage)
+{
+    medium.file("plain", "plain");
+    medium.describe(onePage("Copy \"plain\" \"\" 5 0644\n"), quiet());
+    writeFile(medium.tree + "Setup", "where the log's directory should be");
+    ASSERT_TRUE(desk.startAtMainPage(medium)) << desk.printed();
+    ASSERT_TRUE(desk.press("dsMainDlg", 0));
+    ASSERT_TRUE(desk.press(s_caBox, 0));
+    EXPECT_TRUE(desk.isGone(s_caBox));
+    EXPECT_NE(0u, desk.window("dsMainDlg"));
+    EXPECT_FALSE(medium.has("plain"));
+}
+
 TEST_F(WindowFaults, AMissingFileIsAskedForAndAbortEndsTheRun)
 {
     medium.describe(onePage("Copy \"absent\" \"\" 5 0644\n"), quiet());

@@ -39,7 +39,8 @@ void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gi
     struct stat asNew;
     _OV_Replacement copy;
 
-    if (!source || fstat(fileno(source.get()), &asNew) < 0 || !S_ISREG(asNew.st_mode)) {
+    if (!source || fstat(fileno(source.get()), &asNew) < 0 || !S_ISREG(asNew.st_mode) ||
+        asNew.st_nlink != 1) { /* its other name could be any file of the machine's */
         fprintf(stderr, "ERROR: Can't find file: %s\n", path ? path.get() : s_caSource);
         return;
     }

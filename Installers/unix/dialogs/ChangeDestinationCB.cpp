@@ -57,7 +57,7 @@ static bool provideFolder(Widget box, const char *pPath)
     return true;
 }
 
-/* Whether setup can go on with the destination; if not, it is what it was before. */
+/* Whether setup can go on with the destination. */
 static bool takeDestination(Widget box, const char *pPath)
 {
     OwnedTrial trial(OV_instTryDestination(pPath));
@@ -73,7 +73,9 @@ static bool takeDestination(Widget box, const char *pPath)
         OV_instInstallationMode = 1;
         return true;
     }
+    /* The folder stays chosen, for an installation that knows nothing of the earlier one. */
     OV_instUndoTrial(trial.get());
+    (void)OV_instSetRootDestination(pPath); /* it could be set a moment ago */
     return false;
 }
 

@@ -6,6 +6,7 @@
 #include <Xm/ScrolledW.h>
 #include <Xm/ToggleB.h>
 
+#include "dialogs/wrappedLabel.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
@@ -164,6 +165,7 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
     Widget change = OV_instFindWidget(dialog, "pbCustomChangeOption");
     int iMost = 0;
     int iGroups = 0;
+    bool bFocused = false;
     const int32_t *aChildren = OV_instGetConfigChildren(pConfig, &iMost);
 
     if (!rows)
@@ -171,7 +173,8 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
     watchList(OV_instFindWidget(dialog, "swCustomOptions"), rows);
     clearRows(rows);
     (void)OV_instAddWidgetLooks(rows, s_caRow, xmFormWidgetClass, s_caRowLooks);
-    OV_instUpdateLabelString(OV_instFindWidget(dialog, "laCustomDescriptionItem"), "");
+    OV_instSetWrappedLabel(OV_instFindWidget(dialog, "laCustomDescriptionItem"), "");
+    XtRemoveAllCallbacks(change, XmNactivateCallback); /* of the list before */
     for (int i = 0; i < iMost && aChildren[i] > 0; i++) {
         _OV_InstConfigList *pChild = OV_instGetConfigFromId(CDInstPtr, aChildren[i]);
         if (!pChild)
@@ -179,8 +182,9 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
         OV_instResetPackagePasses(CDInstPtr->pPackageHead);
         if (!isHidden(pChild))
             addRow(rows, pChild);
-        if (i == 0) /* shown or not: meant so */
+        if (!bFocused) /* shown or not: meant so */
             OV_instCustomItemFocusCB(rows, pChild, nullptr);
+        bFocused = true;
         iGroups += pChild->iType == OV_CONFIG_CUSDLG;
     }
     (iGroups ? XtManageChild : XtUnmanageChild)(change);

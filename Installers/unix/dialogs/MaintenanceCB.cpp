@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <vector>
 
 #include <Xm/MessageB.h>
 
@@ -172,11 +173,32 @@ void OV_instMaintenanceAddRemoveCB(Widget widget, XtPointer, XtPointer)
     pRoot->pParent = nullptr; /* its Cancel comes back here, whatever was visited before */
 }
 
-/* Without a run there would be no window left to go on with. */
-static void startRun(_OV_InstConfigList *pRoot, OV_InstMode iMode)
+/* The marks of a configuration. */
+struct Marks {
+    _OV_InstConfigList *pConfig;
+    int32_t iInstalled;
+    int32_t iSelected;
+};
+
+static std::vector<Marks> noteMarks()
+{
+    std::vector<Marks> marks;
+
+    for (auto *pConfig = CDInstPtr->pConfigHead; pConfig; pConfig = pConfig->pNext)
+        marks.push_back({pConfig, pConfig->iInstalled, pConfig->iSelected});
+    return marks;
+}
+
+/* Without a run there would be no window left to go on with, and what was marked for it must not
+ * come into the next one. */
+static void startRun(_OV_InstConfigList *pRoot, OV_InstMode iMode, const std::vector<Marks> &before)
 {
     if (OV_instCommandLineInstall(CDInstPtr, pRoot, iMode) == 0)
         return;
+    for (const Marks &marks : before) {
+        marks.pConfig->iInstalled = marks.iInstalled;
+        marks.pConfig->iSelected = marks.iSelected;
+    }
     Widget again = CreatembMaintenance(OV_instGetMainTopLevelShell());
     OV_DisableAddButtonIfNecessary();
     XtManageChild(again);
@@ -195,8 +217,9 @@ void OV_instMaintenanceRemoveallCB(Widget widget, XtPointer, XtPointer)
     if (!isSure("Remove all files - are you sure ?"))
         return;
     XtDestroyWidget(OV_instGetShell(widget));
+    const std::vector<Marks> before = noteMarks();
     SetSelectedFlags(pRoot, 0);
-    startRun(pRoot, OV_INST_DELETE_MODE);
+    startRun(pRoot, OV_INST_DELETE_MODE, before);
 }
 
 void OV_instMaintenanceReinstallCB(Widget widget, XtPointer, XtPointer)
@@ -207,5 +230,5 @@ void OV_instMaintenanceReinstallCB(Widget widget, XtPointer, XtPointer)
         return;
     XtDestroyWidget(OV_instGetShell(widget));
     SetInstalledFlags(pRoot, 0);
-    startRun(pRoot, OV_INST_INSTALL_MODE);
+    startRun(pRoot, OV_INST_INSTALL_MODE, noteMarks());
 }

@@ -19,7 +19,11 @@ enum { NAME_WHOLE = 60, NAME_TAIL = 58, STATUS_QUIT = 10 };
 
 /* What is shown. The percentage and the file outlive the dialog. */
 static struct {
-    Widget dialog; /* null when there is none */
+    Widget dialog;    /* null when there is none */
+    Pixmap aWhole[2]; /* what the bar is put together from; the toolkit keeps every drawable that it
+                         has drawn text on, so they are not made anew for each drawing */
+    Dimension iWidth; /* of these; 0 when there are none */
+    Dimension iHeight;
     int oldPercent;
     char *pFile;
 } s_progress;
@@ -79,26 +83,46 @@ static bool readBar(Bar *pBar)
     return pBar->iWidth && pBar->iHeight;
 }
 
+static void freePixmaps(Display *pDisplay)
+{
+    for (Pixmap whole : s_progress.aWhole)
+        if (s_progress.iWidth)
+            XFreePixmap(pDisplay, whole);
+    s_progress.iWidth = 0;
+}
+
+static void providePixmaps(const Bar *pBar)
+{
+    Display *pDisplay = XtDisplay(pBar->area);
+
+    if (s_progress.iWidth == pBar->iWidth && s_progress.iHeight == pBar->iHeight)
+        return;
+    freePixmaps(pDisplay);
+    for (Pixmap &whole : s_progress.aWhole)
+        whole = XCreatePixmap(pDisplay, XtWindow(pBar->area), pBar->iWidth, pBar->iHeight,
+                              static_cast<unsigned>(DefaultDepthOfScreen(XtScreen(pBar->area))));
+    s_progress.iWidth = pBar->iWidth;
+    s_progress.iHeight = pBar->iHeight;
+}
+
 /* A bar as it looks filled with that colour all along. The percentage in its middle has the colour
  * that exclusive-or gives it; it is drawn with that colour outright, since antialiased text knows
  * no other function than copying and its edges would come out in any colour. */
-static Pixmap drawWhole(const Bar *pBar, Pixel fill, XmString label)
+static void drawWhole(const Bar *pBar, Pixmap whole, Pixel fill, XmString label)
 {
     Display *pDisplay = XtDisplay(pBar->area);
     Dimension iWidth = 0;
     Dimension iHeight = 0;
-    Pixmap whole = XCreatePixmap(pDisplay, XtWindow(pBar->area), pBar->iWidth, pBar->iHeight,
-                                 static_cast<unsigned>(DefaultDepthOfScreen(XtScreen(pBar->area))));
 
     XmStringExtent(pBar->font, label, &iWidth, &iHeight);
+    const int iBaseline = pBar->iHeight / 2 + iHeight / 2;
     XSetForeground(pDisplay, pBar->gc, fill);
     XFillRectangle(pDisplay, whole, pBar->gc, 0, 0, pBar->iWidth, pBar->iHeight);
     XSetForeground(pDisplay, pBar->gc, fill ^ pBar->foreground ^ pBar->background);
     XmStringDraw(pDisplay, whole, pBar->font, label, pBar->gc,
                  static_cast<Position>(pBar->iWidth / 2 - iWidth / 2),
-                 static_cast<Position>(pBar->iHeight / 2 - iHeight / 2), iWidth,
+                 static_cast<Position>(iBaseline - XmStringBaseline(pBar->font, label)), iWidth,
                  XmALIGNMENT_BEGINNING, XmSTRING_DIRECTION_L_TO_R, nullptr);
-    return whole;
 }
 
 /* Both parts appear ready drawn: nothing flickers. */
@@ -114,13 +138,12 @@ static void drawBar(Bar *pBar, int iPercent)
 
     pBar->gc = XCreateGC(pDisplay, window, 0, nullptr);
     XSetGraphicsExposures(pDisplay, pBar->gc, False);
-    Pixmap filled = drawWhole(pBar, fill, label);
-    Pixmap empty = drawWhole(pBar, pBar->background, label);
-    XCopyArea(pDisplay, filled, window, pBar->gc, 0, 0, iFilled, pBar->iHeight, 0, 0);
-    XCopyArea(pDisplay, empty, window, pBar->gc, static_cast<int>(iFilled), 0,
+    providePixmaps(pBar);
+    drawWhole(pBar, s_progress.aWhole[0], fill, label);
+    drawWhole(pBar, s_progress.aWhole[1], pBar->background, label);
+    XCopyArea(pDisplay, s_progress.aWhole[0], window, pBar->gc, 0, 0, iFilled, pBar->iHeight, 0, 0);
+    XCopyArea(pDisplay, s_progress.aWhole[1], window, pBar->gc, static_cast<int>(iFilled), 0,
               pBar->iWidth - iFilled, pBar->iHeight, static_cast<int>(iFilled), 0);
-    XFreePixmap(pDisplay, filled);
-    XFreePixmap(pDisplay, empty);
     XFreeGC(pDisplay, pBar->gc);
     XmStringFree(label);
     XFlush(pDisplay);
@@ -154,8 +177,10 @@ void OV_instProgressUpdateLabel(const char *pText)
 
 static void forget(Widget dialog, XtPointer, XtPointer)
 {
-    if (s_progress.dialog == dialog)
-        s_progress.dialog = nullptr;
+    if (s_progress.dialog != dialog)
+        return;
+    freePixmaps(XtDisplay(dialog));
+    s_progress.dialog = nullptr;
 }
 
 void OV_instProgressUse(Widget dialog)

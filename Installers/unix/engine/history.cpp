@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "engine/fileOps.h"
 #include "engine/selection.h"
@@ -215,6 +217,15 @@ static void markSuites(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
     }
 }
 
+/* A history that somebody else could write must not lead root's installation to his files. */
+static bool mayLead(FILE *pHistory)
+{
+    struct stat status;
+
+    return geteuid() != 0 || (fstat(fileno(pHistory), &status) == 0 && status.st_uid == 0 &&
+                              !(status.st_mode & (S_IWGRP | S_IWOTH)));
+}
+
 static void clearConfig(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
 {
     if (!pConfig)
@@ -240,7 +251,8 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
         puts("History file empty, corrupt, or out-of-date");
         return 0;
     }
-    (void)OV_instSetSourceDirectory(caSource); /* ends the process when it fails */
+    if (mayLead(file.get()))
+        (void)OV_instSetSourceDirectory(caSource); /* ends the process when it fails */
     clearConfig(pRoot, pConfig);
     markPackages(file.get(), pRoot);
     markSuites(pRoot, pConfig, pSuites);

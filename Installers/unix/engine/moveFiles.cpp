@@ -35,7 +35,8 @@ int OV_instMoveFiles(Widget dialog, _OV_InstConfigList *pConfig)
         return 0;
     if (!OV_instPreInstallCheck(CDInstPtr, pConfig))
         return 0;
-    if (dialog)
+    int iResult = OV_instCommandLineInstall(CDInstPtr, pConfig, 0);
+    if (iResult == 0 && dialog) /* a run that cannot start leaves the page as it was */
         XtDestroyWidget(OV_instGetShell(dialog));
-    return OV_instCommandLineInstall(CDInstPtr, pConfig, 0);
+    return iResult;
 }

@@ -18,6 +18,7 @@
 #include "engine/records.h"
 #include "engine/setupState.h"
 #include "ut/OVinstLogfile.h"
+#include "ut/compound.h"
 #include "ut/debugLevel.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
@@ -286,7 +287,9 @@ static void onError(const char *pLine)
     debugBox("Error 2");
     if (strcmp(pText, "abort") == 0)
         abortRun();
-    OwnedText question(OV_instStrPrint("%s\n%s", pText, "Do you wish to continue?"));
+    /* A blank in front keeps a message that begins like a compound text from being read as one. */
+    OwnedText question(OV_instStrPrint("%s%s\n%s", OV_instIsCompoundText(pText) ? " " : "", pText,
+                                       "Do you wish to continue?"));
     if (OV_instOkCancelMessageBox(mainShell(), question.get(), "Yes", "No", nullptr) != 0)
         abortRun();
     (void)OV_instUpdateLogfile("%s\n", pText); /* the log is optional */
@@ -312,6 +315,7 @@ void UpdateProgressBar(XtPointer, int *piFd, XtInputId *)
     if (iRead < 0 && (errno == EINTR || errno == EAGAIN))
         return;
     if (iRead < 0) {
+        listen(false);
         (void)OV_instOkCancelMessageBox(mainShell(), "Internal error: UpdateProgressBar", "OK",
                                         nullptr, nullptr);
         exit(1);

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
@@ -23,6 +24,15 @@ static bool hasLine(FILE *pFile, const char *pWanted)
     return false;
 }
 
+/* A file that root makes in a user's home belongs to the user. */
+static void giveToOwner(int iFd, const struct stat *pStatus, const char *pHome)
+{
+    struct stat home;
+
+    if (geteuid() == 0 && pStatus->st_size == 0 && stat(pHome, &home) == 0)
+        (void)fchown(iFd, home.st_uid, home.st_gid); /* root's file will serve as well */
+}
+
 /* The user's file, for reading and appending. It lies in a home, where anything may be planted: a
  * stranger's link is not followed, and what is no file or has a second name elsewhere is left
  * alone. */
@@ -34,6 +44,9 @@ static FILE *openChest(const char *pHome, const char *pPath)
         iFd >= 0 && fstat(iFd, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
     FILE *pFile = bOrdinary ? fdopen(iFd, "a+") : nullptr;
 
+    if (pFile)
+        giveToOwner(iFd, &status, pHome);
+
     if (!pFile && iFd >= 0)
         (void)close(iFd); /* nothing was written */
     return pFile;
@@ -43,7 +56,7 @@ int OV_instAddSinclude(const char *pHome, const char *pTitleDirectory)
 {
     if (!pHome)
         pHome = getenv("HOME");
-    if (!pHome) {
+    if (!pHome || !pHome[0]) {
         fputs("Unable to get Home env var for sinclude\n", stderr);
         return 1;
     }
@@ -66,7 +79,11 @@ int OV_instAddSinclude(const char *pHome, const char *pTitleDirectory)
         return 1;
     }
     rewind(file.get());
-    if (!hasLine(file.get(), line.get()))
-        fprintf(file.get(), "\n%s\n", line.get());
-    return 0;
+    if (hasLine(file.get(), line.get()))
+        return 0;
+    bool bWritten = fprintf(file.get(), "\n%s\n", line.get()) > 0;
+    if (fclose(file.release()) == 0 && bWritten)
+        return 0;
+    fprintf(stderr, "Unable to open shortcut file: %s\n", path.get());
+    return 1;
 }

@@ -165,6 +165,8 @@ static void resetSignals()
         _exit(iBrowser < 0 ? 1 : 0);
     resetSignals();
     closeInherited();
+    if (htmlBrowser.get()[0] == '/')
+        (void)chdir("/"); /* or the medium could not be taken out before the browser ends */
     (void)execl(htmlBrowser.get(), htmlBrowser.get(), pTarget, static_cast<char *>(nullptr));
     _exit(1);
 }
