@@ -6,6 +6,7 @@
 #include <sys/prctl.h>
 
 #include "Dialogs/ExitConfirmation.h"
+#include "Dialogs/UpdateUser.h"
 #include "dialogTest.h"
 #include "dialogs/Agreement.h"
 #include "dialogs/ChangeDestination.h"
@@ -13,6 +14,7 @@
 #include "dialogs/Exit.h"
 #include "dialogs/MainDlg.h"
 #include "dialogs/Maintenance.h"
+#include "dialogs/Migration.h"
 #include "dialogs/NameOrg.h"
 #include "dialogs/Progress.h"
 #include "dialogs/Reseller.h"
@@ -207,6 +209,8 @@ struct Gallery : DialogTest {
             {"custom page", [] { return customPage(0); }},
             {"components", [] { return customPage(1); }},
             {"maintenance", [] { return CreatembMaintenance(main()); }},
+            {"migration",          [] { return CreatemigrationDlg(main()); }       },
+            {"account",            [] { return CreatembUpdateUser(main()); }       },
             {"progress", [&] { return progress(); }},
             {"log dialog", [] { return CreatembViewlog(main()); }},
             {"exit notice", [] { return exitNotice(); }},

@@ -304,6 +304,52 @@ TEST_F(Trees, LogAndExit)
     )");
 }
 
+TEST_F(Trees, PreferencesAndAccounts)
+{
+    Widget migration = CreatemigrationDlg(main());
+    expectTree(migration, R"(
+        migrationShell shell * migrationShell
+        migrationDlg form migrationShell
+        labelTitle label * User's preferences :
+        separator XmSeparator *
+        frame1 frame *
+        form form frame1
+        pushButtonBrowse1 button form Browse...
+        textFieldUserRoot field form
+        labelDescription1 label form Click 'Browse' to change the default location of your user's preferences.
+        frame frame *
+        form1 form frame
+        labelDescription2 label form1 Setup can automatically migrate any selected preferences from a previous version |of ORVANE|KIVO to the current installation.||Select a preferences path below, or click 'Browse' for another location.
+        toggleButtonMigrate toggle form1 Migrate user's preferences
+        scrolledWindow1 window form1
+        migrationList XmList scrolledWindow1
+        textFieldPath field form1
+        pushButtonBrowse button form1 Browse...
+        pushButtonExitSetup button * Exit Setup
+        pushButtonOk button * Continue
+    )");
+    expectTree(CreatembUpdateUser(main()), R"(
+        dsUpdateUser shell * Update User
+        mbUpdateUser box dsUpdateUser
+        OK button mbUpdateUser Update
+        Cancel button mbUpdateUser Continue
+        rowColumn1 rows mbUpdateUser
+        frame2 frame rowColumn1
+        form form frame2
+        txUpdateUserUsername field form
+        pbUpdateUserSelectUser button form Select User
+        frame3 frame rowColumn1
+        rowColumn3 rows frame3
+        toggleButton toggle rowColumn3 Copy .kivo_2.01 file in user account from $OV_HOME
+        toggleButton1 toggle rowColumn3 Create new .kivo_2.01 file in user account
+    )");
+    Widget shell = XtVaCreatePopupShell("list", topLevelShellWidgetClass, main(), nullptr);
+    expectTree(CreateswUpdateUserUserList(shell), R"(
+        swUpdateUserUserList window list
+        listUpdateUserUsernames XmList swUpdateUserUserList
+    )");
+}
+
 TEST_F(Trees, BrowsersAndBoxes)
 {
     const auto list = [](Widget box) {

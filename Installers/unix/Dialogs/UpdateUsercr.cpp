@@ -29,7 +29,7 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("width", "280") UI_TOP UI_BOTTOM UI_LEFT
      UI_SET("rightAttachment", "ATTACH_POSITION") UI_SET("rightPosition", "70")},
     {"pbUpdateUserSelectUser", "form", &xmPushButtonWidgetClass,
-     UI_TEXT("Select User") UI_TOP UI_BOTTOM
+     UI_TEXT("Select User") UI_SET("navigationType", "TAB_GROUP") UI_TOP UI_BOTTOM
      UI_SET("leftAttachment", "ATTACH_POSITION") UI_SET("leftPosition", "70") UI_SET("leftOffset", "8") UI_RIGHT},
     {"frame3", "rowColumn1", &xmFrameWidgetClass, ""},
     {"rowColumn3", "frame3", &xmRowColumnWidgetClass, UI_SET("radioBehavior", "True")},

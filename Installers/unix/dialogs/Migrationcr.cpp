@@ -20,13 +20,13 @@
     ":t\"of ORVANE|KIVO to the current installation.\":t\"\""                                      \
     "\"Select a preferences path below, or click 'Browse' for another location.\""
 
-/* A field and the button beside it share a line. */
+/* A field and the button beside it share a line; the keyboard passes them from the left. */
 #define FIELD_SIDE                                                                                 \
     UI_SET("width", "330")                                                                         \
     UI_LEFT UI_SET("rightAttachment", "ATTACH_POSITION") UI_SET("rightPosition", "78")
 #define BUTTON_SIDE                                                                                \
     UI_SET("leftAttachment", "ATTACH_POSITION")                                                    \
-    UI_SET("leftPosition", "78") UI_SET("leftOffset", "8") UI_RIGHT
+    UI_SET("leftPosition", "78") UI_SET("leftOffset", "8") UI_RIGHT UI_SET("navigationType", "TAB_GROUP")
 
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {
@@ -47,31 +47,32 @@ static const OV_WidgetRow s_aRows[] = {
      UI_TOP UI_LEFT},
     {"textFieldUserRoot", "form", &xmTextFieldWidgetClass,
      UI_SET("editable", "False") UI_SET("cursorPositionVisible", "False")
-     UI_BELOW("labelDescription1") FIELD_SIDE UI_BOTTOM},
+     UI_SET("traversalOn", "False") UI_BELOW("labelDescription1") FIELD_SIDE UI_BOTTOM},
     {"pushButtonBrowse1", "form", &xmPushButtonWidgetClass,
      UI_TEXT("Browse...") UI_BELOW("labelDescription1") BUTTON_SIDE UI_BOTTOM},
 
-    {"frame", "migrationDlg", &xmFrameWidgetClass, UI_BELOW("frame1") UI_LEFT UI_RIGHT},
+    {"pushButtonOk", "migrationDlg", &xmPushButtonWidgetClass,
+     UI_TEXT("Continue") UI_LEFT UI_BOTTOM UI_SET("bottomOffset", "14")},
+    {"pushButtonExitSetup", "migrationDlg", &xmPushButtonWidgetClass,
+     UI_TEXT("Exit Setup") UI_RIGHT UI_BOTTOM UI_SET("bottomOffset", "14")},
+
+    {"frame", "migrationDlg", &xmFrameWidgetClass,
+     UI_BELOW("frame1") UI_LEFT UI_RIGHT UI_ABOVE("pushButtonOk")},
     {"form1", "frame", &xmFormWidgetClass, ""},
     {"toggleButtonMigrate", "form1", &xmToggleButtonWidgetClass,
      UI_TEXT("Migrate user's preferences") UI_TOP UI_LEFT},
     {"labelDescription2", "form1", &xmLabelWidgetClass,
      UI_TEXT(DESCRIPTION) UI_BELOW("toggleButtonMigrate") UI_LEFT},
+    {"pushButtonBrowse", "form1", &xmPushButtonWidgetClass,
+     UI_TEXT("Browse...") BUTTON_SIDE UI_BOTTOM},
+    {"textFieldPath", "form1", &xmTextFieldWidgetClass,
+     FIELD_SIDE UI_LEVEL_WITH("pushButtonBrowse")},
     {"scrolledWindow1", "form1", &xmScrolledWindowWidgetClass,
      UI_SET("scrollingPolicy", "APPLICATION_DEFINED") UI_SET("visualPolicy", "VARIABLE")
-     UI_BELOW("labelDescription2") UI_LEFT UI_RIGHT},
+     UI_BELOW("labelDescription2") UI_LEFT UI_RIGHT UI_ABOVE("pushButtonBrowse")},
     {"migrationList", "scrolledWindow1", &xmListWidgetClass,
      UI_SET("selectionPolicy", "BROWSE_SELECT") UI_SET("listSizePolicy", "CONSTANT")
      UI_SET("visibleItemCount", "6")},
-    {"textFieldPath", "form1", &xmTextFieldWidgetClass,
-     UI_BELOW("scrolledWindow1") FIELD_SIDE UI_BOTTOM},
-    {"pushButtonBrowse", "form1", &xmPushButtonWidgetClass,
-     UI_TEXT("Browse...") UI_BELOW("scrolledWindow1") BUTTON_SIDE UI_BOTTOM},
-
-    {"pushButtonOk", "migrationDlg", &xmPushButtonWidgetClass,
-     UI_TEXT("Continue") UI_BELOW("frame") UI_LEFT UI_BOTTOM UI_SET("bottomOffset", "14")},
-    {"pushButtonExitSetup", "migrationDlg", &xmPushButtonWidgetClass,
-     UI_TEXT("Exit Setup") UI_BELOW("frame") UI_RIGHT UI_BOTTOM UI_SET("bottomOffset", "14")},
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on

@@ -6,6 +6,7 @@
 #include <Xm/Xm.h>
 #include <Xm/PushB.h>
 #include <Xm/PushBG.h>
+#include <Xm/ToggleB.h>
 #include <cctype>
 #include <cstring>
 #include <string>
@@ -14,7 +15,12 @@
 #include "ut/frameClose.h"
 #include "ut/uiut.h"
 
-/* Every widget of the dialog, a box's own buttons behind those of its page. Dialogs opened from it
+static int isButton(Widget widget)
+{
+    return XmIsPushButton(widget) || XmIsPushButtonGadget(widget) || XmIsToggleButton(widget);
+}
+
+/* Every button of the dialog, a box's own buttons behind those of its page. Dialogs opened from it
  * are no children of it. */
 static void addButtons(Widget widget, std::vector<Widget> *pButtons)
 {
@@ -27,7 +33,7 @@ static void addButtons(Widget widget, std::vector<Widget> *pButtons)
     for (Cardinal i = 0; i < iChildren; i++)
         addButtons(aChildren[i], pButtons);
     for (Cardinal i = 0; i < iChildren; i++)
-        if (XmIsPushButton(aChildren[i]) || XmIsPushButtonGadget(aChildren[i]))
+        if (isButton(aChildren[i]))
             pButtons->push_back(aChildren[i]);
 }
 
@@ -152,7 +158,7 @@ void OV_instUseMnemonics(Widget dialog)
 
 void OV_instRenewMnemonic(Widget button)
 {
-    if (!button || !(XmIsPushButton(button) || XmIsPushButtonGadget(button)))
+    if (!button || !isButton(button))
         return;
     const int iLetter = letterOf(button);
     const std::string label = labelOf(button);
