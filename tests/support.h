@@ -13,12 +13,12 @@
 struct Scratch {
     std::filesystem::path path;
 
-    Scratch()
+    explicit Scratch(const std::string &parent = "/tmp")
     {
-        char caName[] = "/tmp/setuptestXXXXXX";
-        if (!mkdtemp(caName))
+        std::string name = parent + "/setuptestXXXXXX";
+        if (!mkdtemp(name.data()))
             abort();
-        path = std::filesystem::canonical(caName);
+        path = std::filesystem::canonical(name);
     }
     Scratch(const Scratch &) = delete;
     Scratch &operator=(const Scratch &) = delete;
