@@ -246,6 +246,25 @@ int OV_instGuardedOpen(const char *pPath, int iFlags, mode_t iMode)
     return openGuarded(pPath, iFlags | ((iFlags & O_PATH) ? O_CLOEXEC : s_iAlways), iMode);
 }
 
+/* Whether an opened file is to be left alone: it has a second name, and lies in a directory where
+ * others could have made a name for any file there is. Where nobody else can, second names are our
+ * own or a backup's. What lies outside the guarded root was chosen by whoever started setup. */
+static bool isPlanted(int iFd, const char *pPath)
+{
+    const char *pName = nullptr;
+    struct stat status;
+
+    if (!belowRoot(pPath) || fstat(iFd, &status) < 0)
+        return false;
+    if (!S_ISREG(status.st_mode) || status.st_nlink < 2)
+        return false;
+    OwnedFd parent(OV_instGuardedOpenParent(pPath, &pName));
+    if (parent.iFd < 0 || fstat(parent.iFd, &status) < 0)
+        return true;
+    return (status.st_uid != 0 && status.st_uid != geteuid()) ||
+           (status.st_mode & (S_IWGRP | S_IWOTH));
+}
+
 FILE *OV_instGuardedFopen(const char *pPath, const char *pMode)
 {
     const StreamMode *pRow = s_aStreamModes;
@@ -256,9 +275,15 @@ FILE *OV_instGuardedFopen(const char *pPath, const char *pMode)
         errno = EINVAL;
         return nullptr;
     }
-    OwnedFd file(OV_instGuardedOpen(pPath, pRow->iFlags, 0666));
+    OwnedFd file(OV_instGuardedOpen(pPath, pRow->iFlags & ~O_TRUNC, 0666));
     if (file.iFd < 0)
         return nullptr;
+    if ((pRow->iFlags & O_CREAT) && isPlanted(file.iFd, pPath)) {
+        errno = EMLINK;
+        return nullptr;
+    }
+    if ((pRow->iFlags & O_TRUNC) && ftruncate(file.iFd, 0) < 0 && errno != EINVAL)
+        return nullptr; /* EINVAL: a device, which has nothing to be emptied */
     FILE *pFile = fdopen(file.iFd, pMode);
     if (pFile)
         (void)file.release(); /* the stream closes it */
@@ -315,6 +340,8 @@ int OV_instGuardedChmod(const char *pPath, mode_t iMode)
 
     if (file.iFd < 0)
         return -1;
+    if (isPlanted(file.iFd, pPath))
+        return failWith(EMLINK);
     /* A path descriptor needs no read permission, but fchmod refuses it. */
     (void)snprintf(caLink, sizeof caLink, "/proc/self/fd/%d", file.iFd); /* fits any int */
     if (chmod(caLink, iMode) == 0)

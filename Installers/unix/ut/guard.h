@@ -24,7 +24,9 @@ int OV_instGuardedOpen(const char *pPath, int iFlags, mode_t iMode);
 /* OV_instGuardedOpen with pRoot as the guarded root, for this call only. */
 int OV_instGuardedOpenIn(const char *pRoot, const char *pPath, int iFlags, mode_t iMode);
 
-/* OV_instGuardedOpen for a stream; pMode is "r", "r+", "w" or "a". Null with errno set. */
+/* OV_instGuardedOpen for a stream; pMode is "r", "r+", "w" or "a". Null with errno set;
+ * EMLINK for "w" or "a" when the file has a second name and its directory is one where others could
+ * have given that name to any file there is. */
 FILE *OV_instGuardedFopen(const char *pPath, const char *pMode);
 
 /* The directory that pPath's last component lives in, opened; *ppName points at that component
@@ -36,8 +38,8 @@ int OV_instGuardedOpenParent(const char *pPath, const char **ppName);
  * slash removes a directory only. 0 or -1. */
 int OV_instGuardedRemove(const char *pPath);
 
-/* Sets the mode of the file itself, through a descriptor that was opened as above; who has the
- * file open anyway uses fchmod. 0 or -1. */
+/* Sets the mode of the file itself, through a descriptor that was opened as above (EMLINK
+ * likewise); who has the file open anyway uses fchmod. 0 or -1. */
 int OV_instGuardedChmod(const char *pPath, mode_t iMode);
 
 #endif
