@@ -1,6 +1,9 @@
-/* What several tests need: a directory of their own, files in it, and what a pipe was given. */
+/* What several tests need: a directory of their own, files in it, what a pipe was given and what
+ * was printed. */
 #ifndef OVINST_TESTS_SUPPORT_H
 #define OVINST_TESTS_SUPPORT_H
+
+#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -8,6 +11,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <sys/stat.h>
 
 /* A scratch directory, removed with all it holds. */
 struct Scratch {
@@ -42,6 +46,28 @@ inline std::string readFile(const std::string &path)
 
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
+}
+
+/* The permission bits; 0 for what is not there. */
+inline unsigned modeOf(const std::string &path)
+{
+    struct stat info = {};
+    return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
+}
+
+/* What work prints on standard output, or on standard error. */
+template <typename Work> std::string printed(Work work)
+{
+    testing::internal::CaptureStdout();
+    work();
+    return testing::internal::GetCapturedStdout();
+}
+
+template <typename Work> std::string told(Work work)
+{
+    testing::internal::CaptureStderr();
+    work();
+    return testing::internal::GetCapturedStderr();
 }
 
 /* A stream that keeps what is written to it: stands in for the pipe. */

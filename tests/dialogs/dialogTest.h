@@ -63,39 +63,30 @@ struct DialogTest : EngineTest {
     /* The dialog of that name on the screen; null when there is none, or more than one. */
     static Widget shown(const char *pName)
     {
-        const CorePart &core = OV_instGetMainTopLevelShell()->core;
-        Widget found = nullptr;
-        for (Cardinal i = 0; i < core.num_popups; i++) {
-            Widget dialog = XtNameToWidget(core.popup_list[i], pName);
-            if (!dialog || dialog->core.being_destroyed || !XtIsManaged(dialog))
-                continue;
-            if (found)
-                return nullptr;
-            found = dialog;
-        }
-        return found;
+        const std::vector<Widget> all = dialogsShown(pName);
+        return all.size() == 1 ? all[0] : nullptr;
     }
+    /* What is read, without notation. */
     static std::string labelOf(Widget widget)
     {
-        XmString label = nullptr;
-        XtVaGetValues(widget, XmNlabelString, &label, nullptr);
+        XmString label = resourceOf<XmString>(widget, XmNlabelString);
         std::string text;
-        XmStringContext context = nullptr;
-        (void)XmStringInitContext(&context, label);
-        for (;;) {
-            unsigned int iLength = 0;
-            XtPointer pValue = nullptr;
-            const XmStringComponentType type = XmStringGetNextTriple(context, &iLength, &pValue);
-            if (type == XmSTRING_COMPONENT_END)
-                break;
+        eachComponent(label, [&](XmStringComponentType type, const std::string &part) {
             if (type == XmSTRING_COMPONENT_TEXT || type == XmSTRING_COMPONENT_LOCALE_TEXT)
-                text.append(static_cast<char *>(pValue), iLength);
+                text += part;
             text += type == XmSTRING_COMPONENT_SEPARATOR ? "\n" : "";
-            XtFree(static_cast<char *>(pValue));
-        }
-        XmStringFreeContext(context);
+        });
         XmStringFree(label);
         return text;
+    }
+    /* What a message box says. */
+    static std::string message(Widget box)
+    {
+        return box ? labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL)) : "no box";
+    }
+    static std::string title(Widget dialog)
+    {
+        return resourceOf<String>(XtParent(dialog), XmNtitle);
     }
     static std::string label(Widget dialog, const std::string &name)
     {

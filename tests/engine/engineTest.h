@@ -7,7 +7,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -21,21 +20,6 @@
 #include "ut/guard.h"
 
 namespace fs = std::filesystem;
-
-/* What work prints on standard output, or on standard error. */
-template <typename Work> std::string printed(Work work)
-{
-    testing::internal::CaptureStdout();
-    work();
-    return testing::internal::GetCapturedStdout();
-}
-
-template <typename Work> std::string told(Work work)
-{
-    testing::internal::CaptureStderr();
-    work();
-    return testing::internal::GetCapturedStderr();
-}
 
 inline std::string replaced(std::string text, const std::string &from, const std::string &to)
 {
@@ -119,11 +103,7 @@ struct EngineTest : testing::Test {
     void put(const std::string &path, const std::string &text) { writeFile(full(path), text); }
     std::string got(const std::string &path) const { return shortened(readFile(full(path))); }
     bool exists(const std::string &path) const { return access(full(path).c_str(), F_OK) == 0; }
-    unsigned modeOf(const std::string &path) const
-    {
-        struct stat info = {};
-        return stat(full(path).c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-    }
+    unsigned modeOf(const std::string &path) const { return ::modeOf(full(path)); }
 
     /* Makes the description of these lines the current one; the tests' modules are on its medium.
      */

@@ -237,8 +237,7 @@ TEST(Faults, StrangersLinksAreNotFollowed)
     RunResult result = medium.install();
 
     EXPECT_EQ(readFile(victim + "/file"), "untouched");
-    EXPECT_EQ(std::filesystem::status(victim + "/file").permissions(),
-              std::filesystem::perms(0600));
+    EXPECT_EQ(modeOf(victim + "/file"), 0600u);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(victim), {}), 1);
     EXPECT_EQ(readFile(medium.scratch / "elsewhere/own"), "new"); /* root's own link is followed */
     EXPECT_EQ(result.err,
@@ -248,6 +247,7 @@ TEST(Faults, StrangersLinksAreNotFollowed)
                   "Error: Untar can't run 'tar --no-same-owner -xBof - 2> /dev/null' on file: " +
                   std::filesystem::canonical(medium.place).string() + "/a.tar\n" +
                   "Error: Softlink can't change directory to: " + medium.tree + "dir:x->link\n");
+    EXPECT_NE(medium.log().find("Softlink can't change directory"), std::string::npos);
 }
 
 /* The kernel's part of it: tar itself is kept to the destination. */
@@ -419,20 +419,6 @@ TEST(Faults, ModulesThatMisbehave)
     EXPECT_NE(medium.log().find("Setup did not complete successfully\n"), std::string::npos);
 }
 
-TEST(Faults, PlantedFifoDoesNotStopTheRun)
-{
-    Medium medium;
-
-    medium.file("a", "a");
-    medium.describe(onePackage("Copy \"a\" \"fifo\" 1 0644\nCopy \"a\" \"b\" 1 0644\n"));
-    std::filesystem::create_directories(medium.tree);
-    ASSERT_EQ(mkfifo((medium.tree + "fifo").c_str(), 0666), 0);
-    RunResult result = medium.install();
-
-    EXPECT_EQ(result.err, "Error: Copyfile can't create file " + medium.tree + "fifo\n");
-    EXPECT_EQ(medium.installed("b"), "a");
-}
-
 TEST(Faults, ClosedOutputDoesNotStopTheRun)
 {
     Medium medium;
@@ -443,25 +429,6 @@ TEST(Faults, ClosedOutputDoesNotStopTheRun)
     EXPECT_TRUE(soon([&] { return medium.has("cdinst.dat"); }));
     EXPECT_EQ(medium.installed("files/f299").size(), 20000u);
     expectNothingLeft(medium);
-}
-
-TEST(Faults, ConfigurationsThatReferToEachOther)
-{
-    Medium medium;
-    std::string groups;
-
-    medium.file("a", "a");
-    /* 40 groups, each holding all that follow twice: 2 to the 40 ways down. */
-    for (int i = 3; i < 43; i++) {
-        std::string next = " " + std::to_string(i + 1);
-        groups += std::to_string(i) + " CusDlg \"t\" \"t\" \"\" 1" + next + next + " 3\n";
-    }
-    medium.describe("Package \"p\" \"\"\nCopy \"a\" \"\" 1 0644\nSuite \"S\" p\nConfigBegin\n" +
-                    groups + "43 Suite \"S\" \"\" \"\" 1\nConfigEnd\n");
-    RunResult result = medium.install();
-
-    EXPECT_EQ(result.iStatus, 0);
-    EXPECT_EQ(medium.installed("a"), "a");
 }
 
 TEST(Faults, RemovedSourceOfTheHistory)

@@ -105,23 +105,31 @@ inline void pressKey(Widget shell, KeySym key)
     XSendEvent(XtDisplay(shell), XtWindow(shell), True, KeyPressMask, &event);
 }
 
+/* Calls see with the type and the text of every component. */
+template <class See> void eachComponent(XmString string, See see)
+{
+    XmStringContext walk;
+    unsigned int iLength;
+    XtPointer value;
+    XmStringComponentType type;
+
+    if (!string || !XmStringInitContext(&walk, string))
+        return;
+    while ((type = XmStringGetNextTriple(walk, &iLength, &value)) != XmSTRING_COMPONENT_END) {
+        see(type, std::string(value ? (char *)value : "", value ? iLength : 0));
+        XtFree((char *)value);
+    }
+    XmStringFreeContext(walk);
+}
+
 /* A compound string component by component: L and R for directions, / for a separator, texts in
  * single quotes, and from the first other tag on #tag, #- being the locale's own. */
 inline std::string components(XmString string)
 {
-    std::string shown;
-    XmStringContext walk;
-    unsigned int iLength;
-    XtPointer value;
+    std::string shown = string ? "" : " none";
     int bMarked = 0; /* the locale's tag is in capitals, those of the looks are not */
 
-    if (!string || !XmStringInitContext(&walk, string))
-        return "none";
-    for (;;) {
-        XmStringComponentType type = XmStringGetNextTriple(walk, &iLength, &value);
-        if (type == XmSTRING_COMPONENT_END)
-            break;
-        const std::string text(value ? (char *)value : "", value ? iLength : 0);
+    eachComponent(string, [&](XmStringComponentType type, const std::string &text) {
         if (type == XmSTRING_COMPONENT_DIRECTION)
             shown += text[0] == XmSTRING_DIRECTION_R_TO_L ? " R" : " L";
         else if (type == XmSTRING_COMPONENT_SEPARATOR)
@@ -132,9 +140,7 @@ inline std::string components(XmString string)
             shown += " ?" + std::to_string(type);
         else if (bMarked || (bMarked = islower((unsigned char)text[0])))
             shown += std::string(" #") + (islower((unsigned char)text[0]) ? text.c_str() : "-");
-        XtFree((char *)value);
-    }
-    XmStringFreeContext(walk);
+    });
     return shown.empty() ? shown : shown.substr(1);
 }
 
@@ -157,12 +163,20 @@ template <class Type> Type resourceOf(Widget widget, const char *pResource)
     return value;
 }
 
-/* The message box on the screen that is shown last, or null. */
-inline Widget openBox(const char *pName = "mbOkCancel")
+/* What a text or a field holds, as the user's characters. */
+inline std::string textIn(Widget widget)
 {
-    Widget main = OV_instGetMainTopLevelShell();
-    Widget found = nullptr;
-    std::vector<Widget> shells = {main};
+    char *pText = XmTextGetString(widget);
+    const std::string text(pText);
+
+    XtFree(pText);
+    return text;
+}
+
+/* The dialogs of that name on the screen, the last one made at the end. */
+inline std::vector<Widget> dialogsShown(const char *pName)
+{
+    std::vector<Widget> found, shells = {OV_instGetMainTopLevelShell()};
 
     while (!shells.empty()) {
         Widget shell = shells.back();
@@ -171,9 +185,17 @@ inline Widget openBox(const char *pName = "mbOkCancel")
             shells.insert(shells.begin(), shell->core.popup_list[i]);
         Widget box = XtNameToWidget(shell, pName);
         if (box && XtIsManaged(box) && !box->core.being_destroyed)
-            found = box;
+            found.push_back(box);
     }
     return found;
+}
+
+/* The box that came up last, or null. */
+inline Widget openBox(const char *pName = "mbOkCancel")
+{
+    const std::vector<Widget> all = dialogsShown(pName);
+
+    return all.empty() ? nullptr : all.back();
 }
 
 #endif
