@@ -1,18 +1,18 @@
 #include <gtest/gtest.h>
 
 #include "description/describe.h"
+#include "support.h"
 
 /* What a line makes of a section behind a suite called Base, and what it says meanwhile. */
 static std::string parse(const std::string &line)
 {
     Model model(newCDinst());
     EXPECT_EQ(0, addLines(model, {"Suite \"Base\""}));
-    testing::internal::CaptureStderr();
-    bool bTaken = AddLineToConfig(line.c_str(), model.get()) == 0;
-    std::string told = testing::internal::GetCapturedStderr();
+    bool bTaken = false;
+    const std::string err = told([&] { bTaken = AddLineToConfig(line.c_str(), model.get()) == 0; });
     if (!bTaken)
-        return "rejected " + told;
-    return (model->pConfigHead ? shown(model->pConfigHead) : "nothing ") + told;
+        return "rejected " + err;
+    return (model->pConfigHead ? shown(model->pConfigHead) : "nothing ") + err;
 }
 
 TEST(ConfigLine, FillsItsRecordOrIsRejected)

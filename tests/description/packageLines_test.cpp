@@ -1,18 +1,18 @@
 #include <gtest/gtest.h>
 
 #include "description/describe.h"
+#include "support.h"
 
 /* What a line makes of a package that has no operation yet, and what it says meanwhile. */
 static std::string parse(const std::string &line)
 {
     Model model(newCDinst());
     EXPECT_EQ(0, addLines(model, {"Package \"core\", \"Core files\""}));
-    testing::internal::CaptureStderr();
-    bool bTaken = addLines(model, {line}) == 0;
-    std::string told = testing::internal::GetCapturedStderr();
+    bool bTaken = false;
+    const std::string err = told([&] { bTaken = addLines(model, {line}) == 0; });
     const _OV_InstOper *pOper = model->pPackageHead->pPackage->pOperTail;
     EXPECT_NE(nullptr, pOper) << "linked even when it is rejected";
-    return bTaken && pOper ? shown(pOper) + told : "rejected " + told;
+    return bTaken && pOper ? shown(pOper) + err : "rejected " + err;
 }
 
 TEST(PackageLine, RejectsWhatIsNoKeywordOrHasNoPackage)

@@ -47,13 +47,6 @@ TEST(GetTokenList, StopsSilentlyAtTheFirstRefusedWord)
     freeTokenList(nullptr);
 }
 
-TEST(CheckToken, WithoutAListEveryWordPasses)
-{
-    EXPECT_TRUE(!checkToken("mkdir", s_apWords, 1) && checkToken("mkdir", s_apWords, 0));
-    EXPECT_TRUE(checkToken("x", nullptr, 1) && checkToken("x", s_apNone, 1));
-    EXPECT_FALSE(checkToken(nullptr, nullptr, 1));
-}
-
 TEST(GetQuotedString, KeepsEveryEscapeButNewline)
 {
     const struct {
@@ -112,46 +105,5 @@ TEST(GetInteger, ReadsAnyBaseButStepsOverDecimalDigitsOnly)
         const char *pCursor = nullptr;
         int64_t lValue = 0;
         EXPECT_EQ(-1, scanInteger(pText, &pCursor, &lValue)) << pText;
-    }
-}
-
-TEST(HeaderLine, MatchesItsWholeFirstWordOnly)
-{
-    const std::string fits(511, 'v');
-    const std::string tooLong(512, 'v');
-    const struct {
-        std::string text;
-        int iResult;
-        std::string value;
-        std::string word;
-    } aRows[] = {
-        {"ProductName   My Product \t\nnext\n", 1, "My Product", "ProductName"},
-        {"ProductName", 1, "", "ProductName"},
-        {"ProductName\tx\\\ny\n", 1, "x y", "ProductName"},
-        {"ProductName " + fits + " \n", 1, fits, "ProductName"},
-        {"ProductName " + tooLong + "\n", 0, "", "ProductName"},
-        {"ProductName=x\n", 0, "", "ProductName=x"},
-        {"productname x\n", 0, "", "productname"},
-        {"\nProductName x\n", 0, "", ""},
-        {tooLong + tooLong + "\n", 0, "", fits},
-    };
-    for (const auto &row : aRows) {
-        OwnedFile file(fmemopen(const_cast<char *>(row.text.data()), row.text.size(), "r"));
-        char caWord[OV_HEADER_SIZE];
-        char caValue[OV_HEADER_SIZE] = "";
-        int iLine = 0;
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(0, OV_ReadHeaderLine("Absent", caWord, caValue, file.get(), &iLine, 0));
-        EXPECT_EQ(0, ftell(file.get()));
-        int iOnce = iLine; /* counted, although the line is read again */
-        EXPECT_EQ(row.iResult,
-                  OV_ReadHeaderLine("ProductName", caWord, caValue, file.get(), &iLine, 1))
-            << row.text;
-        EXPECT_EQ(2 * iOnce, iLine);
-        EXPECT_EQ(row.iResult ? "" : "Invalid header line, expecting: ProductName\n",
-                  testing::internal::GetCapturedStderr());
-        EXPECT_EQ(row.word, caWord);
-        EXPECT_EQ(row.value, caValue);
-        EXPECT_EQ(row.iResult == 0, ftell(file.get()) == 0) << row.text;
     }
 }
