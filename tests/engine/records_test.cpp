@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sys/wait.h>
 
 #include "engine/engineTest.h"
 #include "engine/records.h"
@@ -36,37 +35,4 @@ TEST(SplitRecords, HandsOutEachLineWhenItsEndArrives)
         12345678912345678\n+1 a\n => 12345678|91234567|8|+1 a|;
         1234567|89|1\nb           => 12345678|91|;b|
         a0b\nc\n                  => a|c|;)");
-}
-
-TEST(RecordCount, IsTheLeadingNumber)
-{
-    const auto count = [](const std::string &line) {
-        const char *pText = nullptr;
-        const int64_t lCount = OV_instRecordCount(line.c_str(), &pText);
-        return std::to_string(lCount) + "|" + pText;
-    };
-    expectRows(count, R"(
-        +123 a b              => 123|a b
-        -1   Copyfile failed  => -1|Copyfile failed
-        -1                    => -1|
-        0 Can't create        => 0|Can't create
-        # Start               => 0|# Start
-        +0x10 a               => 0|x10 a
-        +5000000000 big       => 5000000000|big
-                              => 0|)");
-}
-
-TEST(CatchBrokenPipes, FailsHereAndStillKillsCommands)
-{
-    int aEnds[2];
-    ASSERT_EQ(0, pipe(aEnds));
-    close(aEnds[0]);
-    OV_instCatchBrokenPipes();
-    EXPECT_EQ(-1, write(aEnds[1], "x", 1));
-    EXPECT_EQ(EPIPE, errno);
-    const int iStatus = system("kill -PIPE $$; exit 3");
-    EXPECT_TRUE(WIFSIGNALED(iStatus) && WTERMSIG(iStatus) == SIGPIPE) << iStatus;
-    close(aEnds[1]);
-    signal(SIGPIPE, SIG_DFL);
-    signal(SIGXFSZ, SIG_DFL);
 }

@@ -113,24 +113,6 @@ TEST_F(Registry, ModulesAreRegisteredTogetherAndOnce)
     expectNothingWasRun();
 }
 
-TEST_F(Registry, NothingIsRegisteredAfterAFailureOrWithoutADisplay)
-{
-    inChild([this] {
-        EXPECT_EQ(OV_INST_ERROR, selfReg("D/", nullptr, OV_CUSTOM_INIT));
-        EXPECT_EQ(OV_INST_ERROR, selfReg("D/", "m", OV_CUSTOM_REGISTRY));
-        EXPECT_EQ(0, selfReg("D/", "m", OV_CUSTOM_REGISTRY)) << "done";
-        EXPECT_EQ("-1 Error: internal error in OV_instRegisterModule (0)\n"
-                  "-1 Error: internal error in OV_instRegisterModule (4)\n",
-                  records());
-    });
-    inChild([this] {
-        EXPECT_EQ(0, selfReg("D/", "a", OV_CUSTOM_INIT) | selfReg("D/", "b", OV_CUSTOM_REGISTRY));
-        install("D/");
-        EXPECT_EQ(0, selfReg("D/", "b", OV_CUSTOM_REGISTRY));
-        EXPECT_EQ("Warning: (no display) can't register module b\n", records() + got("@/calls"));
-    });
-}
-
 TEST_F(Registry, LocationIsMadeForItsUser)
 {
     EXPECT_EQ("Unable to get OV_LOCATION environment variable\n",

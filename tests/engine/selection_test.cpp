@@ -77,20 +77,6 @@ TEST_F(Selection, DeepChainsNeedNoStack)
     EXPECT_EQ(0, GetSizePass(CDInstPtr, config(1), 1, 1, 1));
 }
 
-TEST_F(Selection, MarkAllSetsOneStateAndResetAllBoth)
-{
-    setStates("4:10");
-    OV_instMarkAllConfig(config(7), 1); /* no members */
-    OV_instMarkAllConfig(config(2), 1); /* a page */
-    OV_instMarkAllConfig(config(90), 1);
-    EXPECT_EQ("2:01 4:10 7:01 +", states());
-    OV_instMarkAllConfig(config(3), 1);
-    EXPECT_EQ("2:01 3:01 4:11 5:01 6:01 7:01 8:01 +", states());
-    OV_instResetAllConfig(CDInstPtr, config(3), 0);
-    OV_instResetAllConfig(CDInstPtr, config(5), 1);
-    EXPECT_EQ("2:01 5:11 6:11 7:11 +", states());
-}
-
 /* Configuration, suite, state. A page only leads on; packages become installed in any case. */
 TEST_F(Selection, FindAndMarkMarksTheSuiteAndTheGroupsThatHoldIt)
 {
@@ -114,17 +100,6 @@ TEST_F(Selection, FindAndMarkMarksTheSuiteAndTheGroupsThatHoldIt)
     EXPECT_EQ("Null pList to UpdateInstalledFlag\n",
               printed([] { OV_instFindAndMarkConfig(CDInstPtr, config(5), nullptr, 1); }));
     EXPECT_EQ("5:11 6:11 8:10 +", states()) << "and it counts as found";
-}
-
-TEST_F(Selection, AllIsSelectedWhenAllGroupsAre)
-{
-    for (int iId : {7, 4, 2, 90})
-        EXPECT_EQ(1, OV_instIsAllConfigSelected(config(iId), iId != 7)) << iId;
-    setStates("5:01 7:01");
-    EXPECT_EQ(1, OV_instIsAllConfigSelected(config(3), 0)) << "suites do not count";
-    EXPECT_EQ(0, OV_instIsAllConfigSelected(config(3), 1));
-    setStates("3:01 7:00");
-    EXPECT_EQ(0, OV_instIsAllConfigSelected(config(3), 1));
 }
 
 /* In-use counts of a, b and c, packages affected. A package is counted by every suite that changes;

@@ -127,14 +127,6 @@ TEST_F(ShortcutMenu, RefusesWhatIsNoShortcut)
         EXPECT_EQ("", install(row.pPath, row.pLabel, row.pCommand, 1));
         EXPECT_EQ("Shortcut invalid parameters\n", m_told) << row.pPath;
     }
-    for (int i = 0; i < 4; i++) {
-        const char *apGiven[] = {"ToolChest", "l", "c", "/tmp"};
-        apGiven[i] = nullptr;
-        EXPECT_EQ("Shortcut invalid parameters\n", told([&] {
-                      EXPECT_EQ(1,
-                                install_shortcut(apGiven[0], apGiven[1], apGiven[2], apGiven[3]));
-                  }));
-    }
     EXPECT_EQ("Unable to open Shortcut file\n", told([&] {
                   EXPECT_EQ(1, install_shortcut("ToolChest", "l", "c", full("@/none").c_str()));
               }));

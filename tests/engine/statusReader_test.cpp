@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "engine/engineTest.h"
-#include "engine/records.h"
 #include "engine/statusReader.h"
 
 struct StatusReader : EngineTest {
@@ -41,27 +40,4 @@ TEST_F(StatusReader, AddsCountsAndTellsErrors)
         175 without a sign    => Status:100.00%\r||
         +100 c                => Status:150.00%\r||)");
     EXPECT_EQ("Status:100.00%\r||", shown([] { OV_instProcessUpdate("+1 d", 0); }));
-}
-
-/* A record too long for one piece, and what stands behind it; a child that did not finish. */
-TEST_F(StatusReader, ReadsThePipeToItsEnd)
-{
-    for (const std::string last : {"+2 in half", OV_RECORD_COMPLETED}) {
-        const std::string records = "+1 " + std::string(9000, 'x') + "\n-1 told\n" + last;
-        const bool bFinished = last[0] == '#';
-        int aEnds[2];
-        ASSERT_EQ(0, pipe(aEnds));
-        const pid_t iChild = fork();
-        if (iChild == 0)
-            _exit(write(aEnds[1], records.data(), records.size()) < 0);
-        close(aEnds[1]);
-        const std::string quarter = "Status: 25.00%\r",
-                          lost = "Setup did not complete successfully\n";
-        EXPECT_EQ(quarter + quarter + quarter + (bFinished ? quarter : "Status: 75.00%\r") +
-                      "|Error: told\n" + (bFinished ? "" : lost) + "|told\n" +
-                      (bFinished ? "" : lost),
-                  shown([&] { OV_instReadRecords(aEnds[0], 4, iChild); }));
-        EXPECT_EQ(iChild, waitpid(iChild, nullptr, 0)) << "left to the caller";
-        close(aEnds[0]);
-    }
 }
