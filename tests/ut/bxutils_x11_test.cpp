@@ -23,12 +23,9 @@ static std::string converted(const char *pText)
     return shown;
 }
 
-typedef struct NotationCase {
-    const char *pText;
-    const char *pComponents;
-} NotationCase;
-
-static const NotationCase s_aNotation[] = {
+static const struct {
+    const char *pText, *pComponents;
+} s_aNotation[] = {
     /* literal texts */
     {"OK", "L 'OK'"},
     {"", "L"},
@@ -53,6 +50,7 @@ static const NotationCase s_aNotation[] = {
     {"#bold:t\"a\"", "#bold L 'a' /"},
     {":t#bold\"a\"", "#bold L 'a' /"},
     {"#\"a\"", "L 'a'"},
+    {"#a\\:b:t\"x\"", "#a\\:b L 'x' /"},
     {"#bold", "L"},
     /* directions hold for their segment */
     {":r\"a\"\"b\"", "L R 'a' L 'b'"},
@@ -78,7 +76,7 @@ static const NotationCase s_aNotation[] = {
 
 TEST_F(Notation, ComponentByComponent)
 {
-    for (const NotationCase &row : s_aNotation) {
+    for (const auto &row : s_aNotation) {
         std::string shown = converted(row.pText);
         /* where the toolkit puts the tag before the first direction is its own affair */
         if (shown.compare(0, 8, "L #bold ") == 0)
@@ -86,20 +84,6 @@ TEST_F(Notation, ComponentByComponent)
         EXPECT_EQ(row.pComponents, shown) << row.pText;
     }
     EXPECT_EQ(nullptr, StringToXmString(nullptr));
-}
-
-TEST_F(Notation, TagsKeepTheirBackslashes)
-{
-    _OV_TextSegment segment;
-    wchar_t *pText = OV_instWidenText("#a\\:b:t\"x\"");
-    const wchar_t *pNext = pText;
-
-    EXPECT_EQ(1, extractSegment(&pNext, &segment));
-    EXPECT_STREQ(L"a\\:b", segment.pTag);
-    EXPECT_STREQ(L"x", segment.pText);
-    EXPECT_TRUE(segment.bSeparator);
-    EXPECT_EQ(0, extractSegment(&pNext, &segment));
-    XtFree((char *)pText);
 }
 
 TEST_F(Notation, SegmentsLongerThanAllBefore)
@@ -207,29 +191,6 @@ TEST_F(Bxutils, ConvertGivesValuesOrAddresses)
     EXPECT_EQ(0, CONVERT(parent, "five", XmRInt, 4, &ok));
     EXPECT_FALSE(ok);
     XtAppSetWarningMsgHandler(context(), fpBefore);
-}
-
-TEST_F(Bxutils, PopupMenuComesWithItsButtonOnly)
-{
-    Widget box = XtCreateWidget("box", xmFormWidgetClass, parent, nullptr, 0);
-    Widget menu = XmCreatePopupMenu(box, (char *)"menu", nullptr, 0);
-    XEvent event = {};
-    Boolean go = True;
-
-    XtCreateManagedWidget("entry", xmPushButtonWidgetClass, menu, nullptr, 0);
-    XtVaSetValues(menu, XmNwhichButton, 2, nullptr);
-    event.xbutton.display = XtDisplay(box);
-    event.xbutton.window = XtWindow(parent);
-    event.xbutton.root = RootWindowOfScreen(XtScreen(box));
-    for (const auto &[iType, iButton, bPosted] :
-         {std::tuple(ButtonPress, 1u, 0), {ButtonRelease, 2u, 0}, {ButtonPress, 2u, 1}}) {
-        event.xbutton.type = iType;
-        event.xbutton.button = iButton;
-        MENU_POST(box, menu, &event, &go);
-        EXPECT_EQ(bPosted, XtIsManaged(menu)) << iType << " " << iButton;
-    }
-    XtDestroyWidget(XtParent(menu));
-    XtDestroyWidget(box);
 }
 
 TEST_F(Bxutils, WidgetsByNameSearchUpwards)

@@ -43,12 +43,6 @@ static bool isRoot()
     return geteuid() == 0;
 }
 
-static mode_t modeOf(const char *pPath)
-{
-    struct stat status = {};
-    return stat(pPath, &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
 /* Only root can make a stranger's link; other users get one of their own. */
 static void plant(const char *pName, const std::string &target, bool bStranger)
 {

@@ -2,7 +2,6 @@
 
 #include <X11/Xatom.h>
 
-#include "support.h"
 #include "ut/bxutils.h"
 #include "ut/display.h"
 #include "ut/frameClose.h"
@@ -28,8 +27,6 @@ static const OV_WidgetRow s_aRows[] = {
     {"tfFolderDlg", "foFolderDlg", &xmTextFieldWidgetClass, UI_BELOW("laFolderDlg") UI_LEFT},
     {"pbFolderBrowse", "foFolderDlg", &xmPushButtonWidgetClass,
      UI_TEXT("Browse...") UI_LEVEL_WITH("tfFolderDlg") UI_RIGHT_OF("tfFolderDlg")},
-    {"laValue", "foFolderDlg", &xmLabelGadgetClass,
-     UI_SET("labelString", "a: b") UI_BELOW("tfFolderDlg") UI_FLUSH_LEFT("tfFolderDlg")},
     {nullptr, nullptr, nullptr, nullptr},
 };
 
@@ -40,75 +37,35 @@ static const OV_CallbackRow s_aCallbacks[] = {
     {nullptr, nullptr, nullptr},
 };
 
-TEST_F(Uibuild, RowsBecomeWidgets)
-{
-    Widget dialog = OV_instBuildDialog(parent, s_aRows, s_aCallbacks);
-    std::vector<Widget> made;
-
-    ASSERT_TRUE(dialog);
-    EXPECT_FALSE(XtIsManaged(dialog));
-    for (const OV_WidgetRow *pRow = s_aRows + 1; pRow->pName; pRow++) {
-        Widget widget = OV_instFindWidget(dialog, pRow->pName);
-        ASSERT_TRUE(widget) << pRow->pName;
-        EXPECT_STREQ(pRow->pParent, XtName(XtParent(widget)));
-        EXPECT_EQ(*pRow->ppClass, XtClass(widget)) << pRow->pName;
-        EXPECT_EQ(widget != dialog, XtIsManaged(widget)) << pRow->pName;
-    }
-    EXPECT_EQ(parent, XtParent(XtParent(dialog)));
-    EXPECT_STREQ("ORVANE|Setup", resourceOf<char *>(XtParent(dialog), XmNtitle));
-    EXPECT_EQ("L 'Continue'", shownBy(dialog, XmNokLabelString));
-    EXPECT_EQ("L 'Folder: \"here\"' / 'C:\\new'",
-              shownBy(OV_instFindWidget(dialog, "laFolderDlg")));
-    EXPECT_EQ("L 'a: b'", shownBy(OV_instFindWidget(dialog, "laValue")));
-    EXPECT_TRUE(resourceOf<Boolean>(XtParent(dialog), XmNallowShellResize));
-    EXPECT_FALSE(resourceOf<Boolean>(dialog, XmNautoUnmanage));
-    EXPECT_FALSE(XtIsManaged(XmMessageBoxGetChild(dialog, XmDIALOG_MESSAGE_LABEL)));
-
-    XtManageChild(dialog);
-    runFor(application, 20);
-    Widget field = OV_instFindWidget(dialog, "tfFolderDlg");
-    Widget browse = OV_instFindWidget(dialog, "pbFolderBrowse");
-    for (const char *pSame : {XmNy, XmNheight})
-        EXPECT_EQ(resourceOf<Position>(field, pSame), resourceOf<Position>(browse, pSame)) << pSame;
-    EXPECT_GT(resourceOf<Position>(browse, XmNx), resourceOf<Dimension>(field, XmNwidth));
-    XtDestroyWidget(XtParent(dialog));
-}
-
 TEST_F(Uibuild, CallbacksAreFoundByNameAndDialogsStay)
 {
     Widget dialog = OV_instBuildDialog(parent, s_aRows, s_aCallbacks);
     Widget browse = OV_instFindWidget(dialog, "pbFolderBrowse");
+    const auto called = [&](auto act) {
+        s_calls.clear();
+        act();
+        runFor(application, 30);
+        EXPECT_TRUE(XtIsManaged(dialog));
+        return s_calls;
+    };
+    const auto closing = [&] { closeFrame(XtParent(dialog)); };
 
-    s_calls.clear();
     XtManageChild(dialog);
     runFor(application, 20);
-    EXPECT_TRUE(OV_instActivateButton(browse));
-    pressKey(XtParent(dialog), XK_Return);
-    pressKey(XtParent(dialog), XK_Escape);
-    runFor(application, 50);
-    EXPECT_EQ("pbFolderBrowse mbFolderDlg mbFolderDlg ", s_calls);
-    EXPECT_TRUE(XtIsManaged(dialog));
+    XtAddCallback(dialog, XmNokCallback, noteCall, dialog);
+    EXPECT_EQ("pbFolderBrowse ", called([&] { EXPECT_TRUE(OV_instActivateButton(browse)); }));
+    EXPECT_EQ("mbFolderDlg mbFolderDlg! ", called([&] { pressKey(XtParent(dialog), XK_Return); }));
+    EXPECT_EQ("mbFolderDlg ", called([&] { pressKey(XtParent(dialog), XK_Escape); }));
 
     /* closing: Cancel; without it OK; a button of the dialog's own where it says so */
-    s_calls.clear();
-    XtAddCallback(dialog, XmNokCallback, noteCall, dialog);
-    closeFrame(XtParent(dialog));
-    runFor(application, 20);
-    EXPECT_EQ("mbFolderDlg ", s_calls);
+    EXPECT_EQ("mbFolderDlg ", called(closing));
     XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_CANCEL_BUTTON));
-    closeFrame(XtParent(dialog));
-    runFor(application, 20);
-    EXPECT_EQ("mbFolderDlg mbFolderDlg mbFolderDlg! ", s_calls);
+    EXPECT_EQ("mbFolderDlg mbFolderDlg! ", called(closing));
     OV_instHandleFrameClose(dialog, "pbFolderBrowse");
-    closeFrame(XtParent(dialog));
-    runFor(application, 20);
-    EXPECT_EQ("mbFolderDlg mbFolderDlg mbFolderDlg! pbFolderBrowse ", s_calls);
+    EXPECT_EQ("pbFolderBrowse ", called(closing));
     XtSetSensitive(browse, False);
-    closeFrame(XtParent(dialog));
-    runFor(application, 20);
-    EXPECT_EQ("mbFolderDlg mbFolderDlg mbFolderDlg! pbFolderBrowse ", s_calls);
+    EXPECT_EQ("", called(closing));
     EXPECT_EQ(0, OV_instActivateButton(browse));
-    EXPECT_TRUE(XtIsManaged(dialog));
     XtDestroyWidget(XtParent(dialog));
 }
 
@@ -129,62 +86,14 @@ TEST_F(Uibuild, LooksStayWithTheirDialog)
         {"label", "form", &xmLabelWidgetClass, UI_TEXT("inner")},
         {nullptr, nullptr, nullptr, nullptr},
     };
-    static const OV_WidgetRow s_aPart[] = {
-        {"part", nullptr, &xmFormWidgetClass, ""},
-        {"label", "part", &xmLabelWidgetClass, UI_TEXT("part")},
-        {nullptr, nullptr, nullptr, nullptr},
-    };
-
     for (int i = 0; i < 2; i++) { /* the second time the looks are there already */
         Widget outer = OV_instBuildDialog(parent, s_aOuter, nullptr);
         Widget inner = OV_instBuildDialog(XtParent(outer), s_aInner, nullptr);
         EXPECT_EQ("L 'outer'", shownBy(OV_instFindWidget(outer, "label")));
         EXPECT_EQ("L 'inner'", shownBy(OV_instFindWidget(inner, "label")));
         EXPECT_NE(7, resourceOf<Dimension>(OV_instFindWidget(inner, "label"), XmNmarginWidth));
-        Widget part = OV_instBuildDialog(OV_instFindWidget(outer, "form"), s_aPart, nullptr);
-        EXPECT_STREQ("part", XtName(part));
-        EXPECT_FALSE(XtIsManaged(part));
-        EXPECT_EQ("L 'part'", shownBy(XtNameToWidget(part, "label")));
         XtDestroyWidget(XtParent(outer));
     }
-}
-
-TEST_F(Uibuild, TablesOfFortyRows)
-{
-    std::vector<std::string> names;
-    std::vector<OV_WidgetRow> rows = {s_aRows[0], s_aRows[1], s_aRows[2]};
-
-    for (int i = 0; i < 45; i++)
-        names.push_back("la" + std::to_string(i));
-    for (const std::string &name : names)
-        rows.push_back({name.c_str(), "foFolderDlg", &xmLabelWidgetClass, ""});
-    rows.push_back({});
-    Widget dialog = OV_instBuildDialog(parent, rows.data(), nullptr);
-    EXPECT_TRUE(OV_instFindWidget(dialog, "la44"));
-    XtDestroyWidget(XtParent(dialog));
-}
-
-TEST_F(Uibuild, TablesThatContradictThemselvesEndTheProcess)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const OV_WidgetRow shell = s_aRows[0];
-    const OV_WidgetRow box = s_aRows[1];
-    const OV_WidgetRow end = {};
-    const OV_WidgetRow aOrphan[] = {shell, {"x", "later", &xmFormWidgetClass, ""}, end};
-    const OV_WidgetRow aHeadless[] = {shell, {"x", nullptr, &xmFormWidgetClass, ""}, end};
-    const OV_WidgetRow aRooted[] = {box, end};
-    const OV_WidgetRow aTwice[] = {
-        shell, box, {"mbFolderDlg", "mbFolderDlg", &xmFormWidgetClass, ""}, end};
-    const OV_WidgetRow aLook[] = {shell, {"x", "dsFolderDlg", &xmFormWidgetClass, "width 5"}, end};
-    const OV_CallbackRow aNobody[] = {{"nobody", XmNokCallback, noteCall}, {}};
-    const OV_CallbackRow aReason[] = {{"foFolderDlg", XmNokCallback, noteCall}, {}};
-
-    for (const OV_WidgetRow *aRows : {aOrphan, aHeadless, aRooted, aTwice, aLook})
-        EXPECT_EXIT(OV_instBuildDialog(parent, aRows, nullptr), testing::ExitedWithCode(1),
-                    "Error: dialog table, ");
-    for (const OV_CallbackRow *aCallbacks : {aNobody, aReason})
-        EXPECT_EXIT(OV_instBuildDialog(parent, s_aRows, aCallbacks), testing::ExitedWithCode(1),
-                    "Error: dialog table, (nobody|foFolderDlg)");
 }
 
 /* An application of its own with one more resource line, and the sample dialog in it. */
@@ -259,22 +168,10 @@ TEST_F(Uibuild, UsersResourcesWin)
     }
 }
 
-TEST_F(Uibuild, UsersResourcesMayComeFromAnywhere)
+TEST_F(Uibuild, UsersResourcesMayComeFromTheDisplay)
 {
-    Scratch scratch;
     Window root = RootWindowOfScreen(XtScreen(application));
     const std::string text = "*pbFolderBrowse.background: red\n";
-
-    writeFile(scratch / "more", text);
-    setenv("XENVIRONMENT", (scratch / "more").c_str(), 1);
-    EXPECT_EQ("red", backgroundOf(Application()["pbFolderBrowse"]));
-    unsetenv("XENVIRONMENT");
-
-    const std::string home = getenv("HOME") ? getenv("HOME") : "";
-    writeFile(scratch / ".Xdefaults", text);
-    setenv("HOME", scratch.path.c_str(), 1);
-    EXPECT_EQ("red", backgroundOf(Application()["pbFolderBrowse"]));
-    setenv("HOME", home.c_str(), 1);
 
     XChangeProperty(XtDisplay(application), root, XA_RESOURCE_MANAGER, XA_STRING, 8,
                     PropModeReplace, (const unsigned char *)text.data(), (int)text.size());
@@ -324,12 +221,4 @@ TEST_F(Uibuild, UsersFontListReplacesOurFonts)
         Application user(pLine);
         EXPECT_EQ(11 * 6, widthOfText(user["laFolderDlg"], "Destination")) << pLine;
     }
-}
-
-TEST(OpenApplication, NoDisplayIsNoError)
-{
-    char *apArgs[] = {(char *)"setup", (char *)"-display", (char *)":nowhere", nullptr};
-    int iArgs = 3;
-
-    EXPECT_EQ(nullptr, OV_instOpenApplication(&iArgs, apArgs));
 }
