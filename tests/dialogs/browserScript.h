@@ -71,7 +71,7 @@ struct BrowserScript {
     }
     void answer(Widget box, const std::string &what)
     {
-        seen += DialogTest::labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL)) + "|";
+        seen += DialogTest::message(box) + "|";
         press(box, what == "y"   ? XmDIALOG_OK_BUTTON
                    : what == "n" ? XmDIALOG_CANCEL_BUTTON
                                  : XmDIALOG_HELP_BUTTON);
@@ -110,13 +110,11 @@ struct BrowserScript {
     }
     void look(Widget box, Widget list, Widget text)
     {
-        char *pText = XmTextFieldGetString(text);
         seen += resourceOf<String>(XtParent(box), XmNtitle) + std::string(": ") +
                 plain(shownBy(box, XmNdirectory)) + plain(shownBy(box, XmNfileListLabelString));
         for (int i = 0; i < resourceOf<int>(list, XmNitemCount); i++)
             seen += plain(components(resourceOf<XmStringTable>(list, XmNitems)[i]));
-        seen += std::string("-> ") + pText + "|";
-        XtFree(pText);
+        seen += "-> " + textIn(text) + "|";
     }
     static std::string plain(const std::string &shown)
     {

@@ -6,8 +6,6 @@
 
 #include "browserScript.h"
 
-#include "engine/history.h"
-
 static const char s_caConfigs[] =
     "1 MainDlg 'T' 'D' '' 2\n2 CusDlg 'All' '' '' 0 3 4\n3 Suite 'P' '' '' 1\n"
     "4 Suite 'Q' '' '' 0\n";
@@ -136,24 +134,17 @@ TEST_F(ChangeDestination, ShowsTheDestinationAndLeadsOn)
     XtManageChild(dialog);
     settle();
     const auto folder = [&] {
-        char *pText = XmTextFieldGetString(OV_instFindWidget(dialog, "tfChangeDestination"));
-        const std::string text = shortened(pText);
-        XtFree(pText);
-        return text;
+        return shortened(textIn(OV_instFindWidget(dialog, "tfChangeDestination")));
     };
 
     EXPECT_EQ("@/root/", folder());
     EXPECT_EQ('B', label(dialog, "laChangeDestinationAvailableSpace").back());
-    EXPECT_EQ("Available space:", label(dialog, "label1"));
     EXPECT_EQ(0u,
               label(dialog, "label")
                   .find("Setup will install the program in the following destination "
                         "directory.\n\nTo install to this directory, click OK.\n\nTo install to "
                         "a different directory, click Change Destination"));
     EXPECT_EQ('.', label(dialog, "label").back()) << "an empty line below the text";
-    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
-    EXPECT_FALSE(isManaged(dialog, "Help"));
-    EXPECT_STREQ("Product setup", resourceOf<String>(XtParent(dialog), XmNtitle));
 
     BrowserScript script("fsbChangeDestinationSelection", {full(">@/other")});
     ASSERT_TRUE(press(dialog, "pushButton"));
@@ -181,7 +172,9 @@ TEST_F(ChangeDestination, LeadsToMaintenanceFromBothDialogs)
         ASSERT_NE(nullptr, shown("mbMaintenance"));
         /* The page that was left does not come back. */
         ASSERT_TRUE(press(shown("mbMaintenance"), "pbMaintenanceAddRemove"));
+        setStates("3:10 4:01"); /* choices */
         ASSERT_TRUE(press(shown("mbCustom"), "Cancel"));
+        EXPECT_EQ(nullptr, shown("mbMainDlg"));
         ASSERT_NE(nullptr, shown("mbMaintenance"));
         EXPECT_EQ("2:11 3:11 +p", states());
         XtDestroyWidget(XtParent(shown("mbMaintenance")));
@@ -199,9 +192,8 @@ TEST_F(ChangeDestination, LongPathsLeaveTheButtonsInSight)
     XtManageChild(dialog);
     settle();
     Widget button = OV_instFindWidget(dialog, "pushButton");
-    Position right = 0, none = 0;
+    Position left = 0, right = 0, none = 0;
     XtTranslateCoords(button, (Position)resourceOf<Dimension>(button, XmNwidth), 0, &right, &none);
-    Position left = 0;
     XtTranslateCoords(dialog, 0, 0, &left, &none);
     EXPECT_LT(right - left, resourceOf<Dimension>(dialog, XmNwidth));
     EXPECT_LT(resourceOf<Dimension>(dialog, XmNwidth), 800);

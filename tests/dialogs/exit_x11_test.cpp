@@ -35,8 +35,6 @@ struct ExitDialogs : DialogTest {
         if (IsSkipped())
             return;
         describe("1 MainDlg 'T' 'D' '' 10\n10 Suite 'P' '' '' 1\n");
-        if (!OV_instGetMainTopLevelShell())
-            (void)OV_instCreateMainTopLevelShell(s_application);
         char caName[] = "caller";
         m_dialog = XmCreateFormDialog(OV_instGetMainTopLevelShell(), caName, nullptr, 0);
         XtVaSetValues(m_dialog, XmNautoUnmanage, False, nullptr);
@@ -63,15 +61,6 @@ struct ExitDialogs : DialogTest {
     {
         return [=] { EXPECT_TRUE(press(openBox(pBox), pButton)) << pBox << ' ' << pButton; };
     }
-    static std::string message(const char *pBox)
-    {
-        Widget box = openBox(pBox);
-        return box ? labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL)) : "no box";
-    }
-    static std::string title(const char *pBox)
-    {
-        return resourceOf<String>(XtParent(openBox(pBox)), XmNtitle);
-    }
     /* How many of these boxes there are below the dialog that asks. */
     static int count(Widget shell, const char *pBox)
     {
@@ -84,32 +73,26 @@ struct ExitDialogs : DialogTest {
 
 TEST_F(ExitDialogs, ResumeReturnsToTheDialog)
 {
-    std::string text, shownTitle, resume, leave;
-    bool bHelp = true, bSeparator = true;
+    std::string text;
 
     askAnd({[&] {
                 Widget box = openBox("mbExitSetup");
                 ASSERT_NE(nullptr, box);
-                text = message("mbExitSetup");
-                shownTitle = title("mbExitSetup");
-                resume = label(box, "OK");
-                leave = label(box, "Cancel");
-                bHelp = isManaged(box, "Help");
-                bSeparator = XtIsManaged(XmMessageBoxGetChild(box, XmDIALOG_SEPARATOR));
+                text = message(box);
+                EXPECT_EQ("Product setup", title(box));
+                EXPECT_EQ("Resume Setup", label(box, "OK"));
+                EXPECT_EQ("Exit Setup", label(box, "Cancel"));
+                EXPECT_FALSE(isManaged(box, "Help"));
                 EXPECT_EQ(0, m_iAnswered);
             },
             pressing("mbExitSetup", "OK")});
     EXPECT_EQ(1, m_iAnswered);
     EXPECT_EQ(s_caQuestion + std::string("100%s unchanged."), text);
-    EXPECT_EQ("Product setup", shownTitle);
-    EXPECT_EQ("Resume Setup", resume);
-    EXPECT_EQ("Exit Setup", leave);
-    EXPECT_FALSE(bHelp || bSeparator);
     EXPECT_EQ(nullptr, openBox("mbExitSetup"));
     EXPECT_TRUE(XtIsManaged(m_dialog));
 
     m_pMessage = nullptr; /* and again, with nothing to add */
-    askAnd({[&] { text = message("mbExitSetup"); }, pressing("mbExitSetup", "OK")});
+    askAnd({[&] { text = message(openBox("mbExitSetup")); }, pressing("mbExitSetup", "OK")});
     EXPECT_EQ(2, m_iAnswered);
     EXPECT_EQ("Are you sure you want to Exit?", text.substr(0, strlen(s_caQuestion) - 1));
 }
@@ -144,9 +127,9 @@ TEST_F(ExitDialogs, LeavingEndsWithStatus10)
         " Setup was interrupted before your\nnew software was fully installed";
     const auto say = [&] {
         Widget notice = openBox("mbExitSetupFinish");
-        fprintf(stderr, "<%s>%d%d%s.", message("mbExitSetupFinish").c_str(),
+        fprintf(stderr, "<%s>%d%d%s.", message(openBox("mbExitSetupFinish")).c_str(),
                 isManaged(notice, "Cancel"), isManaged(notice, "Help"),
-                title("mbExitSetupFinish").c_str());
+                title(openBox("mbExitSetupFinish")).c_str());
     };
     const auto closing = [](const char *pBox) {
         return [=] { closeFrame(XtParent(openBox(pBox))); };
@@ -159,10 +142,8 @@ TEST_F(ExitDialogs, LeavingEndsWithStatus10)
         askAnd({pressing("mbExitSetup", "Cancel"), say, pressing("mbExitSetupFinish", "OK")}),
         testing::ExitedWithCode(10), std::string("<") + s_caRest + ">00Product setup\\.$");
     m_pName = "A%sB";
-    EXPECT_EXIT(askAnd({closing("mbExitSetup"), say, closing("mbExitSetupFinish")}),
+    EXPECT_EXIT(askAnd({closing("mbExitSetup"), say, escaping("mbExitSetupFinish")}),
                 testing::ExitedWithCode(10), std::string("<A%sB") + s_caRest);
-    EXPECT_EXIT(askAnd({escaping("mbExitSetup"), say, escaping("mbExitSetupFinish")}),
-                testing::ExitedWithCode(10), s_caRest);
 }
 
 TEST_F(ExitDialogs, TheDialogThatAskedMayGo)
@@ -181,7 +162,7 @@ TEST_F(ExitDialogs, PagesThatNobodyShows)
     Widget box = CreatembExitSetupComplete(XtParent(m_dialog));
     XtManageChild(box);
     settle();
-    EXPECT_EQ("Product setup", title("mbExitSetupComplete"));
+    EXPECT_EQ("Product setup", title(box));
     EXPECT_FALSE(isManaged(box, "Cancel") || isManaged(box, "Help"));
     EXPECT_TRUE(press(box, "OK"));
     EXPECT_TRUE(XtIsManaged(box));

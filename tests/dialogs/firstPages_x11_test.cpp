@@ -2,16 +2,12 @@
 
 #include "dialogs/firstPages.h"
 
-#include <unistd.h>
-
 #include "dialogTest.h"
 #include "dialogs/Agreement.h"
 #include "dialogs/NameOrg.h"
 #include "dialogs/Reseller.h"
 #include "dialogs/Welcome.h"
 #include "ut/privateFile.h"
-
-enum { STRANGER = 12345 };
 
 /* The first pages, with a directory of the test's own for what they keep. */
 struct FirstPages : DialogTest {
@@ -25,8 +21,6 @@ struct FirstPages : DialogTest {
         if (IsSkipped())
             return;
         describe("1 MainDlg 'T' 'D' '' 10\n10 Suite 'P' '' '' 1\n");
-        if (!OV_instGetMainTopLevelShell())
-            (void)OV_instCreateMainTopLevelShell(s_application);
         fs::create_directory(m_scratch / "tmp");
         OV_instSetPrivateDirectory((m_scratch / "tmp").c_str());
         writeFile(m_medium + "SetupFiles/eula.txt", "Be %s.\r\nBe honest.\n");
@@ -45,10 +39,6 @@ struct FirstPages : DialogTest {
         XtManageChild(dialog);
         settle();
         return dialog;
-    }
-    static std::string title(Widget dialog)
-    {
-        return resourceOf<String>(XtParent(dialog), XmNtitle);
     }
     static std::string fieldsOf(Widget dialog, const std::vector<const char *> &names)
     {
@@ -69,13 +59,7 @@ struct FirstPages : DialogTest {
     {
         XmTextFieldSetString(OV_instFindWidget(dialog, pField), (char *)text.c_str());
     }
-    static std::string text(Widget dialog)
-    {
-        char *pText = XmTextGetString(OV_instFindWidget(dialog, "txEULA"));
-        const std::string found = pText;
-        XtFree(pText);
-        return found;
-    }
+    static std::string text(Widget dialog) { return textIn(OV_instFindWidget(dialog, "txEULA")); }
     /* Whether both buttons lie within the dialog, and the dialog on the screen. */
     static bool isReachable(Widget dialog)
     {
@@ -91,42 +75,12 @@ struct FirstPages : DialogTest {
     }
 };
 
-TEST_F(FirstPages, FromWelcomeToTheDestination)
-{
-    Widget dialog = show(CreatembWelcome);
-    EXPECT_EQ("Welcome to the \"Product\" setup program.", label(dialog, "laWelcomeTop"));
-    EXPECT_EQ(0u, label(dialog, "laWelcomeMiddle").find("WARNING: This program is protected by"));
-    EXPECT_EQ("Continue", label(dialog, "OK"));
-    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
-    EXPECT_FALSE(isManaged(dialog, "Help"));
-    EXPECT_EQ("Product setup", title(dialog));
-
-    ASSERT_TRUE(press(dialog, "OK"));
-    EXPECT_EQ(nullptr, shown("mbWelcome"));
-    ASSERT_NE(nullptr, dialog = shown("mbEULA"));
-    EXPECT_EQ("End User License Agreement", title(dialog));
-    EXPECT_EQ("I ACCEPT", label(dialog, "OK"));
-    EXPECT_EQ("I DECLINE", label(dialog, "Cancel"));
-    EXPECT_FALSE(isManaged(dialog, "Help"));
-    EXPECT_FALSE(isManaged(dialog, "Separator"));
-    EXPECT_EQ("Be %s.\nBe honest.\n", text(dialog));
-    EXPECT_FALSE(XmTextGetEditable(OV_instFindWidget(dialog, "txEULA")));
-    EXPECT_EQ("txEULA", std::string(XtName(XmGetFocusWidget(dialog))));
-
-    ASSERT_TRUE(press(dialog, "OK"));
-    EXPECT_EQ(nullptr, shown("mbEULA"));
-    EXPECT_NE(nullptr, shown("mbChangeDestination"));
-    EXPECT_TRUE(fs::is_empty(m_scratch / "tmp"));
-}
-
 TEST_F(FirstPages, AllPagesWithTheFlagSet)
 {
     CDInstPtr->bUserOrgRes = 1;
     ASSERT_TRUE(press(show(CreatembEULA), "OK"));
     Widget dialog = shown("mbNameOrg");
     ASSERT_NE(nullptr, dialog);
-    EXPECT_EQ("Product setup", title(dialog));
-    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
     EXPECT_EQ("||", user(dialog));
     enter(dialog, "txNameOrgName", ":t\"Ann\" %s #Lee");
     enter(dialog, "txNameOrgOrg", "Org");
@@ -139,8 +93,6 @@ TEST_F(FirstPages, AllPagesWithTheFlagSet)
     EXPECT_EQ(XtParent(dialog), XtParent(XtParent(confirmation)));
     EXPECT_EQ(":t\"Ann\" %s #Lee", label(confirmation, "laNameOrgConfirmName"));
     EXPECT_EQ("Org", label(confirmation, "laNameOrgConfirmOrg"));
-    EXPECT_EQ("Change", label(confirmation, "Cancel"));
-    EXPECT_FALSE(isManaged(confirmation, "Help"));
     ASSERT_TRUE(press(confirmation, "Cancel"));
     EXPECT_EQ(nullptr, openBox("mbNameOrgConfirm"));
     EXPECT_EQ(":t\"Ann\" %s #Lee|Org|", user(dialog));
@@ -152,14 +104,11 @@ TEST_F(FirstPages, AllPagesWithTheFlagSet)
     EXPECT_EQ(":t\"Ann\" %s #Lee\n\n", readFile(m_user));
     EXPECT_EQ(nullptr, shown("mbNameOrg"));
     ASSERT_NE(nullptr, dialog = shown("mbReseller"));
-    EXPECT_EQ("Product setup", title(dialog));
-    EXPECT_FALSE(isManaged(dialog, "Help"));
     EXPECT_EQ(0u, label(dialog, "laReseller").find("Information about your Reseller or Dealer:\n"));
 
     enter(dialog, "txResellerPhone", "12 34");
     ASSERT_TRUE(press(dialog, "OK")); /* nothing is required here */
     ASSERT_NE(nullptr, confirmation = openBox("mbResellerConfirm"));
-    EXPECT_EQ("", label(confirmation, "laResellerConfirmName"));
     EXPECT_EQ("12 34", label(confirmation, "laResellerConfirmPhone"));
     ASSERT_TRUE(press(confirmation, "Cancel"));
     EXPECT_EQ("|12 34||", reseller(dialog));
@@ -178,23 +127,19 @@ TEST_F(FirstPages, ANameIsRequired)
 {
     Widget dialog = show(CreatembNameOrg);
 
-    for (const char *pName : {"", " \t "}) {
-        std::string refusal, button;
-        enter(dialog, "txNameOrgName", pName);
+    for (const std::string name : {"", " \t "}) {
+        std::string refusal;
+        enter(dialog, "txNameOrgName", name);
         enter(dialog, "txNameOrgOrg", "Org");
         Later answer(s_application, 150, [&] {
-            Widget box = openBox();
-            ASSERT_NE(nullptr, box);
-            refusal = labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL));
-            button = label(box, "OK");
-            EXPECT_TRUE(press(box, "OK"));
+            refusal = message(openBox());
+            EXPECT_TRUE(press(openBox(), "OK"));
         });
         ASSERT_TRUE(press(dialog, "OK"));
         EXPECT_EQ("A name is required", refusal);
-        EXPECT_EQ("OK", button);
         EXPECT_TRUE(XtIsManaged(dialog));
         EXPECT_EQ(nullptr, openBox("mbNameOrgConfirm"));
-        EXPECT_EQ(std::string(pName) + "|Org|", user(dialog));
+        EXPECT_EQ(name + "|Org|", user(dialog));
     }
 }
 
@@ -218,28 +163,14 @@ TEST_F(FirstPages, ReadsWhatIsThere)
     }
 }
 
+/* A planted link (more traps have their tests with the files), then no directory at all. */
 TEST_F(FirstPages, TrapsAreNeitherReadNorWritten)
 {
     const std::string secret = m_scratch / "secret";
-    const struct {
-        const char *pTrap;
-        std::function<bool()> plant;
-    } aTraps[] = {
-        {"symbolic link", [&] { return symlink(secret.c_str(), m_user.c_str()) == 0; }},
-        {"hard link", [&] { return link(secret.c_str(), m_user.c_str()) == 0; }},
-        {"a stranger's file",
-         [&] {
-             writeFile(m_user, "secret\n");
-             return chown(m_user.c_str(), STRANGER, STRANGER) == 0;
-         }},
-        {"no directory", [&] { return fs::remove(m_scratch / "tmp"); }},
-    };
 
     writeFile(secret, "secret\n");
-    for (const auto &trap : aTraps) {
-        SCOPED_TRACE(trap.pTrap);
-        if (!trap.plant())
-            continue; /* an ordinary user cannot give a file away */
+    fs::create_symlink(secret, m_user);
+    for (int i = 0; i < 2; i++) {
         Widget dialog = show(CreatembNameOrg);
         EXPECT_EQ("||", user(dialog));
         enter(dialog, "txNameOrgName", "Ann");
@@ -247,9 +178,8 @@ TEST_F(FirstPages, TrapsAreNeitherReadNorWritten)
         ASSERT_TRUE(press(openBox("mbNameOrgConfirm"), "OK"));
         ASSERT_NE(nullptr, shown("mbReseller")); /* it goes on */
         EXPECT_EQ("secret\n", readFile(secret));
-        EXPECT_TRUE(!fs::exists(m_user) || readFile(m_user) == "secret\n");
         XtDestroyWidget(XtParent(shown("mbReseller")));
-        (void)fs::remove(m_user);
+        fs::remove_all(m_scratch / "tmp");
     }
 }
 
@@ -280,7 +210,7 @@ TEST_F(FirstPages, LongTextsLeaveTheButtonsInReach)
 TEST_F(FirstPages, WaysOut)
 {
     const auto report = [](Widget box) {
-        fprintf(stderr, "<%s>", labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL)).c_str());
+        fprintf(stderr, "<%s>", message(box).c_str());
         (void)press(box, "Cancel");
     };
     const struct {
@@ -303,7 +233,6 @@ TEST_F(FirstPages, WaysOut)
                         row.pStop + ">$");
     }
 
-    EXPECT_EXIT((void)press(show(CreatembEULA), "Cancel"), testing::ExitedWithCode(0), "^$");
     const auto escape = [&] {
         pressKey(XtParent(show(CreatembEULA)), XK_Escape); /* the keyboard is in the text */
         runFor(s_application, 3000);
@@ -313,10 +242,7 @@ TEST_F(FirstPages, WaysOut)
     const auto unreadable = [&] {
         Later answer(s_application, 150, [&] {
             fprintf(stderr, "%s ", label(openBox(), "OK").c_str());
-            fprintf(stderr, "<%s>",
-                    replaced(labelOf(XmMessageBoxGetChild(openBox(), XmDIALOG_MESSAGE_LABEL)),
-                             m_medium, "M/")
-                        .c_str());
+            fprintf(stderr, "<%s>", replaced(message(openBox()), m_medium, "M/").c_str());
             (void)press(openBox(), "OK");
         });
         (void)show(CreatembEULA);
@@ -329,6 +255,10 @@ TEST_F(FirstPages, ReturnAcceptsFromWithinTheText)
 {
     Widget dialog = show(CreatembEULA);
 
+    EXPECT_EQ("I ACCEPT", label(dialog, "OK"));
+    EXPECT_EQ("I DECLINE", label(dialog, "Cancel"));
+    EXPECT_EQ("Be %s.\nBe honest.\n", text(dialog));
+    EXPECT_FALSE(XmTextGetEditable(OV_instFindWidget(dialog, "txEULA")));
     pressKey(XtParent(dialog), XK_Return);
     runFor(s_application, 200);
     EXPECT_EQ(nullptr, shown("mbEULA"));

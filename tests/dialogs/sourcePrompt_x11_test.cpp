@@ -62,21 +62,3 @@ TEST_F(SourcePrompt, GivingUpLeavesTheSourceAndAsksAgain)
     EXPECT_EQ("-1 abort\n", records());
     EXPECT_EQ(m_medium, std::string(OV_instGetSourceDirectory()) + "/");
 }
-
-TEST_F(SourcePrompt, TellsWhatItWasNotGiven)
-{
-    char *pNew = nullptr;
-    OV_SourceBrowse noPlace = {nullptr, "f", nullptr};
-    OV_SourceBrowse noFile = {&pNew, nullptr, nullptr};
-
-    EXPECT_EQ("NULL pNewDir to OV_instBrowseForSource\n"
-              "Invalid psbBrowse to OV_BrowseSourceOkCB\n"
-              "Invalid pNewSource to OV_BrowseSourceOkCB\n"
-              "Invalid pFile to OV_BrowseSourceOkCB\n",
-              printed([&] {
-                  OV_instBrowseForSource("f", nullptr, "/");
-                  OV_BrowseSourceOkCB(nullptr, nullptr, nullptr);
-                  OV_BrowseSourceOkCB(nullptr, &noPlace, nullptr);
-                  OV_BrowseSourceOkCB(nullptr, &noFile, nullptr);
-              }));
-}

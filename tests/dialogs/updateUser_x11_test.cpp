@@ -19,8 +19,6 @@ struct UpdateUser : DialogTest {
         DialogTest::SetUp();
         if (IsSkipped())
             return;
-        if (!OV_instGetMainTopLevelShell())
-            (void)OV_instCreateMainTopLevelShell(s_application);
         fs::create_directories(full("@/tmp"));
         fs::create_directories(full("@/home"));
         OV_instSetPrivateDirectory(full("@/tmp").c_str());
@@ -35,25 +33,13 @@ struct UpdateUser : DialogTest {
     static Widget dialog() { return openBox("mbUpdateUser"); }
     static std::string name()
     {
-        char *pText = XmTextFieldGetString(OV_instFindWidget(dialog(), "txUpdateUserUsername"));
-        std::string text = pText;
-        XtFree(pText);
-        return text;
+        return textIn(OV_instFindWidget(dialog(), "txUpdateUserUsername"));
     }
     static void setName(const char *pName)
     {
         XmTextFieldSetString(OV_instFindWidget(dialog(), "txUpdateUserUsername"), (char *)pName);
     }
-    static Widget userList()
-    {
-        Widget top = dialog();
-        for (Cardinal i = 0; i < XtParent(top)->core.num_popups; i++)
-            if (!XtParent(top)->core.popup_list[i]->core.being_destroyed)
-                if (Widget list = XtNameToWidget(XtParent(top)->core.popup_list[i],
-                                                 "*listUpdateUserUsernames"))
-                    return list;
-        return nullptr;
-    }
+    static Widget userList() { return openBox("*listUpdateUserUsernames"); }
     /* Shows the dialog, uses it and continues. */
     void use(std::function<void()> steps)
     {
@@ -68,13 +54,13 @@ struct UpdateUser : DialogTest {
     /* Presses Update and answers the message, which is the result. */
     static std::string update()
     {
-        std::string message = "none";
+        std::string told = "none";
         Later answer(shell(), 100, [&] {
-            message = labelOf(XmMessageBoxGetChild(openBox(), XmDIALOG_MESSAGE_LABEL));
+            told = message(openBox());
             EXPECT_TRUE(press(openBox(), "OK"));
         });
         EXPECT_TRUE(press(dialog(), "OK"));
-        return message;
+        return told;
     }
     void copy(const char *pWhat)
     {
@@ -93,9 +79,9 @@ struct UpdateUser : DialogTest {
 TEST_F(UpdateUser, ListsTheUsersAndTakesTheOneChosen)
 {
     use([&] {
-        EXPECT_STREQ("Update User", resourceOf<String>(XtParent(dialog()), XmNtitle));
-        EXPECT_EQ("Update", labelOf(XmMessageBoxGetChild(dialog(), XmDIALOG_OK_BUTTON)));
-        EXPECT_EQ("Continue", labelOf(XmMessageBoxGetChild(dialog(), XmDIALOG_CANCEL_BUTTON)));
+        EXPECT_EQ("Update User", title(dialog()));
+        EXPECT_EQ("Update", label(dialog(), "OK"));
+        EXPECT_EQ("Continue", label(dialog(), "Cancel"));
         EXPECT_TRUE(press(dialog(), "pbUpdateUserSelectUser"));
         Widget list = userList();
         ASSERT_NE(nullptr, list);
