@@ -13,30 +13,32 @@
 #include <string>
 #include <sys/stat.h>
 
+namespace fs = std::filesystem;
+
 /* A scratch directory, removed with all it holds. */
 struct Scratch {
-    std::filesystem::path path;
+    fs::path path;
 
     explicit Scratch(const std::string &parent = "/tmp")
     {
         std::string name = parent + "/setuptestXXXXXX";
         if (!mkdtemp(name.data()))
             abort();
-        path = std::filesystem::canonical(name);
+        path = fs::canonical(name);
     }
     Scratch(const Scratch &) = delete;
     Scratch &operator=(const Scratch &) = delete;
     ~Scratch()
     {
         std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
+        fs::remove_all(path, ignored);
     }
     std::string operator/(const std::string &name) const { return (path / name).string(); }
 };
 
 inline void writeFile(const std::string &path, const std::string &text)
 {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    fs::create_directories(fs::path(path).parent_path());
     std::ofstream(path, std::ios::binary) << text;
 }
 

@@ -9,7 +9,6 @@
 #include "support.h"
 #include "ut/owned.h"
 
-namespace fs = std::filesystem;
 using Model = std::unique_ptr<_OV_instCDinst, decltype(&OV_instFreeCDinst)>;
 
 static const std::string s_medium = MEDIUM_DIR;

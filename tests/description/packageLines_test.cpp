@@ -19,9 +19,9 @@ TEST(PackageLine, RejectsWhatIsNoKeywordOrHasNoPackage)
 {
     Model model(newCDinst());
     testing::internal::CaptureStderr();
-    for (const char *pLine :
-         {"copy \"a\"", "Copy2 \"a\"", "1 Copy \"a\"", "\"\"", "Prefix \"a\"", "Env", "Alias x",
-          "Copy \"a\"", "SelfReg \"a\"", "Package \"p", "Package \"p\", \"l"})
+    for (const char *pLine : {"copy \"a\"", "Copy2 \"a\"", "x_1-b\xe4", "\\,\xff.", "1 Copy \"a\"",
+                              "\"\"", "Prefix \"a\"", "Env", "Alias x", "Copy \"a\"",
+                              "SelfReg \"a\"", "Package \"p", "Package \"p\", \"l"})
         EXPECT_EQ(-1, AddLineToCDinst(pLine, model.get())) << pLine;
     EXPECT_EQ("", testing::internal::GetCapturedStderr());
     EXPECT_EQ(0, addLines(model, {" ,;Package"})); /* missing strings are empty */

@@ -4,49 +4,6 @@
 #include "description/scanner.h"
 #include "ut/owned.h"
 
-static const char *const s_apWords[] = {"Copy", "Mkdir", nullptr};
-static const char *const s_apNone[] = {nullptr};
-
-TEST(GetToken, TakesTheNextRunOfWordCharacters)
-{
-    const struct {
-        const char *pText;
-        const char *const *apKeywords;
-        int bCase;
-        const char *pToken;
-        const char *pRest;
-    } aRows[] = {
-        {" ,Copy \"a\"", s_apWords, 1, "Copy", " \"a\""},
-        {"Copy2 x", s_apWords, 1, "(null)", " x"},
-        {"copy", s_apWords, 1, "(null)", ""},
-        {"mkDIR,", s_apWords, 0, "mkDIR", ","},
-        {"x_1-b\xe4", nullptr, 1, "x_1-b", "\xe4"},
-        {" \"\\,\xff. ", nullptr, 1, "(null)", ""},
-        {"", nullptr, 1, "(null)", ""},
-        {"word in no list", s_apNone, 1, "(null)", " in no list"},
-    };
-    for (const auto &row : aRows) {
-        const char *pCursor = nullptr;
-        OwnedText token(getToken(row.pText, row.apKeywords, &pCursor, row.bCase));
-        EXPECT_EQ(row.pToken, shown(token.get())) << row.pText;
-        EXPECT_EQ(row.pRest, shown(pCursor)) << row.pText;
-    }
-}
-
-TEST(GetTokenList, StopsSilentlyAtTheFirstRefusedWord)
-{
-    std::string text;
-    for (int iCount = 0; iCount <= 21; iCount++, text += "Copy, ") {
-        char **apTokens = getTokenList((text + "Move Copy").c_str(), s_apWords, 1);
-        ASSERT_NE(nullptr, apTokens);
-        for (int i = 0; i < iCount; i++)
-            EXPECT_STREQ("Copy", apTokens[i]);
-        EXPECT_EQ(nullptr, apTokens[iCount]);
-        freeTokenList(apTokens);
-    }
-    freeTokenList(nullptr);
-}
-
 TEST(GetQuotedString, KeepsEveryEscapeButNewline)
 {
     const struct {

@@ -19,8 +19,6 @@
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
 
-namespace fs = std::filesystem;
-
 inline std::string replaced(std::string text, const std::string &from, const std::string &to)
 {
     for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())

@@ -71,7 +71,7 @@ TEST(Faults, KilledProcessesLeaveNobodyBehind)
         SCOPED_TRACE("victim " + std::to_string(victim) + " after " + std::to_string(iDelay));
         EXPECT_EQ(result.iStatus, victim == PARENT ? 128 + SIGKILL : 0);
         expectNothingLeft(medium);
-        std::filesystem::remove_all(medium.dest);
+        fs::remove_all(medium.dest);
     }
 }
 
@@ -132,7 +132,7 @@ TEST(Faults, FullDisk)
 {
     Medium medium;
 
-    std::filesystem::create_directories(medium.dest);
+    fs::create_directories(medium.dest);
     if (mount("tmpfs", medium.dest.c_str(), "tmpfs", 0, "size=1m") < 0)
         GTEST_SKIP() << "needs the right to mount a tmpfs";
     medium.file("large", std::string(2000000, 'l'));
@@ -156,7 +156,7 @@ TEST(Faults, ReadOnlyDestination)
 {
     Medium medium;
 
-    std::filesystem::create_directories(medium.dest);
+    fs::create_directories(medium.dest);
     if (mount("tmpfs", medium.dest.c_str(), "tmpfs", MS_RDONLY, nullptr) < 0)
         GTEST_SKIP() << "needs the right to mount a tmpfs";
     medium.file("a", "a");
@@ -180,7 +180,7 @@ TEST(Faults, FileWhereADirectoryShouldBe)
     EXPECT_EQ(medium.install().iStatus, 1);
     EXPECT_EQ(readFile(medium.dest + "/prod"), "in the way");
 
-    std::filesystem::remove_all(medium.dest);
+    fs::remove_all(medium.dest);
     writeFile(medium.tree + "Setup", "in the way"); /* of the log's directory */
     RunResult result = medium.install();
     EXPECT_EQ(result.iStatus, 1);
@@ -213,9 +213,8 @@ TEST(Faults, StrangersLinksAreNotFollowed)
         GTEST_SKIP() << "needs root to make somebody else's links";
     writeFile(medium.scratch / "victim/file", "untouched");
     auto plant = [&](const std::string &name, const std::string &target) {
-        std::filesystem::create_directories(
-            std::filesystem::path(medium.tree + name).parent_path());
-        std::filesystem::create_symlink(target, medium.tree + name);
+        fs::create_directories(fs::path(medium.tree + name).parent_path());
+        fs::create_symlink(target, medium.tree + name);
         ASSERT_EQ(lchown((medium.tree + name).c_str(), 65534, 65534), 0);
     };
     medium.file("a", "new");
@@ -231,21 +230,21 @@ TEST(Faults, StrangersLinksAreNotFollowed)
     plant("in", victim);
     plant("Application/registry", victim + "/file");
     plant("SetupFiles/.h.his", victim + "/file");
-    std::filesystem::create_directories(medium.scratch / "elsewhere");
-    std::filesystem::create_symlink(medium.scratch / "elsewhere", medium.tree + "trusted");
+    fs::create_directories(medium.scratch / "elsewhere");
+    fs::create_symlink(medium.scratch / "elsewhere", medium.tree + "trusted");
     must("chmod 600 " + victim + "/file");
     RunResult result = medium.install();
 
     EXPECT_EQ(readFile(victim + "/file"), "untouched");
     EXPECT_EQ(modeOf(victim + "/file"), 0600u);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(victim), {}), 1);
+    EXPECT_EQ(std::distance(fs::directory_iterator(victim), {}), 1);
     EXPECT_EQ(readFile(medium.scratch / "elsewhere/own"), "new"); /* root's own link is followed */
     EXPECT_EQ(result.err,
               "Error: Copyfile can't create file " + medium.tree + "file\n" +
                   "Error: Copyfile can't create destination directory for:\n" +
                   "Error: Mkdir file already exists " + medium.tree + "dir\n" +
                   "Error: Untar can't run 'tar --no-same-owner -xBof - 2> /dev/null' on file: " +
-                  std::filesystem::canonical(medium.place).string() + "/a.tar\n" +
+                  fs::canonical(medium.place).string() + "/a.tar\n" +
                   "Error: Softlink can't change directory to: " + medium.tree + "dir:x->link\n");
     EXPECT_NE(medium.log().find("Softlink can't change directory"), std::string::npos);
 }
@@ -267,15 +266,15 @@ TEST(Faults, TarIsNotLedAstrayByUnlistedMembers)
     medium.file("own/tar", "new");
     must("cd " + medium.place + " && tar -cf a.tar in/tar own/tar");
     medium.describe(onePackage("Untar \"a.tar\" 1 \"own/tar\" 3\n"));
-    std::filesystem::create_directories(outside);
-    std::filesystem::create_directories(medium.scratch / "mine");
-    std::filesystem::create_directories(medium.tree);
-    std::filesystem::create_symlink(outside, medium.tree + "in");
-    std::filesystem::create_symlink(medium.scratch / "mine", medium.tree + "own");
+    fs::create_directories(outside);
+    fs::create_directories(medium.scratch / "mine");
+    fs::create_directories(medium.tree);
+    fs::create_symlink(outside, medium.tree + "in");
+    fs::create_symlink(medium.scratch / "mine", medium.tree + "own");
     ASSERT_EQ(lchown((medium.tree + "in").c_str(), 65534, 65534), 0);
     EXPECT_EQ(medium.install().iStatus, 0);
 
-    EXPECT_TRUE(std::filesystem::is_empty(outside));
+    EXPECT_TRUE(fs::is_empty(outside));
     EXPECT_EQ(readFile(medium.scratch / "mine/tar"), "new"); /* root's own link is followed */
 }
 
@@ -288,13 +287,13 @@ TEST(Faults, ManyDirectoriesBehindATrustedLink)
         std::string name = "data/d" + std::to_string(i);
         medium.file(name + "/f", "new");
         members += " \"" + name + "/f\" 3";
-        std::filesystem::create_directories(medium.scratch / ("big/d" + std::to_string(i)));
+        fs::create_directories(medium.scratch / ("big/d" + std::to_string(i)));
     }
     must("cd " + medium.place +
          " && tar -cf a.tar data/*/f"); /* no directories: tar would replace it */
     medium.describe(onePackage("Untar \"a.tar\" 1" + members + "\n"));
-    std::filesystem::create_directories(medium.tree);
-    std::filesystem::create_symlink(medium.scratch / "big", medium.tree + "data");
+    fs::create_directories(medium.tree);
+    fs::create_symlink(medium.scratch / "big", medium.tree + "data");
     EXPECT_EQ(medium.install().err, "");
     for (int i = 0; i < 100; i++)
         EXPECT_EQ(readFile(medium.scratch / ("big/d" + std::to_string(i) + "/f")), "new");
@@ -311,8 +310,8 @@ TEST(Faults, StrangersFilesAreReplacedNotFilled)
                                "HardLink \".\" \"away/victim\" \"hard\"\n"));
     writeFile(medium.tree + "tool", "planted");
     writeFile(medium.scratch / "victim", "untouched");
-    std::filesystem::create_hard_link(medium.scratch / "victim", medium.tree + "linked");
-    std::filesystem::create_symlink(medium.scratch.path, medium.tree + "away");
+    fs::create_hard_link(medium.scratch / "victim", medium.tree + "linked");
+    fs::create_symlink(medium.scratch.path, medium.tree + "away");
     ASSERT_EQ(chown((medium.tree + "tool").c_str(), 65534, 65534), 0);
     ASSERT_EQ(lchown((medium.tree + "away").c_str(), 65534, 65534), 0);
     RunResult result = medium.install();
@@ -345,7 +344,7 @@ TEST(Faults, MediumMayBeTheInstalledTree)
 
     medium.place = medium.tree;
     medium.file("a", "kept");
-    std::filesystem::create_symlink(SETUP_PROGRAM, medium.place + "setup");
+    fs::create_symlink(SETUP_PROGRAM, medium.place + "setup");
     medium.describe(onePackage("Copy \"a\" \"\" 4 0640\n"));
     std::string description = medium.installed("cdinst.dat");
     RunResult result = medium.install();
@@ -403,8 +402,8 @@ TEST(Faults, ModulesThatMisbehave)
 {
     Medium medium;
 
-    std::filesystem::create_directories(medium.place + "/SetupFiles");
-    std::filesystem::copy(TEST_MODULE_DIR "/badManners.so", medium.place + "/SetupFiles/m.so");
+    fs::create_directories(medium.place + "/SetupFiles");
+    fs::copy(TEST_MODULE_DIR "/badManners.so", medium.place + "/SetupFiles/m.so");
     medium.describe(onePackage("Function \"leaveProcess\" \"m.so\" \"\"\n"));
     auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(medium.install().iStatus, 0);
@@ -412,7 +411,7 @@ TEST(Faults, ModulesThatMisbehave)
               std::chrono::seconds(20)); /* it sleeps 30 */
     EXPECT_NE(medium.log().find("Installation Completed\n"), std::string::npos);
 
-    std::filesystem::remove_all(medium.dest);
+    fs::remove_all(medium.dest);
     medium.describe(onePackage("Function \"endProcess\" \"m.so\" \"\"\n"));
     RunResult result = medium.install();
     EXPECT_EQ(result.err, "Setup did not complete successfully\n");
@@ -442,6 +441,6 @@ TEST(Faults, RemovedSourceOfTheHistory)
         "HistoryFileVersion 2\nTest Product\n3\n/no/such/medium\nPackage \"all\" Installed\n");
     EXPECT_EQ(medium.install().iStatus, 0);
     /* What cannot be resolved gives way to the program's own directory. */
-    EXPECT_NE(medium.history().find("\n" + std::filesystem::canonical(medium.place).string()),
+    EXPECT_NE(medium.history().find("\n" + fs::canonical(medium.place).string()),
               std::string::npos);
 }

@@ -22,7 +22,7 @@ TEST(Install, PrintsSpinnerAndStatus)
                                             "Parsing config file [-]\r");
     EXPECT_NE(result.out.find("Status:100.00%\r\n"), std::string::npos) << result.out;
     EXPECT_EQ(result.out.find('\n', status + 1), result.out.size() - 1);
-    EXPECT_FALSE(std::filesystem::exists(medium.scratch / "home/.auxchestrc"));
+    EXPECT_FALSE(fs::exists(medium.scratch / "home/.auxchestrc"));
     EXPECT_TRUE(medium.has("a")) << "the option wins over the description";
 }
 
@@ -34,7 +34,7 @@ TEST(Install, SecondRunDoesNothingAndRecordsAgain)
     medium.describe(onePackage("Copy \"a\" \"\" 5 0644\n"));
     ASSERT_EQ(medium.install().iStatus, 0);
     const std::string history = "HistoryFileVersion 2\nTest Product\n3.5\n" +
-                                std::filesystem::canonical(medium.place).string() +
+                                fs::canonical(medium.place).string() +
                                 "\nPackage \"all\" Installed\nPackage \"all\" Installed\n";
     EXPECT_EQ(medium.history(), history);
     EXPECT_EQ(medium.installed("cdinst.dat"), readFile(medium.place + "/cdinst.dat"));
@@ -106,7 +106,7 @@ TEST(Install, FailsBeforeAnythingIsTouched)
 
         EXPECT_EQ(result.iStatus, 1);
         EXPECT_NE(result.err.find(test.error), std::string::npos) << result.err;
-        EXPECT_FALSE(std::filesystem::exists(medium.dest));
+        EXPECT_FALSE(fs::exists(medium.dest));
     }
 }
 
@@ -163,10 +163,10 @@ TEST(Options, OnlyRootMayInstallUnlessTold)
     EXPECT_EQ(run("", ""), 1);
     EXPECT_EQ(readFile(medium.scratch / "stderr"),
               "Error: you need to be root to run this program\n");
-    EXPECT_FALSE(std::filesystem::exists(medium.dest));
+    EXPECT_FALSE(fs::exists(medium.dest));
     EXPECT_EQ(run("OVINST_NOROOT=", ""), 0);
     EXPECT_EQ(medium.installed("a"), "a");
-    std::filesystem::remove_all(medium.dest);
+    fs::remove_all(medium.dest);
     EXPECT_EQ(run("", "-noroot"), 0);
     EXPECT_EQ(medium.installed("a"), "a");
 }
@@ -182,7 +182,7 @@ TEST(Options, WithoutCmdlineTheDialogsTakeOver)
     EXPECT_EQ(result.iStatus, 1);
     EXPECT_EQ(result.err,
               "Error: can't open the display, run setup with -cmdline where there is none\n");
-    EXPECT_FALSE(std::filesystem::exists(medium.dest));
+    EXPECT_FALSE(fs::exists(medium.dest));
 }
 
 TEST(Options, DebuggingTellsTotalsAndLines)
@@ -209,7 +209,7 @@ TEST(Install, NumbersKeepTheirPointInEveryLocale)
     Medium medium;
     std::string locales = medium.scratch / "locales";
 
-    std::filesystem::create_directories(locales);
+    fs::create_directories(locales);
     if (system(("localedef -i de_DE -f UTF-8 " + locales + "/de_DE.UTF-8").c_str()) != 0)
         GTEST_SKIP() << "needs the sources of locales";
     medium.file("a", std::string(200000, 'a'));
@@ -258,7 +258,7 @@ TEST(Install, PathsNeedNoQuoting)
     EXPECT_EQ(medium.installed("b $(touch y)"), "a");
     EXPECT_EQ(medium.installed("bin/tool"), "tool\n");
     for (const char *pName : {"x", "y"})
-        EXPECT_FALSE(std::filesystem::exists(medium.place + "/" + pName) || medium.has(pName));
+        EXPECT_FALSE(fs::exists(medium.place + "/" + pName) || medium.has(pName));
 }
 
 TEST(Install, DoesNotDependOnTheUmask)

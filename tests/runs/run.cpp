@@ -15,9 +15,9 @@ extern char **environ;
 
 Medium::Medium()
 {
-    std::filesystem::create_directories(place);
-    std::filesystem::create_directories(scratch / "home");
-    std::filesystem::create_symlink(SETUP_PROGRAM, place + "/setup");
+    fs::create_directories(place);
+    fs::create_directories(scratch / "home");
+    fs::create_symlink(SETUP_PROGRAM, place + "/setup");
     environment = {"HOME=" + (scratch / "home"), "PATH=/usr/bin:/bin", "LC_ALL=C.UTF-8"};
     for (char **pp = environ; *pp; pp++) /* the sanitizers' and coverage's settings */
         if (strstr(*pp, "SAN_OPTIONS=") || strncmp(*pp, "GCOV", 4) == 0)
@@ -106,8 +106,8 @@ std::vector<std::string> Medium::listing()
 {
     std::vector<std::string> names;
 
-    for (const auto &entry : std::filesystem::recursive_directory_iterator(dest)) {
-        std::string name = std::filesystem::relative(entry.path(), dest).string();
+    for (const auto &entry : fs::recursive_directory_iterator(dest)) {
+        std::string name = fs::relative(entry.path(), dest).string();
         names.push_back(entry.is_directory() && !entry.is_symlink() ? name + "/" : name);
     }
     std::sort(names.begin(), names.end());
@@ -118,13 +118,13 @@ std::vector<pid_t> processesNaming(const std::string &text)
 {
     std::vector<pid_t> found;
 
-    for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
+    for (const auto &entry : fs::directory_iterator("/proc")) {
         std::string name = entry.path().filename();
         if (name.find_first_not_of("0123456789") != std::string::npos)
             continue;
         std::string command = readFile(entry.path() / "cmdline");
         std::error_code gone;
-        std::string working = std::filesystem::read_symlink(entry.path() / "cwd", gone);
+        std::string working = fs::read_symlink(entry.path() / "cwd", gone);
         if (stoi(name) != getpid() && (command + "\n" + working).find(text) != std::string::npos)
             found.push_back(stoi(name));
     }

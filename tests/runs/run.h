@@ -41,7 +41,7 @@ struct Medium {
                   const std::function<void(pid_t)> &whileRunning = nullptr);
 
     std::string installed(const std::string &name) { return readFile(tree + name); }
-    bool has(const std::string &name) { return std::filesystem::exists(tree + name); }
+    bool has(const std::string &name) { return fs::exists(tree + name); }
     std::string log() { return installed("Setup/setup.log"); }
     std::string history() { return installed("SetupFiles/.h.his"); }
 

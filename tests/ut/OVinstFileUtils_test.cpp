@@ -39,15 +39,15 @@ static std::string linesOf(const std::string &bytes)
 struct InDirectory : testing::Test {
     void SetUp() override
     {
-        std::filesystem::current_path(scratch.path);
-        std::filesystem::create_directory("dir");
-        std::filesystem::create_directory_symlink("dir", "link");
+        fs::current_path(scratch.path);
+        fs::create_directory("dir");
+        fs::create_directory_symlink("dir", "link");
         writeFile(scratch / "file", std::string("a\0b\n", 4));
         writeFile(scratch / "empty", "");
     }
-    void TearDown() override { std::filesystem::current_path(before); }
+    void TearDown() override { fs::current_path(before); }
     Scratch scratch;
-    const std::filesystem::path before = std::filesystem::current_path();
+    const fs::path before = fs::current_path();
     const std::string base = scratch.path;
 };
 

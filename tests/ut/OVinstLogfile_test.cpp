@@ -36,7 +36,7 @@ TEST_F(Logfile, AppendsAHeaderForEveryRun)
     tzset();
     time_t now = time(nullptr);
     ASSERT_EQ(OV_instInitLogfile(log.c_str()), 0);
-    EXPECT_TRUE(std::filesystem::is_empty(log));
+    EXPECT_TRUE(fs::is_empty(log));
     ASSERT_EQ(OV_instInitLogfileAndTimeStamp(log.c_str()), 0);
     EXPECT_EQ(OV_instUpdateLogfile("%s\n", "100%s"), 0);
     OwnedFile stream(OV_instOpenLogfile()); /* a module's, which writes after the next record */

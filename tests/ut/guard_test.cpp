@@ -14,8 +14,6 @@
 #include "ut/guard.h"
 #include "ut/owned.h"
 
-namespace fs = std::filesystem;
-
 /* In the working directory, a scratch one, root is guarded; outside/victim (mode 0640) is what a
  * planted link leads to. */
 struct Guard : testing::Test {

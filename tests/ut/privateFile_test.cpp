@@ -20,7 +20,7 @@ struct PrivateFile : testing::Test {
 
     void SetUp() override
     {
-        std::filesystem::create_directory(m_scratch / "shared");
+        fs::create_directory(m_scratch / "shared");
         OV_instSetPrivateDirectory((m_scratch / "shared").c_str());
         writeFile(m_other, "secret\n");
     }
@@ -35,7 +35,7 @@ struct PrivateFile : testing::Test {
     std::set<std::string> names() const
     {
         std::set<std::string> found;
-        for (const auto &entry : std::filesystem::directory_iterator(m_scratch / "shared"))
+        for (const auto &entry : fs::directory_iterator(m_scratch / "shared"))
             found.insert(entry.path().filename());
         return found;
     }
@@ -100,7 +100,7 @@ TEST_F(PrivateFile, TouchesNothingThatIsNotItsOwn)
         ASSERT_EQ(0, lstat(m_path.c_str(), &after));
         EXPECT_EQ(before.st_ino, after.st_ino);
         EXPECT_EQ(before.st_size, after.st_size);
-        std::filesystem::remove(m_path);
+        fs::remove(m_path);
     }
 }
 
