@@ -26,7 +26,8 @@
     UI_LEFT UI_SET("rightAttachment", "ATTACH_POSITION") UI_SET("rightPosition", "78")
 #define BUTTON_SIDE                                                                                \
     UI_SET("leftAttachment", "ATTACH_POSITION")                                                    \
-    UI_SET("leftPosition", "78") UI_SET("leftOffset", "8") UI_RIGHT UI_SET("navigationType", "TAB_GROUP")
+    UI_SET("leftPosition", "78")                                                                   \
+    UI_SET("leftOffset", "8") UI_RIGHT UI_SET("navigationType", "TAB_GROUP")
 
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {

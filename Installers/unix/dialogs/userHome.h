@@ -2,7 +2,8 @@
 #ifndef OVINST_DIALOGS_USERHOME_H
 #define OVINST_DIALOGS_USERHOME_H
 
-/* Remembers a copy of pPath (null: forgets) as the place below which users have their directories. */
+/* Remembers a copy of pPath (null: forgets) as the place below which users have their directories.
+ */
 void SetDefaultUserHome(const char *pPath);
 
 /* The user's own directory: $HOME, or PLACE/$USER when another place was chosen. From then on $HOME

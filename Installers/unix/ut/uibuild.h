@@ -46,15 +46,15 @@ typedef struct _OV_CallbackRow {
 #define UI_FLUSH_RIGHT(name) UI_OPPOSITE("right", name)
 
 /* For a box of one button: Escape has nothing else to press. */
-#define UI_ESCAPE_IS_OK                                                                            \
-    UI_SET("translations", "#override <Key>osfCancel: BulletinBoardReturn()")
+#define UI_ESCAPE_IS_OK UI_SET("translations", "#override <Key>osfCancel: BulletinBoardReturn()")
 
 /* Makes what the tables describe below parent. Row 0 is a popup shell and row 1, the dialog,
  * its child; the result is row 1, not managed, since managing it shows the dialog. All rows below
  * are managed. A table whose row 0 is no shell makes that row an unmanaged child of parent and the
  * result. Closing the dialog by its frame presses its Cancel or OK button until
- * OV_instHandleFrameClose says otherwise, its buttons have mnemonics, and a message box stays managed until it is taken down.
- * A table that contradicts itself ends the process with status 1. aCallbacks may be null. */
+ * OV_instHandleFrameClose says otherwise, its buttons have mnemonics, and a message box stays
+ * managed until it is taken down. A table that contradicts itself ends the process with status 1.
+ * aCallbacks may be null. */
 Widget OV_instBuildDialog(Widget parent, const OV_WidgetRow *aRows,
                           const OV_CallbackRow *aCallbacks);
 
