@@ -80,9 +80,6 @@ TEST_F(ExitDialogs, ResumeReturnsToTheDialog)
                 ASSERT_NE(nullptr, box);
                 text = message(box);
                 EXPECT_EQ("Product setup", title(box));
-                EXPECT_EQ("Resume Setup", label(box, "OK"));
-                EXPECT_EQ("Exit Setup", label(box, "Cancel"));
-                EXPECT_FALSE(isManaged(box, "Help"));
                 EXPECT_EQ(0, m_iAnswered);
             },
             pressing("mbExitSetup", "OK")});
@@ -162,8 +159,6 @@ TEST_F(ExitDialogs, PagesThatNobodyShows)
     Widget box = CreatembExitSetupComplete(XtParent(m_dialog));
     XtManageChild(box);
     settle();
-    EXPECT_EQ("Product setup", title(box));
-    EXPECT_FALSE(isManaged(box, "Cancel") || isManaged(box, "Help"));
     EXPECT_TRUE(press(box, "OK"));
     EXPECT_TRUE(XtIsManaged(box));
 
@@ -171,15 +166,9 @@ TEST_F(ExitDialogs, PagesThatNobodyShows)
     EXPECT_FALSE(XtIsManaged(page));
     XtManageChild(page);
     settle();
-    EXPECT_EQ("Setup status", label(page, "laExitStatus"));
-    EXPECT_EQ("Are you sure you want to Exit?", label(page, "laExitMessage"));
     EXPECT_NE(XmUNSPECIFIED_PIXMAP,
               resourceOf<Pixmap>(OV_instFindWidget(page, "laExitPicture"), XmNlabelPixmap));
-    const std::pair<const char *, const char *> aButtons[] = {{"pbExitExit", "Exit Setup"},
-                                                              {"pbExitResume", "Resume Setup"}};
-    for (const auto &[pName, pLabel] : aButtons) {
-        EXPECT_EQ(pLabel, label(page, pName));
+    for (const char *pName : {"pbExitExit", "pbExitResume"})
         EXPECT_TRUE(press(page, pName));
-    }
     EXPECT_TRUE(XtIsManaged(page));
 }

@@ -40,14 +40,6 @@ TEST_F(Maintenance, ShowsWhatItOffers)
 
     EXPECT_EQ("Welcome to the A%sB installation maintenance program.",
               label(dialog, "laMaintenanceWelcome"));
-    EXPECT_EQ("This program lets you make changes to the current installation. Click one\n"
-              "of the following options:",
-              label(dialog, "label1"));
-    EXPECT_EQ("Add new components or remove installed \ncomponents from the current installation.",
-              label(dialog, "label"));
-    EXPECT_EQ("Remove all previous installed components\n", label(dialog, "label3"));
-    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
-    EXPECT_FALSE(isManaged(dialog, "OK"));
     EXPECT_EQ("A%sB setup", title(dialog));
     EXPECT_EQ(resourceOf<Dimension>(OV_instFindWidget(dialog, "pbMaintenanceAddRemove"), XmNwidth),
               resourceOf<Dimension>(OV_instFindWidget(dialog, "pbMaintenanceRemoveall"), XmNwidth));

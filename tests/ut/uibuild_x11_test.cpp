@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <X11/Xatom.h>
-
 #include "ut/bxutils.h"
 #include "ut/display.h"
 #include "ut/frameClose.h"
@@ -166,19 +164,6 @@ TEST_F(Uibuild, UsersResourcesWin)
         Application user("*autoUnmanage: True");
         EXPECT_FALSE(resourceOf<Boolean>(user.dialog, XmNautoUnmanage));
     }
-}
-
-TEST_F(Uibuild, UsersResourcesMayComeFromTheDisplay)
-{
-    Window root = RootWindowOfScreen(XtScreen(application));
-    const std::string text = "*pbFolderBrowse.background: red\n";
-
-    XChangeProperty(XtDisplay(application), root, XA_RESOURCE_MANAGER, XA_STRING, 8,
-                    PropModeReplace, (const unsigned char *)text.data(), (int)text.size());
-    XSync(XtDisplay(application), False);
-    EXPECT_EQ("red", backgroundOf(Application()["pbFolderBrowse"]));
-    XDeleteProperty(XtDisplay(application), root, XA_RESOURCE_MANAGER);
-    XSync(XtDisplay(application), False);
 }
 
 /* The width of a text in the label's fonts. */
