@@ -174,12 +174,17 @@ TEST_F(FirstPages, TextsFromOutsideAreShownAsTheyAre)
 {
     writeFile(m_medium + "SetupFiles/eula.txt", "caf\xe9 \xa7 %s\n"); /* not of the locale */
     free(CDInstPtr->pProductName);
-    CDInstPtr->pProductName = strdup("A%sB");
+    CDInstPtr->pProductName = strdup((std::string(60, 'W') + "%s").c_str());
     Widget dialog = show(CreatembWelcome);
-    EXPECT_EQ("Welcome to the \"A%sB\" setup program.", label(dialog, "laWelcomeTop"));
+    EXPECT_NE(std::string::npos, label(dialog, "laWelcomeTop").find("WW%s\"\nsetup program."));
     ASSERT_TRUE(press(dialog, "OK"));
     EXPECT_EQ(0u, text(shown("mbEULA")).find("caf"));
     EXPECT_NE(std::string::npos, text(shown("mbEULA")).find(" %s\n"));
+
+    dialog = show(CreatembNameOrg);
+    enter(dialog, "txNameOrgName", std::string(499, 'W')); /* nowhere to break it */
+    ASSERT_TRUE(press(dialog, "OK"));
+    EXPECT_LE(openBox("mbNameOrgConfirm")->core.width, WidthOfScreen(XtScreen(dialog)));
 }
 
 TEST_F(FirstPages, WaysOut)
