@@ -6,8 +6,8 @@
 #include <X11/Intrinsic.h>
 #include <string>
 
-/* The text with its lines broken at blanks so that none is wider than iWidth pixels in the label's
- * font; a single word may be. */
+/* The text with its lines broken so that none is wider than iWidth pixels in the label's font: at
+ * blanks, and within a word that is wider; a single character may be. */
 std::string OV_instFoldText(Widget label, const char *pText, int iWidth);
 
 /* Shows the text with lines of at most iWidth pixels. */
