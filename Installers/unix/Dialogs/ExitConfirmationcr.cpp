@@ -3,7 +3,7 @@
 #include <Xm/DialogS.h>
 #include <Xm/MessageB.h>
 
-#include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "ut/uibuild.h"
 
 #define BOX(type, style, message)                                                                  \

@@ -12,6 +12,7 @@
 #include "dialogs/Maintenance.h"
 #include "dialogs/directoryBrowser.h"
 #include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "engine/destinationTrial.h"
 #include "engine/fileOps.h"
 #include "engine/setupState.h"

@@ -10,6 +10,7 @@
 
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "dialogs/wrappedLabel.h"
 #include "engine/configWalk.h"
 #include "engine/moveFiles.h"

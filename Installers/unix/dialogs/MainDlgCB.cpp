@@ -13,6 +13,7 @@
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "dialogs/wrappedLabel.h"
 #include "engine/moveFiles.h"
 #include "engine/selection.h"

@@ -8,6 +8,7 @@
 
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "dialogs/wrappedLabel.h"
 #include "engine/configWalk.h"
 #include "engine/driver.h"

@@ -15,7 +15,7 @@
 
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/directoryBrowser.h"
-#include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "dialogs/userHome.h"
 #include "engine/fileOps.h"
 #include "engine/moveFiles.h"

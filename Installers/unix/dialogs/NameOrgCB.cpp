@@ -5,7 +5,7 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/Reseller.h"
 #include "dialogs/firstPages.h"
-#include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "ut/messageBox.h"
 #include "ut/uiut.h"
 

@@ -8,7 +8,7 @@
 #include <Xm/MessageB.h>
 #include <Xm/Xm.h>
 
-#include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "engine/progressReader.h"
 #include "ut/messageBox.h"
 #include "ut/owned.h"

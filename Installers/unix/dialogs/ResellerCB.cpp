@@ -5,7 +5,7 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/firstPages.h"
-#include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "ut/uiut.h"
 
 static const char s_caFile[] = ".setupinfo-ov-reseller";

@@ -5,7 +5,7 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/Agreement.h"
 #include "dialogs/firstPages.h"
-#include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "engine/setupState.h"
 #include "ut/uiut.h"
 

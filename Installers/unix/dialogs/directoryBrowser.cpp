@@ -10,7 +10,7 @@
 #include <Xm/List.h>
 #include <Xm/TextF.h>
 
-#include "dialogs/sequence.h"
+#include "dialogs/windowTitle.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/bxutils.h"
 #include "ut/frameClose.h"

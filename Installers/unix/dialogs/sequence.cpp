@@ -39,15 +39,6 @@ static void showMainDlg(_OV_InstConfigList *pConfig)
     XtManageChild(dialog);
 }
 
-void OV_instSetWindowTitle(Widget widget)
-{
-    OwnedText title(OV_instStrPrint("%s setup", OV_instGetProductName()));
-    Widget shell = OV_instGetShell(widget);
-
-    if (shell)
-        XtVaSetValues(shell, XmNtitle, title ? title.get() : "", nullptr);
-}
-
 void OV_instConfigureMainDlgCB(Widget widget, XtPointer pConfig, XtPointer)
 {
     takeDown(widget);
