@@ -6,8 +6,7 @@
 #include "dialogs/windowTitle.h"
 #include "ut/uibuild.h"
 
-#define BOX(type, style, message)                                                                  \
-    UI_SET("dialogType", type)                                                                     \
+#define BOX(style, message)                                                                        \
     UI_SET("dialogStyle", style)                                                                   \
     UI_SET("messageString", message)                                                               \
     UI_SET("messageAlignment", "ALIGNMENT_BEGINNING")                                              \
@@ -18,7 +17,7 @@
 static const OV_WidgetRow s_aQuestion[] = {
     {"dsExitSetup", nullptr, &xmDialogShellWidgetClass, ""},
     {"mbExitSetup", "dsExitSetup", &xmMessageBoxWidgetClass,
-     BOX("DIALOG_QUESTION", "DIALOG_MODELESS", "Are you sure you want to Exit?")
+     BOX("DIALOG_MODELESS", "Are you sure you want to Exit?")
      UI_SET("okLabelString", "Resume Setup") UI_SET("cancelLabelString", "Exit Setup")},
     {nullptr, nullptr, nullptr, nullptr},
 };
@@ -26,7 +25,7 @@ static const OV_WidgetRow s_aQuestion[] = {
 static const OV_WidgetRow s_aNotice[] = {
     {"dsExitSetupFinish", nullptr, &xmDialogShellWidgetClass, ""},
     {"mbExitSetupFinish", "dsExitSetupFinish", &xmMessageBoxWidgetClass,
-     BOX("DIALOG_WARNING", "DIALOG_FULL_APPLICATION_MODAL", "Setup was interrupted")
+     BOX("DIALOG_FULL_APPLICATION_MODAL", "Setup was interrupted")
      UI_SET("okLabelString", "OK") UI_ESCAPE_IS_OK},
     {nullptr, nullptr, nullptr, nullptr},
 };
@@ -34,7 +33,7 @@ static const OV_WidgetRow s_aNotice[] = {
 static const OV_WidgetRow s_aComplete[] = {
     {"dsExitSetupComplete", nullptr, &xmDialogShellWidgetClass, ""},
     {"mbExitSetupComplete", "dsExitSetupComplete", &xmMessageBoxWidgetClass,
-     BOX("DIALOG_INFORMATION", "DIALOG_MODELESS", "Setup is complete")
+     BOX("DIALOG_MODELESS", "Setup is complete")
      UI_SET("okLabelString", "OK") UI_ESCAPE_IS_OK},
     {nullptr, nullptr, nullptr, nullptr},
 };
