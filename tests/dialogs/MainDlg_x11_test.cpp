@@ -2,19 +2,15 @@
 
 #include "dialogs/MainDlg.h"
 
-#include <Xm/TextF.h>
-
 #include "dialogTest.h"
 
 struct MainDlg : DialogTest {
     Widget show(int iId)
     {
-        Widget dialog = CreatembMainDlg(OV_instGetMainTopLevelShell());
+        Widget dialog = CreatembMainDlg(main());
         config(iId)->pParent = nullptr;
         OV_instUISetMainDlg(dialog, config(iId));
-        XtManageChild(dialog);
-        settle();
-        return dialog;
+        return managed(dialog);
     }
     /* The slots that are seen: "number product: description|". */
     static std::string slots(Widget dialog)
@@ -29,84 +25,37 @@ struct MainDlg : DialogTest {
     }
 };
 
-TEST_F(MainDlg, ShowsWhatThePageOffers)
-{
-    describe("1 MainDlg 'T' 'D' '' 10 20 30\n10 Suite 'P' '100%s safe' '' 1\n"
-             "20 CusDlg 'List' 'Choose' '' 1 21\n21 Suite 'Q' '' '' 1\n"
-             "30 MainDlg 'Page' 'More' '' 31\n31 Suite 'R' '' '' 1\n");
-    Widget dialog = show(1);
-
-    EXPECT_EQ("1 P: 100%s safe|2 List: Choose|3 Page: More|", slots(dialog));
-    EXPECT_EQ("To choose the installation you want, click on the following buttons",
-              label(dialog, "laMainDlg"));
-    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
-    EXPECT_FALSE(isManaged(dialog, "OK"));
-    EXPECT_FALSE(isManaged(dialog, "Help"));
-    char *pFolder = XmTextFieldGetString(OV_instFindWidget(dialog, "txMainDlgFolder"));
-    EXPECT_EQ(m_root, pFolder);
-    XtFree(pFolder);
-    const std::string free = label(dialog, "laMainDlgAvailableSpace");
-    EXPECT_EQ('B', free.empty() ? ' ' : free.back()) << free;
-    String pTitle = nullptr;
-    XtVaGetValues(XtParent(dialog), XmNtitle, &pTitle, nullptr);
-    EXPECT_STREQ("Product setup", pTitle);
-}
-
 TEST_F(MainDlg, HeadingFollowsTheSecondSlotAndAllSlotsCount)
 {
     const char *const pOne = "To start intallation, click the large button";
 
-    describe("1 MainDlg 'T' 'D' '' 10\n10 Suite 'P' 'first' '' 1\n");
+    describe("1 MainDlg 'T' 'D' '' 10 20 30\n10 Suite 'P' '100%s safe' '' 1\n"
+             "20 CusDlg 'List' 'Choose' '' 1 21\n21 Suite 'Q' '' '' 1\n"
+             "30 MainDlg 'Page' 'More' '' 10\n");
     Widget dialog = show(1);
-    EXPECT_EQ("1 P: first|", slots(dialog));
+    EXPECT_EQ("1 P: 100%s safe|2 List: Choose|3 Page: More|", slots(dialog));
+    EXPECT_FALSE(isManaged(dialog, "OK") || isManaged(dialog, "Help"));
+    EXPECT_EQ(m_root, textIn(OV_instFindWidget(dialog, "txMainDlgFolder")));
+    EXPECT_EQ('B', label(dialog, "laMainDlgAvailableSpace").back());
+    XtDestroyWidget(XtParent(dialog));
+    dialog = show(30);
+    EXPECT_EQ("1 P: 100%s safe|", slots(dialog));
     EXPECT_EQ(pOne, label(dialog, "laMainDlg"));
     XtDestroyWidget(XtParent(dialog));
 
-    int32_t *aChildren = static_cast<_OV_InstMainDlg *>(config(1)->pData)->aChildren;
+    int32_t *aChildren = static_cast<_OV_InstMainDlg *>(config(30)->pData)->aChildren;
     aChildren[0] = -1;
     aChildren[2] = 10;
-    dialog = show(1);
-    EXPECT_EQ("3 P: first|", slots(dialog));
+    dialog = show(30);
+    EXPECT_EQ("3 P: 100%s safe|", slots(dialog));
     EXPECT_EQ(pOne, label(dialog, "laMainDlg"));
-}
-
-TEST_F(MainDlg, NestedPagesAndBack)
-{
-    describe("1 MainDlg 'T' 'D' '' 10 20\n10 Suite 'P' '' '' 1\n20 MainDlg 'In' '' '' 30 31\n"
-             "30 MainDlg 'Inner' '' '' 40\n31 Suite 'Q' '' '' 1\n40 Suite 'R' '' '' 1\n");
-    show(1);
-    ASSERT_TRUE(press(shown("mbMainDlg"), "pbMainDlg2"));
-    ASSERT_TRUE(press(shown("mbMainDlg"), "pbMainDlg1"));
-    EXPECT_EQ("1 R: |", slots(shown("mbMainDlg")));
-    EXPECT_EQ("Cancel", label(shown("mbMainDlg"), "Cancel"));
-    ASSERT_TRUE(press(shown("mbMainDlg"), "Cancel"));
-    EXPECT_EQ("1 Inner: |2 Q: |", slots(shown("mbMainDlg")));
-    EXPECT_EQ("Cancel", label(shown("mbMainDlg"), "Cancel"));
-    EXPECT_EQ(nullptr, config(30)->pParent);
-    ASSERT_TRUE(press(shown("mbMainDlg"), "Cancel"));
-    EXPECT_EQ("1 P: |2 In: |", slots(shown("mbMainDlg")));
-    EXPECT_EQ("Exit Setup", label(shown("mbMainDlg"), "Cancel"));
-}
-
-TEST_F(MainDlg, OpensAListAndComesBack)
-{
-    describe("1 MainDlg 'T' 'D' '' 20\n20 CusDlg 'List' '' '' 1 21\n21 Suite 'Q' '' '' 1\n");
-    show(1);
-    ASSERT_TRUE(press(shown("mbMainDlg"), "pbMainDlg1"));
-    EXPECT_EQ(nullptr, shown("mbMainDlg"));
-    ASSERT_NE(nullptr, shown("mbCustom"));
-    ASSERT_TRUE(press(shown("mbCustom"), "Cancel"));
-    EXPECT_EQ(nullptr, shown("mbCustom"));
-    EXPECT_EQ("1 List: |", slots(shown("mbMainDlg")));
 }
 
 TEST_F(MainDlg, PicturesAndTheirFaults)
 {
     const std::string prefix = "Error: OV_instSetPixmapOnWidget, ";
     const auto typeOf = [](Widget dialog, const char *pName) {
-        unsigned char type = 0;
-        XtVaGetValues(OV_instFindWidget(dialog, pName), XmNlabelType, &type, nullptr);
-        return type;
+        return resourceOf<unsigned char>(OV_instFindWidget(dialog, pName), XmNlabelType);
     };
     describe("1 MainDlg 'T' 'D' '' 10 11 12 13\n10 Suite 'P' '' 'iconModule.so,tinyPicture' 1\n"
              "11 Suite 'P' '' 'absent.so,tinyPicture' 1\n12 Suite 'P' '' 'iconModule.so,none' 1\n"
@@ -119,8 +68,8 @@ TEST_F(MainDlg, PicturesAndTheirFaults)
     EXPECT_EQ(XmPIXMAP, typeOf(dialog, "pbMainDlg1"));
     for (const char *pName : {"pbMainDlg2", "pbMainDlg3", "pbMainDlg4"})
         EXPECT_EQ(XmSTRING, typeOf(dialog, pName)) << pName;
-    Pixmap pixmap = None;
-    XtVaGetValues(OV_instFindWidget(dialog, "pbMainDlg1"), XmNlabelPixmap, &pixmap, nullptr);
+    const Pixmap pixmap =
+        resourceOf<Pixmap>(OV_instFindWidget(dialog, "pbMainDlg1"), XmNlabelPixmap);
     Window root = None;
     int iAt = 0;
     unsigned iWidth = 0, iHeight = 0, iRest = 0;
@@ -128,7 +77,6 @@ TEST_F(MainDlg, PicturesAndTheirFaults)
                              &iRest, &iRest));
     EXPECT_EQ(5u, iWidth);
     EXPECT_EQ(3u, iHeight);
-    (void)OV_instSetCdinstDirectory("");
 }
 
 TEST_F(MainDlg, MistakesEndTheProcess)

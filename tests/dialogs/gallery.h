@@ -57,7 +57,7 @@ struct Gallery : DialogTest {
             apWords.push_back(&word[0]);
         apWords.push_back(nullptr);
         int iWords = (int)words.size();
-        if (Widget shell = OV_instGetMainTopLevelShell())
+        if (Widget shell = main())
             XtDestroyWidget(shell);
         settle();
         s_application = OV_instOpenApplication(&iWords, apWords.data());
@@ -65,30 +65,17 @@ struct Gallery : DialogTest {
         (void)OV_instCreateMainTopLevelShell(s_application);
     }
 
-    static Widget main() { return OV_instGetMainTopLevelShell(); }
-    static Widget managed(Widget dialog)
-    {
-        XtManageChild(dialog);
-        settle();
-        return dialog;
-    }
     void fillModel()
     {
-        const std::string text =
-            "All that is needed for modeling, animation and rendering, with "
-            "the examples of the manual and the materials.' 'kivoicons.so,kivo_";
-        describe("1 MainDlg 'T' 'D' '' 10 20 30\n10 Suite 'P' '" + text +
-                 "typical' 1\n"
-                 "20 CusDlg 'Custom installation' '" +
-                 text +
-                 "custom' 1 21 22 24\n"
-                 "21 Suite 'Q' '" +
-                 text + "' 1\n22 CusDlg 'Examples and tutorials' '" + text +
-                 "' 1 23\n23 Suite 'Q' '' '' 1\n24 Suite 'R' '' '' 1\n"
-                 "30 MainDlg 'Network installation' '" +
-                 text +
-                 "other' 31\n31 Suite 'P' '' '' 1\n"
-                 "2 CusDlg 'Maintenance' '' '' 1 21 24\n");
+        const std::string about =
+            "'All that is needed for modeling, animation and rendering, with the examples of the "
+            "manual and the materials.' 'kivoicons.so,kivo_";
+        describe("1 MainDlg 'T' 'D' '' 10 20 30\n10 Suite 'P' " + about + "typical' 1\n" +
+                 "20 CusDlg 'Custom installation' " + about + "custom' 1 21 22 24\n" +
+                 "21 Suite 'Q' " + about + "' 1\n22 CusDlg 'Examples and tutorials' " + about +
+                 "' 1 23\n23 Suite 'Q' '' '' 1\n24 Suite 'R' '' '' 1\n" +
+                 "30 MainDlg 'Network installation' " + about + "other' 31\n" +
+                 "31 Suite 'P' '' '' 1\n2 CusDlg 'Maintenance' '' '' 1 21 24\n");
         for (char **ppText : {&CDInstPtr->pProductName, &suite("P")->pName, &suite("R")->pName}) {
             free(*ppText);
             *ppText = strdup(m_product.c_str());
@@ -112,13 +99,12 @@ struct Gallery : DialogTest {
         OV_instConfigureCustomDlgCB(nullptr, config(iMode ? 2 : 20), nullptr);
         return shown("mbCustom");
     }
-    static Widget confirmed(Widget dialog, const char *pField, const char *pShell,
-                            const std::string &value)
+    Widget confirmed(Widget dialog, const std::string &name)
     {
-        XmTextFieldSetString(OV_instFindWidget(managed(dialog), pField),
-                             const_cast<char *>(value.c_str()));
+        Widget field = OV_instFindWidget(managed(dialog), ("tx" + name + "Name").c_str());
+        XmTextFieldSetString(field, m_product.data());
         press(dialog, "OK");
-        return XtNameToWidget(XtParent(dialog), pShell);
+        return XtNameToWidget(XtParent(dialog), ("*mb" + name + "Confirm").c_str());
     }
     Widget progress()
     {
@@ -126,97 +112,66 @@ struct Gallery : DialogTest {
         OV_instProgressUpdate(46, (m_root + m_place + "Application/bin/kivo").c_str());
         return dialog;
     }
-    static Widget exitNotice()
-    {
-        Widget box = CreatembExitSetupFinish(main());
-        for (unsigned char child : {XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON})
-            XtUnmanageChild(XmMessageBoxGetChild(box, child));
-        return box;
-    }
-    /* The shell around a page that has none of its own. */
-    static Widget exitPage()
-    {
-        return CreatefoExit(
-            XtVaCreatePopupShell("dsExit", xmDialogShellWidgetClass, main(), nullptr));
-    }
-
-    /* Looks at a dialog that waits in a loop of its own, and takes it down. */
-    void visitWaiting(const std::string &name, const char *pBox, const Look &look,
-                      const std::function<void()> &open)
-    {
-        int iSeen = 0;
-        Later seen(main(), 200, [&] {
-            Widget box = nullptr;
-            ASSERT_NE(nullptr, box = openBox(pBox)) << name;
-            settle();
-            look(name, box);
-            iSeen++;
-            XtUnmanageChild(box);
-            XtDestroyWidget(XtParent(box));
-        });
-        open();
-        settle();
-        EXPECT_EQ(1, iSeen) << name;
-    }
+    /* Looks at the dialogs that wait in loops of their own, and takes them down. */
     void visitBoxes(const Look &look)
     {
         const std::string path = m_root + m_place;
-        visitWaiting("question", "mbOkCancel", look, [&] {
-            (void)OV_instDisplayMessage(main(), "Yes", "No", nullptr,
-                                        "The destination folder:\n'%s'\ndoes not exist. Do you "
-                                        "want to create it?",
-                                        path.c_str());
-        });
-        visitWaiting("prompt", "mbOkCancel", look, [&] {
-            (void)OV_instDisplayMessage(main(), "Continue", "Browse...", "Abort", "%s: %s",
-                                        m_product.c_str(), path.c_str());
-        });
-        visitWaiting("notice", "mbOkCancel", look, [&] {
-            (void)OV_instOkCancelMessageBox(main(), "Setup completed successfully\n", "OK", nullptr,
-                                            nullptr);
-        });
-        visitWaiting("log", "mbLogViewer", look, [&] { ViewLogfile(main()); });
-        visitWaiting("destination browser", "fsbChangeDestinationSelection", look,
-                     [&] { OV_instChangeDestination(main()); });
         char *pFound = nullptr;
-        visitWaiting("source browser", "Browser Install Directory", look,
-                     [&] { OV_instBrowseForSource("base.tar", &pFound, path.c_str()); });
-        visitWaiting("exit question", "mbExitSetup", look, [&] {
-            OV_exitSetupConfirmation(main(), "Setup has not yet modified any files.", "");
-        });
+        const struct {
+            const char *pName, *pBox;
+            std::function<void()> open;
+        } aBoxes[] = {
+            {"question", "mbOkCancel",
+             [&] {
+                 (void)OV_instDisplayMessage(main(), "Continue", "Browse...", "Abort", "%s: %s",
+                                             m_product.c_str(), path.c_str());
+             }},
+            {"log", "mbLogViewer", [] { ViewLogfile(main()); }},
+            {"destination browser", "fsbChangeDestinationSelection",
+             [] { OV_instChangeDestination(main()); }},
+            {"source browser", "Browser Install Directory",
+             [&] { OV_instBrowseForSource("base.tar", &pFound, path.c_str()); }},
+            {"exit question", "mbExitSetup",
+             [] { OV_exitSetupConfirmation(main(), "Setup has not yet modified any files.", ""); }},
+        };
+        for (const auto &row : aBoxes) {
+            const Step seen((row.pBox + std::string(":")).c_str(), [&](Widget box) {
+                settle();
+                look(row.pName, box);
+                XtUnmanageChild(box);
+                XtDestroyWidget(XtParent(box));
+            });
+            (void)whileUsed({seen}, row.open);
+        }
     }
     void visitAll(const Look &look)
     {
-        fillModel();
-        const std::string name = m_product;
         const std::pair<const char *, std::function<Widget()>> aDialogs[] = {
             {"welcome", [] { return CreatembWelcome(main()); }},
             {"agreement", [] { return CreatembEULA(main()); }},
             {"user", [] { return CreatembNameOrg(main()); }},
-            {"user confirmed",
-             [&] {
-                 return confirmed(CreatembNameOrg(main()), "txNameOrgName", "*mbNameOrgConfirm",
-                                  name);
-             }},
+            {"user confirmed", [&] { return confirmed(CreatembNameOrg(main()), "NameOrg"); }},
             {"reseller", [] { return CreatembReseller(main()); }},
-            {"reseller confirmed",
-             [&] {
-                 return confirmed(CreatembReseller(main()), "txResellerName", "*mbResellerConfirm",
-                                  name);
-             }},
+            {"reseller confirmed", [&] { return confirmed(CreatembReseller(main()), "Reseller"); }},
             {"destination", [] { return CreatembChangeDestination(main()); }},
             {"main page", [] { return mainPage(); }},
             {"custom page", [] { return customPage(0); }},
             {"components", [] { return customPage(1); }},
             {"maintenance", [] { return CreatembMaintenance(main()); }},
-            {"migration",          [] { return CreatemigrationDlg(main()); }       },
-            {"account",            [] { return CreatembUpdateUser(main()); }       },
+            {"migration", [] { return CreatemigrationDlg(main()); }},
+            {"account", [] { return CreatembUpdateUser(main()); }},
             {"progress", [&] { return progress(); }},
             {"log dialog", [] { return CreatembViewlog(main()); }},
-            {"exit notice", [] { return exitNotice(); }},
+            {"exit notice",
+             [] {
+                 Widget box = CreatembExitSetupFinish(main());
+                 for (unsigned char child : {XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON})
+                     XtUnmanageChild(XmMessageBoxGetChild(box, child));
+                 return box;
+             }},
             {"completion", [] { return CreatembExitSetupComplete(main()); }},
-            {"older exit page", [] { return exitPage(); }},
         };
+        fillModel();
         for (const auto &[pName, open] : aDialogs) {
             Widget dialog = open();
             ASSERT_NE(nullptr, dialog) << pName;

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <X11/Xatom.h>
 #include <algorithm>
-#include <cctype>
 #include <map>
 #include <set>
 
@@ -22,21 +20,18 @@ struct Looks : Gallery {
         }
         return {iX, iY, iX + widget->core.width, iY + widget->core.height};
     }
+    static bool isThere(Widget widget) { return XtIsManaged(widget); }
     /* All that a user sees of a dialog. */
-    static void addSeen(Widget widget, std::vector<Widget> *pSeen)
-    {
-        pSeen->push_back(widget);
-        if (!XtIsComposite(widget))
-            return;
-        const WidgetList aChildren = resourceOf<WidgetList>(widget, XmNchildren);
-        for (Cardinal i = 0; i < resourceOf<Cardinal>(widget, XmNnumChildren); i++)
-            if (XtIsManaged(aChildren[i]))
-                addSeen(aChildren[i], pSeen);
-    }
     static std::vector<Widget> seenOf(Widget dialog)
     {
-        std::vector<Widget> seen;
-        addSeen(dialog, &seen);
+        std::vector<Widget> seen = {dialog};
+        for (size_t i = 0; i < seen.size(); i++) {
+            if (!XtIsComposite(seen[i]))
+                continue;
+            const WidgetList aChildren = resourceOf<WidgetList>(seen[i], XmNchildren);
+            const Cardinal iChildren = resourceOf<Cardinal>(seen[i], XmNnumChildren);
+            std::copy_if(aChildren, aChildren + iChildren, std::back_inserter(seen), isThere);
+        }
         return seen;
     }
     static bool isButton(Widget widget)
@@ -51,23 +46,23 @@ struct Looks : Gallery {
                 return true;
         return false;
     }
+    static void expectWithin(const std::string &what, int iWidth, int iHeight, Widget widget)
+    {
+        const CorePart &core = widget->core;
+        EXPECT_TRUE(core.x >= 0 && core.x + core.width <= iWidth && core.y >= 0 &&
+                    core.y + core.height <= iHeight)
+            << what << ": " << XtName(widget);
+    }
     static void expectFits(const std::string &name, Widget dialog)
     {
         static const std::set<std::string> s_shortened = {
             "laCustomFolderPath", "laCustomDescriptionItem", "laProgressDestination"};
-        const CorePart &shell = XtParent(dialog)->core;
-        EXPECT_LE(0, shell.x) << name;
-        EXPECT_LE(0, shell.y) << name;
-        EXPECT_GE(WidthOfScreen(XtScreen(dialog)), shell.x + shell.width) << name;
-        EXPECT_GE(HeightOfScreen(XtScreen(dialog)), shell.y + shell.height) << name;
+        expectWithin(name, WidthOfScreen(XtScreen(dialog)), HeightOfScreen(XtScreen(dialog)),
+                     XtParent(dialog));
         for (Widget seen : seenOf(dialog)) {
             if (seen == dialog || isScrolled(seen))
                 continue;
-            const std::string what = name + ": " + XtName(seen);
-            EXPECT_LE(0, seen->core.x) << what;
-            EXPECT_LE(0, seen->core.y) << what;
-            EXPECT_GE(XtParent(seen)->core.width, seen->core.x + seen->core.width) << what;
-            EXPECT_GE(XtParent(seen)->core.height, seen->core.y + seen->core.height) << what;
+            expectWithin(name, XtParent(seen)->core.width, XtParent(seen)->core.height, seen);
             if (s_shortened.count(XtName(seen)) ||
                 !(isButton(seen) || XmIsLabel(seen) || XmIsLabelGadget(seen)))
                 continue;
@@ -75,8 +70,8 @@ struct Looks : Gallery {
             (void)XtQueryGeometry(seen, nullptr, &wanted);
             /* In a form the ring of a default button takes a little of the margins. */
             const int iRing = XmIsPushButton(seen) ? 4 : 0;
-            EXPECT_LE(wanted.width, seen->core.width + iRing) << what;
-            EXPECT_LE(wanted.height, seen->core.height + iRing) << what;
+            EXPECT_LE(wanted.width, seen->core.width + iRing) << name << ": " << XtName(seen);
+            EXPECT_LE(wanted.height, seen->core.height + iRing) << name << ": " << XtName(seen);
         }
     }
     void showLongNames()
@@ -104,33 +99,24 @@ struct Looks : Gallery {
 
 TEST_F(Looks, NothingIsCut)
 {
-    visitAll(expectFits);
-}
+    const struct {
+        bool bLongNames;
+        std::vector<std::string> words;
+    } aRows[] = {
+        {false, {}},
+        {false, {"-xrm", "*fontSize: 20"}},
+        {true, {}},
+        {true, {"-display", newScreen("800x600x24", "96")}},
+        {true, {"-display", newScreen("2560x1600x24", "192")}},
+    };
 
-TEST_F(Looks, NothingIsCutWithLongNames)
-{
-    showLongNames();
-    visitAll(expectFits);
-}
-
-TEST_F(Looks, NothingIsCutWithLargeFonts)
-{
-    reopen({"-xrm", "*fontSize: 20"});
-    visitAll(expectFits);
-}
-
-TEST_F(Looks, NothingIsCutOnASmallScreen)
-{
-    showLongNames();
-    reopen({"-display", newScreen("800x600x24", "96")});
-    visitAll(expectFits);
-}
-
-TEST_F(Looks, NothingIsCutOnAScreenOfFineDots)
-{
-    showLongNames();
-    reopen({"-display", newScreen("2560x1600x24", "192")});
-    visitAll(expectFits);
+    for (const auto &row : aRows) {
+        SCOPED_TRACE(testing::PrintToString(row.words));
+        if (row.bLongNames)
+            showLongNames();
+        reopen(row.words);
+        visitAll(expectFits);
+    }
 }
 
 /* What scrolls or takes text has the room, the box's buttons stay where they were from below. */
@@ -142,8 +128,6 @@ TEST_F(Looks, LargerDialogsGiveTheirRoomToWhatNeedsIt)
         std::map<Widget, Place> before;
         int iWider = 0, iHigher = 0, iScrolling = 0, iFields = 0;
         Widget shell = XtParent(dialog);
-        if (name == "older exit page") /* of another kind, and shown by nobody */
-            return;
         for (Widget seen : seenOf(dialog))
             before[seen] = placeOf(seen);
         const int iBottom = before[dialog].iBottom;
@@ -182,8 +166,6 @@ TEST_F(Looks, EveryButtonHasALetterOfItsOwn)
 {
     visitAll([](const std::string &name, Widget dialog) {
         std::set<int> letters;
-        if (name == "older exit page")
-            return;
         for (Widget seen : seenOf(dialog)) {
             if (!isButton(seen) || resourceOf<unsigned char>(seen, XmNlabelType) != XmSTRING)
                 continue;
@@ -204,7 +186,7 @@ TEST_F(Looks, LettersPressTheButtons)
                   nullptr);
     key("x alt+e y"); /* it is insensitive */
     EXPECT_EQ(nullptr, openBox("mbExitSetup"));
-    EXPECT_STREQ("xy", XmTextFieldGetString(OV_instFindWidget(dialog, "txNameOrgName")));
+    EXPECT_EQ("xy", textIn(OV_instFindWidget(dialog, "txNameOrgName")));
     key("alt+o");
     Widget confirmation = XtNameToWidget(XtParent(dialog), "*mbNameOrgConfirm");
     ASSERT_NE(nullptr, confirmation);
@@ -213,18 +195,14 @@ TEST_F(Looks, LettersPressTheButtons)
     key("Caps_Lock alt+c Caps_Lock");
     EXPECT_EQ(nullptr, XtNameToWidget(XtParent(dialog), "*mbNameOrgConfirm"));
 
-    int iAnswer = -1;
-    Later pressed(s_application, 200, [&] {
-        pointAt(openBox());
+    const Step byLetter("mbOkCancel:", [this](Widget box) {
+        pointAt(box);
         key("alt+n");
     });
-    iAnswer = OV_instOkCancelMessageBox(main(), "Sure?", "Yes", "No", nullptr);
-    EXPECT_EQ(1, iAnswer);
-}
+    (void)whileUsed({byLetter}, [] {
+        EXPECT_EQ(1, OV_instOkCancelMessageBox(main(), "Sure?", "Yes", "No", nullptr));
+    });
 
-TEST_F(Looks, LettersFollowTheLabels)
-{
-    fillModel();
     Widget custom = customPage(1);
     Widget ok = XtNameToWidget(custom, "OK");
     EXPECT_EQ((KeySym)'C', resourceOf<KeySym>(ok, XmNmnemonic));
@@ -266,19 +244,17 @@ TEST_F(Looks, KeyboardGoesInVisualOrder)
         pointAt(dialog);
         std::vector<Widget> stops = stopsOf(dialog);
         std::string order;
-        std::vector<std::pair<int, int>> places;
-        ASSERT_FALSE(stops.empty()) << name;
+        Place last = {0, 0, 0, 0};
+        int iBack = -1;
         for (Widget stop : stops) {
             const Place place = placeOf(stop);
-            places.push_back({place.iY + (place.iBottom - place.iY) / 2, place.iX});
+            const int iDown = (place.iY + place.iBottom - last.iY - last.iBottom) / 2;
+            iBack += order.empty() || iDown < -12 || (iDown <= 12 && place.iX < last.iX);
+            last = place;
             order += std::string(" ") + XtName(stop);
         }
+        EXPECT_FALSE(stops.empty()) << name;
         EXPECT_EQ(order.npos, order.find("daProgress")) << "nothing to do there";
-        int iBack = 0;
-        for (size_t i = 1; i < places.size(); i++)
-            iBack += places[i].first + 12 < places[i - 1].first ||
-                     (abs(places[i].first - places[i - 1].first) <= 12 &&
-                      places[i].second < places[i - 1].second);
         EXPECT_GE(bBrowser ? 99 : 1, iBack) << name << order; /* it may begin in the middle */
         for (Widget seen : seenOf(dialog))
             EXPECT_TRUE(!(isButton(seen) || XmIsToggleButton(seen)) || !XtIsSensitive(seen) ||
@@ -340,18 +316,18 @@ static const struct {
     {"*XmText.marginHeight: 9", "marginHeight", "XmText", 9},
 };
 
-struct UsersLooks : Looks {
-    static std::string allLines()
-    {
-        std::string lines = "*XmLabel.alignment: ALIGNMENT_END\n*fontSize: 12\n"
-                            "*mbWelcome.okLabelString: On we go\n*dsWelcome.title: Mine\n"
-                            "*laMainDlg.labelString: Pick\n*mbWelcome*OK.mnemonic: w\n";
-        for (const auto &row : s_aUser)
-            lines += std::string(row.pLine) + "\n";
-        return lines;
-    }
-    static void expectUsers(const std::string &name, Widget dialog)
-    {
+TEST_F(Looks, UsersResourcesWin)
+{
+    std::string lines = "*XmLabel.alignment: ALIGNMENT_END\n*fontSize: 12\n"
+                        "*mbWelcome.okLabelString: On we go\n*dsWelcome.title: Mine\n"
+                        "*laMainDlg.labelString: Pick\n*mbWelcome*OK.mnemonic: w\n";
+    for (const auto &row : s_aUser)
+        lines += std::string(row.pLine) + "\n";
+    put("@/resources", lines);
+    setenv("XENVIRONMENT", full("@/resources").c_str(), 1);
+    reopen({});
+    unsetenv("XENVIRONMENT");
+    visitAll([](const std::string &name, Widget dialog) {
         for (Widget seen : seenOf(dialog))
             for (const auto &row : s_aUser) {
                 const char *pClass = XtClass(seen)->core_class.class_name;
@@ -361,39 +337,11 @@ struct UsersLooks : Looks {
                                                : (long)resourceOf<Pixel>(seen, row.pResource);
                 EXPECT_EQ(row.lValue, lValue) << name << ": " << XtName(seen) << " " << row.pLine;
             }
-    }
-    void expectAll()
-    {
-        visitAll(expectUsers);
-        Widget welcome = managed(CreatembWelcome(main()));
-        EXPECT_EQ("On we go", label(welcome, "OK"));
-        EXPECT_EQ((KeySym)'w', resourceOf<KeySym>(XtNameToWidget(welcome, "OK"), XmNmnemonic));
-        EXPECT_EQ(
-            XmALIGNMENT_END,
-            resourceOf<unsigned char>(OV_instFindWidget(welcome, "laWelcomeMiddle"), XmNalignment));
-        EXPECT_EQ("Pick", label(CreatembMainDlg(main()), "laMainDlg"));
-    }
-};
-
-TEST_F(UsersLooks, FromTheServer)
-{
-    Display *pDisplay = XOpenDisplay(nullptr);
-    const std::string lines = allLines();
-    const Window root = DefaultRootWindow(pDisplay);
-    XChangeProperty(pDisplay, root, XA_RESOURCE_MANAGER, XA_STRING, 8, PropModeReplace,
-                    (const unsigned char *)lines.c_str(), (int)lines.size());
-    XSync(pDisplay, False);
-    reopen({});
-    XDeleteProperty(pDisplay, root, XA_RESOURCE_MANAGER);
-    XCloseDisplay(pDisplay);
-    expectAll();
-}
-
-TEST_F(UsersLooks, FromAFile)
-{
-    put("@/resources", allLines());
-    setenv("XENVIRONMENT", full("@/resources").c_str(), 1);
-    reopen({});
-    unsetenv("XENVIRONMENT");
-    expectAll();
+    });
+    Widget welcome = managed(CreatembWelcome(main()));
+    Widget middle = OV_instFindWidget(welcome, "laWelcomeMiddle");
+    EXPECT_EQ("On we go", label(welcome, "OK"));
+    EXPECT_EQ((KeySym)'w', resourceOf<KeySym>(XtNameToWidget(welcome, "OK"), XmNmnemonic));
+    EXPECT_EQ(XmALIGNMENT_END, resourceOf<unsigned char>(middle, XmNalignment));
+    EXPECT_EQ("Pick", label(CreatembMainDlg(main()), "laMainDlg"));
 }

@@ -11,47 +11,15 @@ static const char s_caTwo[] = "1 MainDlg 'T' 'D' '' 2\n2 CusDlg 'All' '' '' 0 3 
 struct Maintenance : DialogTest {
     Widget show()
     {
-        Widget dialog = CreatembMaintenance(OV_instGetMainTopLevelShell());
+        Widget dialog = CreatembMaintenance(main());
         OV_DisableAddButtonIfNecessary();
-        XtManageChild(dialog);
-        settle();
-        return shown("mbMaintenance");
-    }
-    /* Presses Remove all and answers its question; the question. */
-    static std::string removeAll(Widget dialog, unsigned char answer)
-    {
-        std::string asked;
-        Later later(dialog, 50, [&] {
-            Widget box = openBox();
-            asked = message(box);
-            (void)OV_instActivateButton(XmMessageBoxGetChild(box, answer));
-        });
-        EXPECT_TRUE(press(dialog, "pbMaintenanceRemoveall"));
-        return asked;
+        return managed(dialog);
     }
 };
 
-TEST_F(Maintenance, ShowsWhatItOffers)
-{
-    describe(s_caTwo);
-    free(CDInstPtr->pProductName);
-    CDInstPtr->pProductName = strdup("A%sB");
-    Widget dialog = show();
-
-    EXPECT_EQ("Welcome to the A%sB installation maintenance program.",
-              label(dialog, "laMaintenanceWelcome"));
-    EXPECT_EQ("A%sB setup", title(dialog));
-    EXPECT_EQ(resourceOf<Dimension>(OV_instFindWidget(dialog, "pbMaintenanceAddRemove"), XmNwidth),
-              resourceOf<Dimension>(OV_instFindWidget(dialog, "pbMaintenanceRemoveall"), XmNwidth));
-    EXPECT_TRUE(OV_instMaintenanceExists());
-}
-
 TEST_F(Maintenance, OneSuiteCannotBeAddedOrRemoved)
 {
-    static const struct {
-        const char *pConfigs;
-        bool bSensitive;
-    } s_aRows[] = {
+    static const std::pair<const char *, bool> s_aRows[] = {
         {"2 CusDlg '' '' '' 0 3\n3 Suite 'P' '' '' 1\n", false},
         {"2 CusDlg '' '' '' 0 3 4\n3 Suite 'P' '' '' 1\n4 Suite 'Q' '' '' 1\n", true},
         {"2 CusDlg '' '' '' 0 3\n3 CusDlg '' '' '' 1 4\n4 Suite 'Q' '' '' 1\n", true},
@@ -59,32 +27,31 @@ TEST_F(Maintenance, OneSuiteCannotBeAddedOrRemoved)
         {"2 Suite 'P' '' '' 1\n", true},
     };
 
-    for (const auto &row : s_aRows) {
-        describe(row.pConfigs);
+    for (const auto &[pConfigs, bSensitive] : s_aRows) {
+        describe(pConfigs);
         Widget dialog = show();
-        Widget button = OV_instFindWidget(dialog, "pbMaintenanceAddRemove");
-        EXPECT_EQ(row.bSensitive, XtIsSensitive(button)) << row.pConfigs;
-        EXPECT_TRUE(XtIsSensitive(OV_instFindWidget(dialog, "pbMaintenanceRemoveall")));
+        Widget change = OV_instFindWidget(dialog, "pbMaintenanceAddRemove");
+        Widget remove = OV_instFindWidget(dialog, "pbMaintenanceRemoveall");
+        EXPECT_EQ(bSensitive, XtIsSensitive(change)) << pConfigs;
+        EXPECT_TRUE(XtIsSensitive(remove));
+        EXPECT_EQ(change->core.width, remove->core.width);
         XtDestroyWidget(XtParent(dialog));
         settle();
     }
     OV_DisableAddButtonIfNecessary(); /* without a dialog */
 }
 
-TEST_F(Maintenance, RemoveAllAsksFirst)
+TEST_F(Maintenance, ARemovalThatCannotStartLeavesThePage)
 {
     describe(s_caTwo);
     setStates("2:11 3:11 4:00 5:01");
     Widget dialog = show();
-
-    EXPECT_EQ("Remove all files - are you sure ?", removeAll(dialog, XmDIALOG_CANCEL_BUTTON));
-    EXPECT_EQ(dialog, shown("mbMaintenance"));
-    EXPECT_EQ("2:11 3:11 5:01 +", states());
-
     free(CDInstPtr->pInstallDir); /* so that no run can start */
     CDInstPtr->pInstallDir = nullptr;
-    EXPECT_EQ("Invalid arguments to CommandLineInstall\n",
-              told([&] { (void)removeAll(dialog, XmDIALOG_OK_BUTTON); }));
+    EXPECT_EQ("Invalid arguments to CommandLineInstall\n", told([&] {
+                  EXPECT_EQ("Remove all files - are you sure ?|",
+                            whileUsed({"y"}, [&] { press(dialog, "pbMaintenanceRemoveall"); }));
+              }));
     EXPECT_EQ("2:11 3:11 5:01 +", states()) << "marks that are left come into the next run";
     EXPECT_NE(nullptr, shown("mbMaintenance")) << "no window is left";
 }

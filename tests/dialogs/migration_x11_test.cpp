@@ -3,35 +3,21 @@
 #include "dialogs/Migration.h"
 
 #include <Xm/List.h>
-#include <Xm/TextF.h>
 
 #include "dialogTest.h"
-#include "dialogs/userHome.h"
 
 static const char s_caPreferences[] = "/Data/Preferences/cpm.cpm";
 
 struct Migration : DialogTest {
     Widget m_dialog = nullptr;
 
-    void SetUp() override
-    {
-        DialogTest::SetUp();
-        if (IsSkipped())
-            return;
-        if (!OV_instGetMainTopLevelShell())
-            (void)OV_instCreateMainTopLevelShell(s_application);
-        SetDefaultUserHome(nullptr);
-        describe("1 MainDlg 'T' 'D' '' 10\n10 Suite 'P' '' '' 1\n");
-    }
     void TearDown() override
     {
-        SetDefaultUserHome(nullptr);
         free(g_pPrefPath);
         g_pPrefPath = nullptr;
         g_iDoMigrate = 0;
         DialogTest::TearDown();
     }
-    static Widget shell() { return OV_instGetMainTopLevelShell(); }
     /* Three preferences, and much that is none, in the home of the test. */
     void makeHome()
     {
@@ -41,18 +27,10 @@ struct Migration : DialogTest {
         fs::create_directories(full(std::string("@/Orvane/folder") + s_caPreferences));
         put("@/Orvane/file", "");
     }
-    void show()
-    {
-        m_dialog = CreatemigrationDlg(shell());
-        XtManageChild(m_dialog);
-        settle();
-    }
+    void show() { m_dialog = managed(CreatemigrationDlg(main())); }
     std::string field(const char *pName)
     {
-        char *pText = XmTextFieldGetString(OV_instFindWidget(m_dialog, pName));
-        std::string text = pText;
-        XtFree(pText);
-        return shortened(text);
+        return shortened(textIn(OV_instFindWidget(m_dialog, pName)));
     }
     /* The list's items, the selected ones with a star. */
     std::string list()
@@ -64,46 +42,17 @@ struct Migration : DialogTest {
             text += (XmListPosSelected(shown, i + 1) ? "*" : " ") + components(items[i]).substr(2);
         return shortened(text);
     }
-    /* Answers the browser with one path after the other, each 300 ms; a message is kept and its
-     * second button pressed where it has one. */
-    std::string browse(const char *pButton, const std::vector<std::string> &paths,
-                       const char *pAnswer = "OK")
+    std::string browse(const char *pButton, const Steps &steps)
     {
-        std::string messages;
-        std::vector<std::unique_ptr<Later>> steps;
-        unsigned long lAt = 0;
-        for (const std::string &path : paths) {
-            steps.push_back(std::make_unique<Later>(shell(), lAt += 300, [&, path] {
-                Widget box = openBox("fsbChangeDestinationSelection");
-                ASSERT_NE(nullptr, box);
-                XmTextFieldSetString(XtNameToWidget(box, "Text"), (char *)full(path).c_str());
-                EXPECT_TRUE(press(box, path.empty() ? "Cancel" : "OK"));
-            }));
-            steps.push_back(std::make_unique<Later>(shell(), lAt += 200, [&] {
-                if (Widget box = openBox()) {
-                    messages +=
-                        shortened(labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL)) + "|");
-                    EXPECT_TRUE(press(box, pAnswer));
-                }
-            }));
-        }
-        EXPECT_TRUE(press(m_dialog, pButton));
-        EXPECT_EQ(nullptr, openBox("fsbChangeDestinationSelection"));
-        return messages;
+        return whileUsed(steps, [&] { EXPECT_TRUE(press(m_dialog, pButton)); });
     }
-    /* DoMigrate with its message answered: "RESULT MESSAGE" and what was printed. */
-    std::string migrate()
+    /* DoMigrate: "RESULT MESSAGE" and what was printed. */
+    std::string migrate(const Steps &answer = {})
     {
-        std::string message;
+        std::string message, out;
         int iResult = 0;
-        Later answer(shell(), 400, [&] {
-            if (Widget box = openBox()) {
-                message = labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL));
-                EXPECT_TRUE(press(box, "OK"));
-            }
-        });
-        const std::string out = shortened(printed([&] { iResult = DoMigrate(shell()); }));
-        return std::to_string(iResult) + " " + message + out;
+        out = printed([&] { message = whileUsed(answer, [&] { iResult = DoMigrate(main()); }); });
+        return std::to_string(iResult) + " " + message + shortened(out);
     }
     void choose(const std::string &path)
     {
@@ -121,10 +70,6 @@ TEST_F(Migration, OffersWhatHoldsPreferences)
     EXPECT_EQ("@/Orvane/v3", field("textFieldPath"));
     EXPECT_EQ("@", field("textFieldUserRoot"));
     EXPECT_EQ(full("@/Orvane/v3"), g_pPrefPath);
-    EXPECT_EQ("Setup can automatically migrate any selected preferences from a previous version \n"
-              "of ORVANE|KIVO to the current installation.\n\nSelect a preferences path below, or "
-              "click 'Browse' for another location.",
-              label(m_dialog, "labelDescription2"));
 
     Widget toggle = OV_instFindWidget(m_dialog, "toggleButtonMigrate");
     for (bool bOn : {false, true, false}) {
@@ -160,29 +105,28 @@ TEST_F(Migration, BrowsesForPreferences)
     fs::create_directories(full("@/else/100%s"));
     show();
     XmToggleButtonSetState(OV_instFindWidget(m_dialog, "toggleButtonMigrate"), True, True);
-    EXPECT_EQ("", browse("pushButtonBrowse", {""})); /* Cancel */
+    EXPECT_EQ("", browse("pushButtonBrowse", {"c"}));
     EXPECT_EQ("*'@/Orvane/v3' '@/Orvane/v2 beta' '@/Orvane/v1'", list());
     EXPECT_EQ(std::string(s_caRefused) + s_caRefused,
-              browse("pushButtonBrowse", {"@/else/100%s", "@/Orvane/folder", "@/else/old/"}));
+              browse("pushButtonBrowse",
+                     {">@/else/100%s", "y", ">@/Orvane/folder", "y", ">@/else/old/"}));
     EXPECT_EQ("@/else/old", field("textFieldPath"));
     EXPECT_EQ(nullptr, g_pPrefPath);
-    EXPECT_EQ(" '@/Orvane/v3' '@/Orvane/v2 beta' '@/Orvane/v1'*'@/else/old'", list());
-
     fs::current_path(full("@/else"));
-    EXPECT_EQ("", browse("pushButtonBrowse", {"old"})); /* relative, and in the list already */
+    EXPECT_EQ("", browse("pushButtonBrowse", {">old"})); /* relative, and in the list already */
     EXPECT_EQ(" '@/Orvane/v3' '@/Orvane/v2 beta' '@/Orvane/v1'*'@/else/old'", list());
 }
 
 TEST_F(Migration, BrowsesForTheUsersRoot)
 {
+    const std::string question =
+        "The folder:\n'@/new/100%s'\ndoes not exist. Do you want to create it?|";
     setenv("USER", "me", 1);
     show();
-    EXPECT_EQ("The folder:\n'@/new/100%s'\ndoes not exist. Do you want to create it?|",
-              browse("pushButtonBrowse1", {"@/new/100%s", ""}, "Cancel"));
+    EXPECT_EQ(question, browse("pushButtonBrowse1", {">@/new/100%s", "n", "c"}));
     EXPECT_FALSE(exists("@/new"));
     EXPECT_EQ("@", field("textFieldUserRoot"));
-    EXPECT_EQ("The folder:\n'@/new/100%s'\ndoes not exist. Do you want to create it?|",
-              browse("pushButtonBrowse1", {"@/new/100%s"}));
+    EXPECT_EQ(question, browse("pushButtonBrowse1", {">@/new/100%s", "y"}));
     EXPECT_EQ(0755U, modeOf("@/new/100%s"));
     EXPECT_EQ("@/new/100%s/me", field("textFieldUserRoot"));
     unsetenv("USER");
@@ -196,21 +140,13 @@ TEST_F(Migration, ContinueKeepsTheChoiceOnlyWithTheToggle)
     SetConfigToInstall(config(1));
     show();
     Widget toggle = OV_instFindWidget(m_dialog, "toggleButtonMigrate");
-    const auto press = [&] {
-        Later answer(shell(), 200, [&] {
-            if (openBox())
-                (void)DialogTest::press(openBox(), "OK");
-        });
-        EXPECT_TRUE(DialogTest::press(m_dialog, "pushButtonOk"));
-        runFor(shell(), 300);
-    };
     XmToggleButtonSetState(toggle, True, True);
     XmTextFieldSetString(OV_instFindWidget(m_dialog, "textFieldPath"), (char *)"/typed/");
-    press();
+    (void)whileUsed({"y"}, [&] { press(m_dialog, "pushButtonOk"); });
     EXPECT_EQ(1, g_iDoMigrate);
     EXPECT_STREQ("/typed", g_pPrefPath);
     XmToggleButtonSetState(toggle, False, True);
-    press();
+    (void)whileUsed({"y"}, [&] { press(m_dialog, "pushButtonOk"); });
     EXPECT_EQ(0, g_iDoMigrate);
     SetConfigToInstall(nullptr);
 }
@@ -218,16 +154,11 @@ TEST_F(Migration, ContinueKeepsTheChoiceOnlyWithTheToggle)
 TEST_F(Migration, LeavingAsksFirst)
 {
     show();
-    std::string message;
-    Later resume(shell(), 200, [&] {
-        Widget box = openBox("mbExitSetup");
-        ASSERT_NE(nullptr, box);
-        message = labelOf(XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL));
-        EXPECT_TRUE(press(box, "OK"));
-    });
-    closeFrame(XtParent(m_dialog));
-    runFor(shell(), 500);
-    EXPECT_EQ("Are you sure you want to Exit?\nSetup has not yet modified any files.", message);
+    EXPECT_EQ("Are you sure you want to Exit?\nSetup has not yet modified any files.|",
+              whileUsed({"mbExitSetup:OK"}, [&] {
+                  closeFrame(XtParent(m_dialog));
+                  runFor(main(), 200);
+              }));
     EXPECT_TRUE(XtIsManaged(m_dialog));
 }
 
@@ -244,21 +175,19 @@ TEST_F(Migration, RunsTheApplication)
     g_iDoMigrate = 1;
     EXPECT_EQ("1 ", migrate());
     choose("@/old");
-    EXPECT_EQ("1 Preferences migrated successfully.\n"
-              "(cd D/; Application/bin/kivo -migrate @/old)\n",
-              migrate());
+    EXPECT_EQ(
+        "1 Preferences migrated successfully.\n|(cd D/; Application/bin/kivo -migrate @/old)\n",
+        migrate({"y"}));
     EXPECT_NE(std::string::npos, got(log).find("argument <-migrate>\nargument <@/old>\n"));
     EXPECT_EQ(nullptr, g_pPrefPath);
-    EXPECT_EQ("1 ", migrate());
 
     choose("@/it's; touch $HOME/trap"); /* one word */
-    EXPECT_EQ(0U, migrate().find("1 Preferences migrated successfully.\n"));
+    EXPECT_EQ(0U, migrate({"y"}).find("1 Preferences migrated successfully.\n|"));
     EXPECT_FALSE(exists("@/trap"));
     choose("@/none");
-    EXPECT_EQ("0 Unable to migrate preferences.\n"
-              "(cd D/; Application/bin/kivo -migrate @/none)\n",
-              migrate());
+    EXPECT_EQ("0 Unable to migrate preferences.\n|(cd D/; Application/bin/kivo -migrate @/none)\n",
+              migrate({"y"}));
     EXPECT_EQ(full("@/none"), g_pPrefPath);
     fs::remove_all(m_dest);
-    EXPECT_EQ("0 Unable to migrate preferences.\n", migrate()); /* nothing is run elsewhere */
+    EXPECT_EQ("0 Unable to migrate preferences.\n|", migrate({"y"})); /* nothing is run elsewhere */
 }

@@ -3,62 +3,43 @@
 #include "dialogs/SourcePrompt.h"
 
 #include "dialogTest.h"
-
-#include "browserScript.h"
-
 #include "engine/mediaPrompt.h"
 
 struct SourcePrompt : DialogTest {
-    int m_iResult = -1;
-
-    /* Asks for a file of the medium; what was seen. */
-    std::string query(const std::vector<std::string> &steps, const char *pFile = "dir/f%s.t*r")
-    {
-        std::deque<std::string> given;
-        for (const std::string &step : steps)
-            given.push_back(full(step));
-        BrowserScript script("Browser Install Directory", given);
-        m_iResult = OV_instQueryForSource(m_pipe.pStream, "Can't open", pFile);
-        settle();
-        EXPECT_EQ(nullptr, openBox("Browser Install Directory"));
-        script.stop();
-        return shortened(script.seen);
-    }
-    void SetUp() override
-    {
-        DialogTest::SetUp();
-        if (IsSkipped())
-            return;
-        describe("");
-        put("@/other medium/dir/f%s.t*r", "");
-        fs::create_directories(m_medium + "inner");
-    }
 };
 
-TEST_F(SourcePrompt, ShowsTheMediumAndTakesADirectoryThatHoldsTheFile)
+TEST_F(SourcePrompt, ShowsTheMediumAndAsksUntilItIsAnswered)
 {
-    const std::string question = "Can't open: dir/f%s.t*r|";
+    static const char s_caAsks[] = "Can't open: dir/f%s.t*r|";
+    static const struct {
+        Steps steps;
+        std::string seen;
+        int iResult;
+        const char *pRecords, *pSource;
+    } s_aRows[] = {
+        {{"n", "c", "y"}, std::string(s_caAsks) + s_caAsks, 0, "", "@/medium"},
+        {{"n", "c", "a"}, std::string(s_caAsks) + s_caAsks, 0, "-1 abort\n", "@/medium"},
+        {{"n", "?", ">M/inner", "y", ">", "y", ">@/other medium"},
+         s_caAsks +
+             std::string("Locate dir/f%s.t*r: M/ Source SetupFiles inner -> M/|"
+                         "File:\n     'dir/f%s.t*r'\nDoes not exist in directory:\n     "
+                         "'M/inner'.\nTry Again|File:\n     'dir/f%s.t*r'\nDoes not exist in "
+                         "directory:\n     ''.\nTry Again|"),
+         1,
+         "",
+         "@/other medium"},
+    };
 
-    EXPECT_EQ(question +
-                  "Locate dir/f%s.t*r: M/ Source SetupFiles inner -> M/|"
-                  "File:\n     'dir/f%s.t*r'\nDoes not exist in directory:\n     'M/inner'.\n"
-                  "Try Again|File:\n     'dir/f%s.t*r'\nDoes not exist in directory:\n     ''.\n"
-                  "Try Again|",
-              query({"n", "?", ">M/inner", "y", ">", "y", ">@/other medium"}));
-    EXPECT_EQ(1, m_iResult);
-    EXPECT_EQ("@/other medium", shortened(OV_instGetSourceDirectory()));
-    EXPECT_EQ("", records());
-}
-
-TEST_F(SourcePrompt, GivingUpLeavesTheSourceAndAsksAgain)
-{
-    const std::string question = "Can't open: dir/f%s.t*r|";
-
-    EXPECT_EQ(question + question, query({"n", "c", "y"}));
-    EXPECT_EQ(0, m_iResult);
-    EXPECT_EQ("", records());
-    EXPECT_EQ(question + question, query({"n", "c", "a"}));
-    EXPECT_EQ(0, m_iResult);
-    EXPECT_EQ("-1 abort\n", records());
-    EXPECT_EQ(m_medium, std::string(OV_instGetSourceDirectory()) + "/");
+    put("@/other medium/dir/f%s.t*r", "");
+    fs::create_directories(m_medium + "inner");
+    for (const auto &row : s_aRows) {
+        int iResult = -1;
+        const auto ask = [&] {
+            iResult = OV_instQueryForSource(m_pipe.pStream, "Can't open", "dir/f%s.t*r");
+        };
+        EXPECT_EQ(row.seen, whileUsed(row.steps, ask, "Browser Install Directory"));
+        EXPECT_EQ(row.iResult, iResult);
+        EXPECT_EQ(row.pRecords, records());
+        EXPECT_EQ(fs::path(full(row.pSource) + "/"), fs::path(OV_instGetSourceDirectory()) / "");
+    }
 }

@@ -6,61 +6,26 @@
 #include <algorithm>
 
 #include <Xm/List.h>
-#include <Xm/TextF.h>
 
 #include "dialogTest.h"
-#include "dialogs/userHome.h"
 #include "ut/owned.h"
-#include "ut/privateFile.h"
 
 struct UpdateUser : DialogTest {
-    void SetUp() override
+    void prepare() override
     {
-        DialogTest::SetUp();
-        if (IsSkipped())
-            return;
         fs::create_directories(full("@/tmp"));
         fs::create_directories(full("@/home"));
         OV_instSetPrivateDirectory(full("@/tmp").c_str());
     }
-    void TearDown() override
-    {
-        OV_instSetPrivateDirectory(nullptr);
-        SetDefaultUserHome(nullptr);
-        DialogTest::TearDown();
-    }
-    static Widget shell() { return OV_instGetMainTopLevelShell(); }
     static Widget dialog() { return openBox("mbUpdateUser"); }
-    static std::string name()
-    {
-        return textIn(OV_instFindWidget(dialog(), "txUpdateUserUsername"));
-    }
-    static void setName(const char *pName)
-    {
-        XmTextFieldSetString(OV_instFindWidget(dialog(), "txUpdateUserUsername"), (char *)pName);
-    }
+    static Widget name() { return OV_instFindWidget(dialog(), "txUpdateUserUsername"); }
     static Widget userList() { return openBox("*listUpdateUserUsernames"); }
     /* Shows the dialog, uses it and continues. */
-    void use(std::function<void()> steps)
+    void use(const std::function<void()> &steps)
     {
-        Later later(shell(), 100, [&] {
-            ASSERT_NE(nullptr, dialog());
-            steps();
-            EXPECT_TRUE(press(dialog(), "Cancel"));
-        });
-        OV_instUpdateUser(shell(), full("D/").c_str());
+        (void)whileUsed({{"mbUpdateUser:Cancel", [&](Widget) { steps(); }}},
+                        [&] { OV_instUpdateUser(main(), full("D/").c_str()); });
         EXPECT_EQ(nullptr, dialog());
-    }
-    /* Presses Update and answers the message, which is the result. */
-    static std::string update()
-    {
-        std::string told = "none";
-        Later answer(shell(), 100, [&] {
-            told = message(openBox());
-            EXPECT_TRUE(press(openBox(), "OK"));
-        });
-        EXPECT_TRUE(press(dialog(), "OK"));
-        return told;
     }
     void copy(const char *pWhat)
     {
@@ -79,9 +44,6 @@ struct UpdateUser : DialogTest {
 TEST_F(UpdateUser, ListsTheUsersAndTakesTheOneChosen)
 {
     use([&] {
-        EXPECT_EQ("Update User", title(dialog()));
-        EXPECT_EQ("Update", label(dialog(), "OK"));
-        EXPECT_EQ("Continue", label(dialog(), "Cancel"));
         EXPECT_TRUE(press(dialog(), "pbUpdateUserSelectUser"));
         Widget list = userList();
         ASSERT_NE(nullptr, list);
@@ -100,7 +62,7 @@ TEST_F(UpdateUser, ListsTheUsersAndTakesTheOneChosen)
         EXPECT_TRUE(press(dialog(), "pbUpdateUserSelectUser")); /* no second window */
         XmListSelectPos(list, (int)(root - names.begin()) + 1, True);
         settle();
-        EXPECT_EQ("root", name());
+        EXPECT_EQ("root", textIn(name()));
         EXPECT_EQ(nullptr, userList());
 
         EXPECT_TRUE(press(dialog(), "pbUpdateUserSelectUser")); /* left open */
@@ -129,16 +91,14 @@ TEST_F(UpdateUser, PlacesOfTemporaryFilesThatCannotBeTrusted)
         });
     };
     put("@/victim", "precious\n");
-    const char *const apPlanted[] = {".kivo_install_tmp_names1", ".kivo_install_tmp_names", "none"};
-    for (const char *pPlanted : apPlanted) {
-        const std::string path = full(std::string("@/tmp/") + pPlanted);
-        if (std::string(pPlanted) == "none")
-            fs::remove_all(full("@/tmp")); /* the host has no such directory */
-        else
-            fs::create_symlink(full("@/victim"), path);
+    for (const char *pPlanted : {".kivo_install_tmp_names1", ".kivo_install_tmp_names"}) {
+        const fs::path path = full(std::string("@/tmp/") + pPlanted);
+        fs::create_symlink(full("@/victim"), path);
         EXPECT_EXIT(choose(), testing::ExitedWithCode(5), "") << pPlanted; /* by exit */
         fs::remove(path);
     }
+    fs::remove_all(full("@/tmp")); /* the host has no such directory */
+    EXPECT_EXIT(choose(), testing::ExitedWithCode(5), "");
     GTEST_FLAG_SET(death_test_style, "fast");
 }
 
@@ -148,9 +108,10 @@ TEST_F(UpdateUser, AnswersForWhoIsNamed)
     use([&] {
         EXPECT_TRUE(press(dialog(), "OK")); /* nobody: nothing happens */
         EXPECT_EQ(nullptr, openBox());
-        setName("nobody;touch /tmp/100%s");
-        EXPECT_EQ("ERROR: User nobody;touch /tmp/100%s doesn't exist.", update());
-        EXPECT_EQ("", name());
+        XmTextFieldSetString(name(), (char *)"nobody;touch /tmp/100%s");
+        EXPECT_EQ("ERROR: User nobody;touch /tmp/100%s doesn't exist.|",
+                  whileUsed({"y"}, [] { press(dialog(), "OK"); }));
+        EXPECT_EQ("", textIn(name()));
     });
 }
 
