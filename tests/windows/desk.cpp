@@ -1,63 +1,60 @@
 #include "windows/desk.h"
 
-#include <gtest/gtest.h>
-
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
-#include <memory>
-#include <sstream>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-/* The looks' own colours, see the resources: no other thing on the screen has them. */
-enum { BUTTON_COLOUR = 0xfcfcfc, CHECK_BORDER = 0x8a9197, CHECK_EMPTY = 0xffffff };
+/* ---- media ---- */
 
-/* ---- the sample medium ---- */
+ShownMedium::ShownMedium()
+{
+    if (mkdir(top.c_str(), 0700) < 0)
+        fs::create_directory(top = scratch / "setup");
+    fs::rename(place, top + "/medium");
+    place = top + "/medium";
+    dest = top + "/Orvane";
+    tree = dest + "/prod/";
+}
+
+ShownMedium::~ShownMedium()
+{
+    std::error_code ignored;
+
+    fs::remove_all(top, ignored);
+}
+
+bool ShownMedium::nobodyLeft() const
+{
+    return soon([&] { return processesNaming(place).empty(); }, 5);
+}
+
+void ShownMedium::offer(const std::string &operations)
+{
+    file("SetupFiles/eula.txt", "Use it as you like.\n");
+    describe("Package \"all\" \"All\"\n" + operations +
+                 "Suite \"Base\" all\nConfigBegin\n1 MainDlg \"Page\" \"text\" \"\" 4\n"
+                 "2 CusDlg \"List\" \"text\" \"\" 0 5\n4 Suite \"Base\" \"All of it\" \"\" 1\n"
+                 "5 Suite \"Base\" \"All of it\" \"\" 0\nConfigEnd\n",
+             usualHeader("NoDisplayLog\n"));
+}
 
 SampleMedium::SampleMedium()
 {
-    const std::string sample = SETUP_BUILD_DIR "/medium/";
-    std::string text;
-
-    for (const char *pName : {"Archives", "Files", "Gallery", "Setup", "SetupFiles"})
-        std::filesystem::create_symlink(sample + pName, place + "/" + pName);
-    std::istringstream lines(readFile(sample + "cdinst.dat"));
-    for (std::string line; std::getline(lines, line);)
-        if (line.compare(0, 17, "InstallDirectory ") != 0)
-            text += line + "\n";
-    file("cdinst.dat", text);
-    const size_t at = text.find("ProductDirectory ");
-    tree = dest + "/" + text.substr(at + 17, text.find('\n', at) - at - 17) + "/";
-}
-
-void SampleMedium::change(const std::string &from, const std::string &to)
-{
-    std::string text = readFile(place + "/cdinst.dat");
-    size_t at = text.find(from);
-
-    ASSERT_NE(std::string::npos, at) << from;
-    for (; at != std::string::npos; at = text.find(from, at + to.size()))
-        text.replace(at, from.size(), to);
-    file("cdinst.dat", text);
-}
-
-std::string onePage(const std::string &operations)
-{
-    return "Package \"all\" \"All\"\n" + operations +
-           "Suite \"Base\" all\nConfigBegin\n1 MainDlg \"Page\" \"text\" \"\" 4\n"
-           "2 CusDlg \"List\" \"text\" \"\" 0 5\n4 Suite \"Base\" \"All of it\" \"\" 1\n"
-           "5 Suite \"Base\" \"All of it\" \"\" 0\nConfigEnd\n";
+    must("cd " + place +
+         " && ln -s " SETUP_BUILD_DIR "/medium/[A-Z]* . && "
+         "sed '/^InstallDirectory /d' " SETUP_BUILD_DIR "/medium/cdinst.dat > cdinst.dat");
+    tree = dest + "/kivo/";
 }
 
 /* ---- the display ---- */
 
-static pid_t startProcess(const std::vector<std::string> &words, int iOut,
-                          const std::vector<std::string> &environment = {})
+static pid_t startProcess(const std::vector<std::string> &words, int iOut)
 {
     std::vector<char *> apWords;
     const pid_t iChild = fork();
@@ -65,8 +62,6 @@ static pid_t startProcess(const std::vector<std::string> &words, int iOut,
     if (iChild)
         return iChild;
     (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
-    for (const std::string &setting : environment)
-        putenv(strdup(setting.c_str()));
     for (const std::string &word : words)
         apWords.push_back(strdup(word.c_str()));
     apWords.push_back(nullptr);
@@ -76,8 +71,13 @@ static pid_t startProcess(const std::vector<std::string> &words, int iOut,
     _exit(127);
 }
 
+static int ignoreError(Display *, XErrorEvent *)
+{
+    return 0; /* a window that has gone meanwhile */
+}
+
 /* The server chooses a number that is free and tells it on the descriptor. */
-Desk::Desk(const std::string &screen, int iDpi)
+Desk::Desk(const std::string &screen)
 {
     int aEnds[2];
     char caNumber[16] = "";
@@ -86,16 +86,16 @@ Desk::Desk(const std::string &screen, int iDpi)
         abort();
     const int iNowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
     iServer = startProcess({"Xvfb", "-displayfd", std::to_string(aEnds[1]), "-screen", "0", screen,
-                            "-dpi", std::to_string(iDpi), "-nolisten", "tcp"},
+                            "-dpi", "96", "-nolisten", "tcp"},
                            iNowhere);
     close(aEnds[1]);
     close(iNowhere);
-    const ssize_t iRead = read(aEnds[0], caNumber, sizeof caNumber - 1);
-    close(aEnds[0]);
-    if (iRead > 0)
+    if (read(aEnds[0], caNumber, sizeof caNumber - 1) > 0)
         name = ":" + std::to_string(atoi(caNumber));
+    close(aEnds[0]);
     pDisplay = XOpenDisplay(name.c_str());
     EXPECT_NE(nullptr, pDisplay) << "no Xvfb";
+    XSetErrorHandler(ignoreError);
 }
 
 static void end(pid_t iProcess)
@@ -114,52 +114,25 @@ Desk::~Desk()
     end(iServer);
 }
 
-void Desk::start(const Medium &medium, const std::vector<std::string> &more)
+bool Desk::start(const Medium &medium, const Steps &steps)
 {
-    std::vector<std::string> words = {medium.place + "/setup", "-noroot", "-dest", medium.dest};
-
     end(iProgram);
-    words.insert(words.end(), more.begin(), more.end());
     out = medium.scratch / "printed";
     const int iOut = open(out.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    iProgram = startProcess(words, iOut,
-                            {"DISPLAY=" + name, "HOME=" + (medium.scratch / "home"), "USER=artist",
-                             "LC_ALL=C.UTF-8", "XENVIRONMENT=/dev/null"});
+    iProgram = startProcess({"env", "-C", medium.place, "DISPLAY=" + name,
+                             "HOME=" + (medium.scratch / "home"), "USER=artist", "LC_ALL=C.UTF-8",
+                             "XENVIRONMENT=/dev/null", medium.place + "/setup", "-noroot", "-dest",
+                             medium.dest},
+                            iOut);
     close(iOut);
+    return go(steps);
 }
 
-bool Desk::startAtMainPage(const Medium &medium)
-{
-    if (!std::filesystem::exists(medium.place + "/SetupFiles"))
-        writeFile(medium.place + "/SetupFiles/eula.txt", "Use it as you like.\n");
-    start(medium);
-    for (const char *pShell : {"dsWelcome", "dsEULA", "dsChangeDestination"})
-        if (!press(pShell, pShell[2] == 'C' ? 1 : 0))
-            return false;
-    return window("dsMainDlg") != 0;
-}
-
-static pid_t childOf(pid_t iParent)
-{
-    const std::string number = std::to_string(iParent);
-
-    return atoi(readFile("/proc/" + number + "/task/" + number + "/children").c_str());
-}
-
-pid_t Desk::stopAt(const std::string &shell)
-{
-    pid_t iChild = 0;
-
-    (void)soon([&] { return isShown(shell) && (iChild = childOf(iProgram)) > 0; });
-    EXPECT_TRUE(iChild > 0 && kill(-iChild, SIGSTOP) == 0) << printed();
-    return iChild;
-}
-
-int Desk::status(int iSeconds)
+int Desk::status()
 {
     int iStatus = 0;
 
-    if (!soon([&] { return waitpid(iProgram, &iStatus, WNOHANG) == iProgram; }, iSeconds))
+    if (!soon([&] { return waitpid(iProgram, &iStatus, WNOHANG) == iProgram; }))
         return -1;
     iProgram = -1;
     return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : 128 + WTERMSIG(iStatus);
@@ -167,17 +140,11 @@ int Desk::status(int iSeconds)
 
 /* ---- windows ---- */
 
-static int ignoreError(Display *, XErrorEvent *)
-{
-    return 0; /* a window that has gone meanwhile */
-}
-
 static unsigned long findShell(Display *pDisplay, const std::string &shell)
 {
     Window root = 0, parent = 0, found = 0;
     Window *aWindows = nullptr;
     unsigned iWindows = 0;
-    const auto before = XSetErrorHandler(ignoreError);
 
     XQueryTree(pDisplay, DefaultRootWindow(pDisplay), &root, &parent, &aWindows, &iWindows);
     for (unsigned i = iWindows; i-- > 0 && !found;) {
@@ -193,9 +160,12 @@ static unsigned long findShell(Display *pDisplay, const std::string &shell)
     }
     if (aWindows)
         XFree(aWindows);
-    XSync(pDisplay, False);
-    XSetErrorHandler(before);
     return found;
+}
+
+static bool holds(const Box &box, int iX, int iY)
+{
+    return iX >= box.iX && iY >= box.iY && iX < box.iX + box.iWidth && iY < box.iY + box.iHeight;
 }
 
 /* What the screen shows at a window's place, and where that is. */
@@ -203,7 +173,12 @@ struct Shot {
     Box place = {0, 0, 0, 0};
     std::vector<unsigned> pixels;
 
-    unsigned at(int iX, int iY) const { return pixels[(size_t)(iY * place.iWidth + iX)]; }
+    /* In the screen's coordinates. */
+    unsigned at(int iX, int iY) const
+    {
+        const size_t index = (size_t)((iY - place.iY) * place.iWidth + iX - place.iX);
+        return holds(place, iX, iY) ? pixels[index] : 0;
+    }
 };
 
 static Shot take(Display *pDisplay, unsigned long window)
@@ -211,48 +186,37 @@ static Shot take(Display *pDisplay, unsigned long window)
     Shot shot;
     XWindowAttributes info = {};
     Window child = 0;
-    const auto before = XSetErrorHandler(ignoreError);
-    const Window root = DefaultRootWindow(pDisplay);
 
-    if (window && XGetWindowAttributes(pDisplay, window, &info) &&
-        XTranslateCoordinates(pDisplay, window, root, 0, 0, &shot.place.iX, &shot.place.iY,
-                              &child)) {
-        const std::unique_ptr<XImage, int (*)(XImage *)> image(
-            XGetImage(pDisplay, window, 0, 0, (unsigned)info.width, (unsigned)info.height,
-                      AllPlanes, ZPixmap),
-            [](XImage *pImage) { return pImage ? XDestroyImage(pImage) : 0; });
-        if (image && image->bits_per_pixel == 32) {
-            shot.place.iWidth = info.width;
-            shot.place.iHeight = info.height;
-            shot.pixels.resize((size_t)(info.width * info.height));
-            for (int iY = 0; iY < info.height; iY++)
-                memcpy(&shot.pixels[(size_t)(iY * info.width)],
-                       image->data + iY * image->bytes_per_line, (size_t)info.width * 4);
-            for (unsigned &pixel : shot.pixels)
-                pixel &= 0xffffff;
-        }
-    }
-    XSync(pDisplay, False);
-    XSetErrorHandler(before);
+    if (!window || !XGetWindowAttributes(pDisplay, window, &info) ||
+        !XTranslateCoordinates(pDisplay, window, info.root, 0, 0, &shot.place.iX, &shot.place.iY,
+                               &child))
+        return shot;
+    XImage *pImage = XGetImage(pDisplay, window, 0, 0, (unsigned)info.width, (unsigned)info.height,
+                               0xffffff, ZPixmap);
+    if (!pImage)
+        return shot;
+    shot.place.iWidth = info.width;
+    shot.place.iHeight = info.height;
+    shot.pixels.resize((size_t)(info.width * info.height));
+    memcpy(shot.pixels.data(), pImage->data, shot.pixels.size() * 4); /* 32 bits, no padding */
+    XDestroyImage(pImage);
     return shot;
 }
 
 /* At rest: drawn, and the same twice. */
-unsigned long Desk::window(const std::string &shell, int iSeconds)
+unsigned long Desk::window(const std::string &shell)
 {
     unsigned long found = 0;
     std::vector<unsigned> last;
 
-    const bool bCame = soon(
-        [&] {
-            found = findShell(pDisplay, shell);
-            Shot shot = take(pDisplay, found);
-            const bool bRests = !shot.pixels.empty() && shot.pixels == last;
-            last = std::move(shot.pixels);
-            usleep(30000);
-            return bRests;
-        },
-        iSeconds);
+    const bool bCame = soon([&] {
+        found = findShell(pDisplay, shell);
+        Shot shot = take(pDisplay, found);
+        const bool bRests = !shot.pixels.empty() && shot.pixels == last;
+        last = std::move(shot.pixels);
+        usleep(30000);
+        return bRests;
+    });
     return bCame ? found : 0;
 }
 
@@ -261,9 +225,9 @@ bool Desk::isShown(const std::string &shell)
     return findShell(pDisplay, shell) != 0;
 }
 
-bool Desk::isGone(const std::string &shell, int iSeconds)
+bool Desk::isGone(const std::string &shell)
 {
-    return soon([&] { return !isShown(shell); }, iSeconds);
+    return soon([&] { return !isShown(shell); });
 }
 
 Box Desk::place(const std::string &shell)
@@ -279,45 +243,38 @@ void Desk::move(const std::string &shell, int iX, int iY)
 
 /* ---- what a window shows ---- */
 
-/* The bounding box of what hangs together with a pixel of its colour, which is marked as seen. */
-static Box spread(const Shot &shot, std::vector<bool> &seen, int iX, int iY)
-{
-    const unsigned colour = shot.at(iX, iY);
-    int iLeft = iX, iRight = iX, iTop = iY, iBottom = iY;
-    std::vector<std::pair<int, int>> left = {{iX, iY}};
+/* The looks' own colours, see the resources: no other thing on the screen of that size has them. */
+struct Kind {
+    unsigned colour;
+    int iLeastWidth, iLeastHeight, iMostWidth, iMostHeight;
+};
+static const Kind s_button = {0xfcfcfc, 28, 18, 400, 160};
+static const Kind s_check = {0x8a9197, 10, 10, 30, 30}; /* the line around it */
+enum { CHECK_EMPTY = 0xffffff };
 
-    while (!left.empty()) {
-        const auto [iAtX, iAtY] = left.back();
-        left.pop_back();
-        if (iAtX < 0 || iAtY < 0 || iAtX >= shot.place.iWidth || iAtY >= shot.place.iHeight)
-            continue;
-        const size_t index = (size_t)(iAtY * shot.place.iWidth + iAtX);
-        if (seen[index] || shot.pixels[index] != colour)
-            continue;
-        seen[index] = true;
-        iLeft = std::min(iLeft, iAtX), iRight = std::max(iRight, iAtX);
-        iTop = std::min(iTop, iAtY), iBottom = std::max(iBottom, iAtY);
-        for (const auto &step : {std::pair{1, 0}, {-1, 0}, {0, 1}, {0, -1}})
-            left.push_back({iAtX + step.first, iAtY + step.second});
-    }
-    return {shot.place.iX + iLeft, shot.place.iY + iTop, iRight - iLeft + 1, iBottom - iTop + 1};
-}
-
-/* The areas of a colour whose sizes fit, row by row; rows are things whose middles are close. */
-static std::vector<Box> areas(const Shot &shot, unsigned colour, const Box &least, const Box &most)
+/* Rectangles of a kind, by their upper and left edges. Row by row; a row is things whose middles
+ * are close. */
+static std::vector<Box> find(const Shot &shot, const Kind &kind)
 {
-    std::vector<bool> seen(shot.pixels.size());
     std::vector<Box> found;
     const auto rowOf = [](const Box &box) { return (box.iY + box.iHeight / 2) / 16; };
+    const auto is = [&](int iX, int iY) { return shot.at(iX, iY) == kind.colour; };
 
-    for (int iY = 0; iY < shot.place.iHeight; iY++)
-        for (int iX = 0; iX < shot.place.iWidth; iX++)
-            if (shot.at(iX, iY) == colour && !seen[(size_t)(iY * shot.place.iWidth + iX)]) {
-                const Box box = spread(shot, seen, iX, iY);
-                if (box.iWidth >= least.iWidth && box.iHeight >= least.iHeight &&
-                    box.iWidth <= most.iWidth && box.iHeight <= most.iHeight)
-                    found.push_back(box);
-            }
+    for (int iY = shot.place.iY; iY < shot.place.iY + shot.place.iHeight; iY++)
+        for (int iX = shot.place.iX; iX < shot.place.iX + shot.place.iWidth; iX++) {
+            Box box = {iX, iY, 1, 1};
+            if (!is(iX, iY) || is(iX - 1, iY) || is(iX, iY - 1) ||
+                std::any_of(found.begin(), found.end(),
+                            [&](const Box &other) { return holds(other, iX, iY); }))
+                continue;
+            while (is(iX + box.iWidth, iY))
+                box.iWidth++;
+            while (is(iX, iY + box.iHeight))
+                box.iHeight++;
+            if (box.iWidth >= kind.iLeastWidth && box.iHeight >= kind.iLeastHeight &&
+                box.iWidth <= kind.iMostWidth && box.iHeight <= kind.iMostHeight)
+                found.push_back(box);
+        }
     std::stable_sort(found.begin(), found.end(), [&](const Box &a, const Box &b) {
         return rowOf(a) != rowOf(b) ? rowOf(a) < rowOf(b) : a.iX < b.iX;
     });
@@ -326,12 +283,12 @@ static std::vector<Box> areas(const Shot &shot, unsigned colour, const Box &leas
 
 std::vector<Box> Desk::buttons(const std::string &shell)
 {
-    return areas(take(pDisplay, window(shell)), BUTTON_COLOUR, {0, 0, 28, 18}, {0, 0, 400, 160});
+    return find(take(pDisplay, window(shell)), s_button);
 }
 
 std::vector<Box> Desk::checks(const std::string &shell)
 {
-    return areas(take(pDisplay, window(shell)), CHECK_BORDER, {0, 0, 10, 10}, {0, 0, 30, 30});
+    return find(take(pDisplay, window(shell)), s_check);
 }
 
 bool Desk::showsButtons(const std::string &shell, size_t iCount)
@@ -339,23 +296,26 @@ bool Desk::showsButtons(const std::string &shell, size_t iCount)
     return soon([&] { return isShown(shell) && buttons(shell).size() == iCount; });
 }
 
-std::string Desk::marks(const std::string &shell)
+bool Desk::showsMarks(const std::string &shell, const std::string &marks)
 {
-    const Shot shot = take(pDisplay, window(shell));
-    std::string marks;
+    std::string shown;
 
-    for (const Box &box : areas(shot, CHECK_BORDER, {0, 0, 10, 10}, {0, 0, 30, 30})) {
-        const unsigned corner = shot.at(box.iX - shot.place.iX + 2, box.iY - shot.place.iY + 2);
-        marks += corner == CHECK_EMPTY ? '-' : 'x';
-    }
-    return marks;
+    const bool bRight = soon([&] {
+        const Shot shot = take(pDisplay, window(shell));
+        shown.clear();
+        for (const Box &box : find(shot, s_check))
+            shown += shot.at(box.iX + 2, box.iY + 2) == CHECK_EMPTY ? '-' : 'x';
+        return shown == marks;
+    });
+    EXPECT_EQ(marks, shown);
+    return bRight;
 }
 
 /* ---- the pointer and the keyboard ---- */
 
 static void doIt(const Desk &desk, const std::string &command)
 {
-    EXPECT_EQ(0, system(("DISPLAY=" + desk.name + " xdotool " + command).c_str())) << command;
+    must("DISPLAY=" + desk.name + " xdotool " + command);
 }
 
 void Desk::click(int iX, int iY)
@@ -364,47 +324,35 @@ void Desk::click(int iX, int iY)
                     " mousedown 1 mouseup 1"); /* "click" takes ten times as long */
 }
 
-static bool clickOne(Desk &desk, const std::vector<Box> &boxes, int iNumber)
+static bool take(Desk &desk, const Step &step)
 {
-    const int iIndex = iNumber < 0 ? (int)boxes.size() + iNumber : iNumber;
+    std::vector<Box> boxes;
+    const bool bCheck = step.iThing >= CHECK;
+    const int iNumber = bCheck ? step.iThing - CHECK : step.iThing;
+    const size_t iLeast = iNumber < 0 ? (size_t)-iNumber : (size_t)iNumber + 1;
 
-    if (iIndex < 0 || iIndex >= (int)boxes.size()) {
-        ADD_FAILURE() << "only " << boxes.size() << " to click at, not " << iNumber;
+    if (step.pPicture)
+        desk.picture(step.pShell, step.pPicture);
+    const unsigned long left = desk.window(step.pShell);
+    if (!left || !soon([&] {
+            boxes = bCheck ? desk.checks(step.pShell) : desk.buttons(step.pShell);
+            return boxes.size() >= iLeast;
+        }))
         return false;
-    }
-    const Box &box = boxes[(size_t)iIndex];
+    const Box &box = boxes[iNumber < 0 ? boxes.size() - iLeast : (size_t)iNumber];
     desk.click(box.iX + box.iWidth / 2, box.iY + box.iHeight / 2);
+    return bCheck || step.after == STAYS ||
+           soon([&] { return findShell(desk.pDisplay, step.pShell) != left; });
+}
+
+bool Desk::go(const Steps &steps)
+{
+    for (const Step &step : steps)
+        if (!take(*this, step)) {
+            ADD_FAILURE() << step.pShell << ", " << step.iThing << "\n" << printed();
+            return false;
+        }
     return true;
-}
-
-bool Desk::press(const std::string &shell, int iButton)
-{
-    SCOPED_TRACE(shell);
-    return clickOne(*this, buttons(shell), iButton);
-}
-
-bool Desk::check(const std::string &shell, int iBox)
-{
-    SCOPED_TRACE(shell);
-    return clickOne(*this, checks(shell), iBox);
-}
-
-static bool isViewable(Display *pDisplay, unsigned long window)
-{
-    XWindowAttributes info = {};
-    const auto before = XSetErrorHandler(ignoreError);
-    const bool bThere = XGetWindowAttributes(pDisplay, window, &info) != 0;
-
-    XSync(pDisplay, False);
-    XSetErrorHandler(before);
-    return bThere && info.map_state == IsViewable;
-}
-
-bool Desk::leave(const std::string &shell, int iButton)
-{
-    const unsigned long left = window(shell);
-
-    return press(shell, iButton) && soon([&] { return !isViewable(pDisplay, left); });
 }
 
 static void giveKeyboard(Desk &desk, const std::string &shell)
@@ -413,9 +361,7 @@ static void giveKeyboard(Desk &desk, const std::string &shell)
 
     if (!given)
         return;
-    /* Where the pointer is must not matter: it is out of the way. */
-    doIt(desk, "mousemove " + std::to_string(DisplayWidth(desk.pDisplay, 0) - 1) + " " +
-                   std::to_string(DisplayHeight(desk.pDisplay, 0) - 1));
+    doIt(desk, "mousemove 9999 9999"); /* it must not matter where the pointer is */
     XSetInputFocus(desk.pDisplay, given, RevertToPointerRoot, CurrentTime);
     XSync(desk.pDisplay, False);
     usleep(20000);
@@ -427,31 +373,31 @@ static void giveKeyboard(Desk &desk, const std::string &shell)
 void Desk::keys(const std::string &shell, const std::string &names)
 {
     std::istringstream words(names);
-    bool bFirst = true;
 
     giveKeyboard(*this, shell);
-    for (std::string key; words >> key; bFirst = false) {
-        if (!bFirst) {
-            usleep(40000);
-            (void)window(shell);
-        }
+    for (std::string key; words >> key;) {
         doIt(*this, "key --delay 10 " + key);
+        if (words.eof())
+            break;
+        usleep(40000);
+        (void)window(shell);
     }
 }
 
-void Desk::type(const std::string &shell, const std::string &text)
+void Desk::choose(const std::string &browser, const std::string &path)
 {
-    giveKeyboard(*this, shell);
-    doIt(*this, "type --delay 4 '" + text + "'");
+    const Box ok = buttons(browser).at(0);
+
+    click(ok.iX + ok.iWidth / 2, ok.iY - 50);
+    keys(browser, "ctrl+slash");
+    doIt(*this, "type --delay 4 '" + path + "'");
 }
 
 void Desk::picture(const std::string &shell, const std::string &name_)
 {
     const unsigned long shown = window(shell);
-    const std::string directory = SETUP_BUILD_DIR "/pictures";
 
     ASSERT_NE(0u, shown) << shell;
-    std::filesystem::create_directories(directory);
-    must("import -display " + name + " -window " + std::to_string(shown) + " " + directory + "/" +
-         name_ + ".png");
+    must("mkdir -p " SETUP_BUILD_DIR "/pictures && import -display " + name + " -window " +
+         std::to_string(shown) + " " SETUP_BUILD_DIR "/pictures/" + name_ + ".png");
 }

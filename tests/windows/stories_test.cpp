@@ -2,152 +2,129 @@
 
 #include "windows/desk.h"
 
-static const char s_caBox[] = "Orvane Message";
 static const char s_caBrowser[] = "dsChangeDestinationSelection";
 
-/* Buttons by their number on the page, row by row. */
-enum { FIRST = 0, LAST = -1 };
+/* Things by their number on the page. */
 enum { YES = 0, NO = 1 };
 enum { DESTINATION_CHANGE = 0, DESTINATION_OK = 1 };
-enum { MAIN_CUSTOM = 1 };
-enum { LIST_CHANGE = 1, LIST_OK = -2 };
+enum { MAIN_SUITE = 0, MAIN_CUSTOM = 1, MAIN_OTHER = 2 };
+enum { LIST_ALL = 0, LIST_CHANGE = 1, LIST_OK = -2, LIST_CANCEL = -1 };
+enum { GALLERY = CHECK + 2, DEVELOPMENT = CHECK + 3 };
 enum { MAINTAIN_CHANGE = 0, MAINTAIN_REMOVE = 1 };
 enum { QUESTION_RESUME = 0, QUESTION_EXIT = 1 };
-enum { PROMPT_CONTINUE = 0, PROMPT_BROWSE = 1 };
 
-/* Replaces what the browser proposes: its field is the one above the buttons. */
-static void choose(Desk &desk, const std::string &browser, const std::string &path)
-{
-    const Box ok = desk.buttons(browser).at(0);
-
-    desk.click(ok.iX + ok.iWidth / 2, ok.iY - 50);
-    desk.keys(browser, "ctrl+slash");
-    desk.type(browser, path);
-}
-
-static bool nobodyLeft(const Medium &medium)
-{
-    return soon([&] { return processesNaming(medium.scratch / "").empty(); }, 5);
-}
+static const Steps s_toDestination = {{"dsWelcome", FIRST}, {"dsEULA", FIRST}};
 
 struct Stories : testing::Test {
     SampleMedium medium;
     Desk desk;
 
-    std::string history() { return medium.installed("SetupFiles/.kivo.his"); }
-
     /* From the terminal: what the first run leaves is all that matters. */
     void installUnattended() { ASSERT_EQ(0, medium.install().iStatus); }
 
-    bool startAtDestination()
+    bool startAtMainPage()
     {
-        desk.start(medium);
-        return desk.leave("dsWelcome", FIRST) && desk.leave("dsEULA", FIRST) &&
-               desk.window("dsChangeDestination") != 0;
+        return desk.start(medium, s_toDestination) &&
+               desk.go({{"dsChangeDestination", DESTINATION_OK}});
     }
 
     /* From the progress dialog on. */
-    void finish()
+    void finish(const char *pPicture = nullptr)
     {
-        ASSERT_TRUE(desk.leave("dsViewlog", LAST)) << desk.printed();
-        ASSERT_TRUE(desk.leave(s_caBox, FIRST));
+        ASSERT_TRUE(desk.go({{"dsViewlog", LAST}, {s_caBox, FIRST, pPicture}}));
         EXPECT_EQ(0, desk.status());
         EXPECT_EQ(std::string::npos, desk.printed().find("Warning")) << desk.printed();
-        EXPECT_TRUE(nobodyLeft(medium));
+        EXPECT_TRUE(medium.nobodyLeft());
     }
 };
 
 TEST_F(Stories, ANewInstallationInANewDirectory)
 {
-    const std::string chosen = medium.scratch / "opt/of its own";
+    const std::string chosen = medium.top + "/opt/Orvane 3";
 
-    desk.start(medium);
-    desk.picture("dsWelcome", "welcome");
-    ASSERT_TRUE(desk.leave("dsWelcome", FIRST)) << desk.printed();
-    desk.picture("dsEULA", "agreement");
-    ASSERT_TRUE(desk.leave("dsEULA", FIRST));
-    ASSERT_TRUE(desk.press("dsChangeDestination", DESTINATION_CHANGE));
-    choose(desk, s_caBrowser, chosen);
-    desk.picture(s_caBrowser, "destination-browser");
-    ASSERT_TRUE(desk.press(s_caBrowser, FIRST));
-    desk.picture(s_caBox, "destination-create");
-    ASSERT_TRUE(desk.leave(s_caBox, NO));
-    EXPECT_TRUE(desk.isShown(s_caBrowser));
-    EXPECT_FALSE(std::filesystem::exists(chosen));
-    ASSERT_TRUE(desk.press(s_caBrowser, FIRST));
-    ASSERT_TRUE(desk.leave(s_caBox, YES));
+    ASSERT_TRUE(desk.start(medium, {{"dsWelcome", FIRST, "welcome"},
+                                    {"dsEULA", FIRST, "agreement"},
+                                    {"dsChangeDestination", DESTINATION_CHANGE, nullptr, STAYS}}));
+    desk.choose(s_caBrowser, chosen);
+    ASSERT_TRUE(desk.go(
+        {{s_caBrowser, FIRST, "destination-browser", STAYS}, {s_caBox, NO, "destination-create"}}));
+    EXPECT_FALSE(fs::exists(chosen));
+    ASSERT_TRUE(desk.go({{s_caBrowser, FIRST, nullptr, STAYS}, {s_caBox, YES}}));
     ASSERT_TRUE(desk.isGone(s_caBrowser));
-    EXPECT_TRUE(std::filesystem::is_directory(chosen));
-    desk.picture("dsChangeDestination", "destination");
-    ASSERT_TRUE(desk.leave("dsChangeDestination", DESTINATION_OK));
+    EXPECT_TRUE(fs::is_directory(chosen));
+    ASSERT_TRUE(desk.go({{"dsChangeDestination", DESTINATION_OK, "destination"},
+                         {"dsMainDlg", MAIN_OTHER, "main", STAYS}}));
 
-    ASSERT_TRUE(desk.leave("dsMainDlg", MAIN_CUSTOM));
-    ASSERT_TRUE(desk.check("dsCustomDlg", 2)); /* no gallery */
-    ASSERT_TRUE(desk.leave("dsCustomDlg", LIST_OK));
-    desk.picture("dsViewlog", "log-dialog");
-    ASSERT_TRUE(desk.press("dsViewlog", FIRST));
-    desk.picture("dsLogViewer", "log-window");
-    EXPECT_GT(desk.place("dsLogViewer").iHeight, 600);
-    ASSERT_TRUE(desk.leave("dsLogViewer", FIRST));
-    finish();
+    ASSERT_TRUE(desk.showsButtons("dsMainDlg", 4));
+    ASSERT_TRUE(desk.go({{"dsMainDlg", LAST, "page", STAYS}}));
+    ASSERT_TRUE(desk.showsButtons("dsMainDlg", 5));
+    ASSERT_TRUE(desk.go({{"dsMainDlg", MAIN_CUSTOM},
+                         {"dsCustomDlg", LIST_CANCEL},
+                         {"dsMainDlg", MAIN_CUSTOM},
+                         {"dsCustomDlg", LIST_ALL, "custom", STAYS}}));
+    ASSERT_TRUE(desk.showsMarks("dsCustomDlg", "xxxxx"));
+    /* A group's own mark leaves its members alone: they are not to come. */
+    ASSERT_TRUE(desk.go({{"dsCustomDlg", GALLERY},
+                         {"dsCustomDlg", DEVELOPMENT},
+                         {"dsCustomDlg", LIST_CHANGE, nullptr, STAYS}}));
+    ASSERT_TRUE(desk.showsMarks("dsCustomDlg", "xx"));
+    ASSERT_TRUE(desk.go(
+        {{"dsCustomDlg", CHECK + 1, "custom-nested"}, {"dsCustomDlg", LIST_OK, nullptr, STAYS}}));
+    ASSERT_TRUE(desk.showsMarks("dsCustomDlg", "xx--x"));
+    ASSERT_TRUE(desk.go({{"dsCustomDlg", LIST_OK},
+                         {"dsViewlog", FIRST, "log-dialog", STAYS},
+                         {"dsLogViewer", FIRST, "log-window"}}));
+    finish("completed");
 
     medium.tree = chosen + "/kivo/";
     EXPECT_TRUE(medium.has("Application/bin/kivo"));
     EXPECT_TRUE(medium.has("Documents/manual/index.html"));
     EXPECT_FALSE(medium.has("Gallery"));
-    EXPECT_FALSE(std::filesystem::exists(medium.dest));
-    const std::string log = medium.log();
-    EXPECT_NE(std::string::npos, log.find("Installation Completed\n")) << log;
-    EXPECT_NE(std::string::npos, history().find("Package \"manual\" Installed\n")) << history();
-    EXPECT_EQ(std::string::npos, history().find("gallery")) << history();
+    EXPECT_FALSE(fs::exists(medium.dest));
+    EXPECT_NE(std::string::npos, medium.log().find("Installation Completed\n")) << medium.log();
+    EXPECT_NE(std::string::npos, medium.history().find("headers"));
+    EXPECT_EQ(std::string::npos, medium.history().find("plugins"));
 }
 
 TEST_F(Stories, AnInstallationIsChanged)
 {
-    medium.change("\"Everything.\" \"\" 1 61 62 63 64 65", "\"Everything.\" \"\" 1 61 62 63 65");
-    medium.change("\"\" 1 66 67 68", "\"\" 1 66");
+    must("sed -i -e '/\"Everything.\"/s/ 64//' -e '/\"\" 1 66 67 68/s/ 67 68//' " + medium.place +
+         "/cdinst.dat"); /* no gallery, no plug-ins, nothing that is shared */
     installUnattended();
     ASSERT_TRUE(medium.has("Developer/include"));
-    ASSERT_FALSE(medium.has("Gallery"));
 
-    desk.start(medium);
-    desk.picture("dsMaintenance", "maintenance");
-    ASSERT_TRUE(desk.leave("dsMaintenance", MAINTAIN_CHANGE)) << desk.printed();
-    ASSERT_EQ("xx-x-", desk.marks("dsCustomDlg")); /* half of the group is there */
-    ASSERT_TRUE(desk.check("dsCustomDlg", 2));     /* the gallery comes */
-    const Box group = desk.checks("dsCustomDlg")[3];
+    ASSERT_TRUE(desk.start(medium, {{"dsMaintenance", MAINTAIN_CHANGE, "maintenance"}}));
+    ASSERT_TRUE(desk.showsMarks("dsCustomDlg", "xx-x-")); /* half of the group is there */
+    ASSERT_TRUE(desk.go({{"dsCustomDlg", GALLERY}}));
+    const Box group = desk.checks("dsCustomDlg").at(3);
     desk.click(group.iX + 60, group.iY + 5); /* its name */
-    ASSERT_TRUE(desk.press("dsCustomDlg", LIST_CHANGE));
-    ASSERT_TRUE(soon([&] { return desk.marks("dsCustomDlg") == "x-"; }));
-    ASSERT_TRUE(desk.check("dsCustomDlg", 0)); /* the developer kit goes */
-    ASSERT_TRUE(desk.press("dsCustomDlg", LIST_OK));
-    ASSERT_TRUE(soon([&] { return desk.marks("dsCustomDlg") == "xxxx-"; }));
-    desk.picture("dsCustomDlg", "maintenance-custom");
-    ASSERT_TRUE(desk.leave("dsCustomDlg", LIST_OK));
+    ASSERT_TRUE(desk.go({{"dsCustomDlg", LIST_CHANGE, nullptr, STAYS}}));
+    ASSERT_TRUE(desk.showsMarks("dsCustomDlg", "x-"));
+    ASSERT_TRUE(desk.go({{"dsCustomDlg", CHECK}, {"dsCustomDlg", LIST_OK, nullptr, STAYS}}));
+    ASSERT_TRUE(desk.showsMarks("dsCustomDlg", "xxxx-"));
+    ASSERT_TRUE(desk.go({{"dsCustomDlg", LIST_OK, "maintenance-custom"}}));
     finish();
     EXPECT_TRUE(medium.has("Gallery"));
     EXPECT_FALSE(medium.has("Developer"));
     EXPECT_TRUE(medium.has("Application/share/definitions")); /* the application needs it, too */
-    EXPECT_EQ(std::string::npos, history().find("headers")) << history();
+    EXPECT_EQ(std::string::npos, medium.history().find("headers")) << medium.history();
 
-    desk.start(medium);
-    ASSERT_TRUE(desk.leave("dsMaintenance", MAINTAIN_CHANGE)) << desk.printed();
-    EXPECT_EQ("xxx--", desk.marks("dsCustomDlg"));
+    ASSERT_TRUE(desk.start(medium, {{"dsMaintenance", MAINTAIN_CHANGE}}));
+    EXPECT_TRUE(desk.showsMarks("dsCustomDlg", "xxx--"));
 }
 
-TEST_F(Stories, AllIsRemoved)
+TEST_F(Stories, ASuiteIsInstalledAndAllIsRemoved)
 {
-    installUnattended();
+    ASSERT_TRUE(startAtMainPage() && desk.go({{"dsMainDlg", MAIN_SUITE}}));
+    finish();
+    EXPECT_TRUE(medium.has("Application/bin/kivo"));
+    EXPECT_NE(std::string::npos, medium.history().find("core")) << medium.history();
     const auto before = medium.listing();
 
-    desk.start(medium);
-    ASSERT_TRUE(desk.press("dsMaintenance", MAINTAIN_REMOVE)) << desk.printed();
-    desk.picture(s_caBox, "remove-all");
-    ASSERT_TRUE(desk.leave(s_caBox, NO));
-    EXPECT_TRUE(desk.isShown("dsMaintenance"));
+    ASSERT_TRUE(desk.start(
+        medium, {{"dsMaintenance", MAINTAIN_REMOVE, nullptr, STAYS}, {s_caBox, NO, "remove-all"}}));
     EXPECT_EQ(before, medium.listing());
-    ASSERT_TRUE(desk.press("dsMaintenance", MAINTAIN_REMOVE));
-    ASSERT_TRUE(desk.leave(s_caBox, YES));
+    ASSERT_TRUE(desk.go({{"dsMaintenance", MAINTAIN_REMOVE, nullptr, STAYS}, {s_caBox, YES}}));
     EXPECT_TRUE(desk.isGone("dsMaintenance"));
     finish();
     EXPECT_EQ((std::vector<std::string>{"kivo/", "kivo/Setup/", "kivo/Setup/setup.log",
@@ -158,64 +135,43 @@ TEST_F(Stories, AllIsRemoved)
 /* ---- leaving ---- */
 
 /* The page goes on being live below the question, which is not asked twice. */
-static void askAndResume(Desk &desk, const std::string &page, int iExit)
+static void resumeAndExit(Desk &desk, const std::string &page)
 {
     SCOPED_TRACE(page);
-    const std::vector<Box> before = desk.buttons(page);
-    const Box exit = before.at(iExit < 0 ? before.size() - 1 : (size_t)iExit);
+    const Step exit = {page.c_str(), LAST, nullptr, STAYS};
+    const size_t iButtons = desk.buttons(page).size();
 
-    ASSERT_TRUE(desk.press(page, iExit));
-    ASSERT_NE(0u, desk.window("dsExitSetup"));
+    ASSERT_TRUE(desk.go({exit}));
     desk.move("dsExitSetup", 0, 0);
-    desk.click(exit.iX + exit.iWidth / 2, exit.iY + exit.iHeight / 2);
+    ASSERT_TRUE(desk.go({exit}));
     usleep(100000); /* for a second one to come */
-    ASSERT_TRUE(desk.leave("dsExitSetup", QUESTION_RESUME));
+    ASSERT_TRUE(desk.go({{"dsExitSetup", QUESTION_RESUME, "exit-question"}}));
     EXPECT_FALSE(desk.isShown("dsExitSetup"));
-    EXPECT_EQ(before.size(), desk.buttons(page).size());
-}
-
-static void askAndExit(Desk &desk, const std::string &page, int iExit)
-{
-    SCOPED_TRACE(page);
-    ASSERT_TRUE(desk.press(page, iExit));
-    ASSERT_TRUE(desk.press("dsExitSetup", QUESTION_EXIT));
-    ASSERT_TRUE(desk.press("dsExitSetupFinish", FIRST));
+    EXPECT_EQ(iButtons, desk.buttons(page).size());
+    ASSERT_TRUE(desk.go({exit,
+                         {"dsExitSetup", QUESTION_EXIT, nullptr, STAYS},
+                         {"dsExitSetupFinish", FIRST, "exit-notice"}}));
     EXPECT_EQ(10, desk.status());
 }
 
 TEST_F(Stories, EveryPageCanBeLeft)
 {
-    desk.start(medium);
-    askAndResume(desk, "dsWelcome", LAST);
-    askAndExit(desk, "dsWelcome", LAST);
-    ASSERT_TRUE(startAtDestination());
-    askAndResume(desk, "dsChangeDestination", LAST);
-    askAndExit(desk, "dsChangeDestination", LAST);
-    ASSERT_TRUE(desk.startAtMainPage(medium));
-    askAndResume(desk, "dsMainDlg", LAST);
-    ASSERT_TRUE(desk.press("dsMainDlg", LAST));
-    desk.picture("dsExitSetup", "exit-question");
-    ASSERT_TRUE(desk.press("dsExitSetup", QUESTION_EXIT));
-    desk.picture("dsExitSetupFinish", "exit-notice");
-    ASSERT_TRUE(desk.press("dsExitSetupFinish", FIRST));
-    EXPECT_EQ(10, desk.status());
-    EXPECT_FALSE(std::filesystem::exists(medium.dest));
-
-    desk.start(medium);
-    ASSERT_TRUE(desk.leave("dsWelcome", FIRST));
-    ASSERT_TRUE(desk.press("dsEULA", LAST));
+    ASSERT_TRUE(desk.start(medium));
+    resumeAndExit(desk, "dsWelcome");
+    ASSERT_TRUE(desk.start(medium, s_toDestination));
+    resumeAndExit(desk, "dsChangeDestination");
+    ASSERT_TRUE(startAtMainPage());
+    resumeAndExit(desk, "dsMainDlg");
+    ASSERT_TRUE(desk.start(medium, {{"dsWelcome", FIRST}, {"dsEULA", LAST}}));
     EXPECT_EQ(0, desk.status()) << "declined";
-}
+    EXPECT_FALSE(fs::exists(medium.dest));
 
-TEST_F(Stories, MaintenanceCanBeLeft)
-{
     installUnattended();
     const auto before = medium.listing();
-    desk.start(medium);
-    askAndResume(desk, "dsMaintenance", LAST);
-    askAndExit(desk, "dsMaintenance", LAST);
+    ASSERT_TRUE(desk.start(medium));
+    resumeAndExit(desk, "dsMaintenance");
     EXPECT_EQ(before, medium.listing());
-    EXPECT_TRUE(nobodyLeft(medium));
+    EXPECT_TRUE(medium.nobodyLeft());
 }
 
 /* ---- earlier installations ---- */
@@ -225,94 +181,77 @@ TEST_F(Stories, ADestinationThatHoldsAnInstallation)
     const std::string occupied = medium.dest;
 
     installUnattended();
-    medium.dest = medium.scratch / "elsewhere";
-    ASSERT_TRUE(startAtDestination());
-    ASSERT_TRUE(desk.press("dsChangeDestination", DESTINATION_CHANGE));
-    choose(desk, s_caBrowser, occupied);
-    ASSERT_TRUE(desk.press(s_caBrowser, FIRST));
-    desk.picture(s_caBox, "previous-installation");
-    ASSERT_TRUE(desk.leave(s_caBox, NO));
-    EXPECT_TRUE(desk.isShown(s_caBrowser));
-    ASSERT_TRUE(desk.press(s_caBrowser, FIRST));
-    ASSERT_TRUE(desk.leave(s_caBox, YES));
-    ASSERT_TRUE(desk.isGone(s_caBrowser));
-    ASSERT_TRUE(desk.leave("dsMaintenance", MAINTAIN_CHANGE));
-    EXPECT_EQ("xxxxx", desk.marks("dsCustomDlg"));
+    medium.dest = medium.top + "/elsewhere";
+    ASSERT_TRUE(desk.start(medium, s_toDestination) &&
+                desk.go({{"dsChangeDestination", DESTINATION_CHANGE, nullptr, STAYS}}));
+    desk.choose(s_caBrowser, occupied);
+    ASSERT_TRUE(desk.go({{s_caBrowser, FIRST, nullptr, STAYS},
+                         {s_caBox, NO, "previous-installation"},
+                         {s_caBrowser, FIRST, nullptr, STAYS},
+                         {s_caBox, YES},
+                         {"dsMaintenance", MAINTAIN_CHANGE}}));
+    EXPECT_TRUE(desk.showsMarks("dsCustomDlg", "xxxxx"));
+    EXPECT_FALSE(desk.isShown(s_caBrowser));
     EXPECT_FALSE(desk.isShown("dsChangeDestination"));
-}
-
-/* The third line of a history is the product's version. */
-static void sayVersion(const std::string &version, const Medium &medium)
-{
-    must("sed -i '3s/.*/" + version + "/' " + medium.tree + "SetupFiles/.kivo.his");
 }
 
 TEST_F(Stories, AnotherVersionIsTold)
 {
     static const struct {
-        const char *pVersion;
-        const char *pPicture; /* null where nothing is told: whole numbers count */
+        const char *pEdit; /* of the history, whose third line is the product's version */
+        Steps told;        /* nothing where whole numbers are the same */
+        const char *pThen;
     } s_aRows[] = {
-        {"2.9", "version-older"},
-        {"12.0", "version-newer"},
-        {"3.0", nullptr},
+        {"3s/.*/2.9/", {{s_caBox, FIRST, "version-older"}}, "dsMaintenance"},
+        {"3s/.*/12.0/", {{s_caBox, FIRST, "version-newer"}}, "dsMaintenance"},
+        {"3s/.*/3.0/", {}, "dsMaintenance"},
+        {"1s/2/1/", {}, "dsWelcome"}, /* an old form of history */
     };
 
     installUnattended();
     for (const auto &row : s_aRows) {
-        SCOPED_TRACE(row.pVersion);
-        sayVersion(row.pVersion, medium);
-        desk.start(medium);
-        if (row.pPicture) {
-            ASSERT_TRUE(desk.showsButtons(s_caBox, 1)) << desk.printed();
-            EXPECT_FALSE(desk.isShown("dsMaintenance"));
-            desk.picture(s_caBox, row.pPicture);
-            ASSERT_TRUE(desk.leave(s_caBox, FIRST));
-        }
-        EXPECT_NE(0u, desk.window("dsMaintenance"));
+        SCOPED_TRACE(row.pEdit);
+        must("sed -i '" + std::string(row.pEdit) + "' " + medium.tree + "SetupFiles/.kivo.his");
+        ASSERT_TRUE(desk.start(medium, row.told));
+        EXPECT_NE(0u, desk.window(row.pThen));
+        EXPECT_FALSE(desk.isShown(s_caBox));
     }
-    EXPECT_FALSE(desk.isShown(s_caBox));
-    must("sed -i '1s/2/1/' " + medium.tree + "SetupFiles/.kivo.his");
-    desk.start(medium);
-    EXPECT_NE(0u, desk.window("dsWelcome")) << "an old form of history";
 }
 
 /* ---- the keyboard, a small screen, and what a medium may lack ---- */
-
-static void expectOnScreen(Desk &desk, const std::string &shell, int iWidth, int iHeight)
-{
-    const Box place = desk.place(shell);
-
-    EXPECT_TRUE(place.iX >= 0 && place.iY >= 0) << shell;
-    EXPECT_LE(place.iX + place.iWidth, iWidth) << shell;
-    EXPECT_LE(place.iY + place.iHeight, iHeight) << shell;
-}
 
 TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
 {
     static const struct {
         const char *pShell;
         const char *pPicture;
-        const char *pKeys; /* after which the window goes */
+        const char *pKeys;
+        After after;
     } s_aRows[] = {
-        {"dsWelcome", "small-welcome", "Return"},
-        {"dsEULA", "small-agreement", "Next Return"},
-        {"dsChangeDestination", "small-destination", "Return"},
-        {"dsMainDlg", "small-main", "Tab space"},
-        {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return"},
-        {"dsViewlog", "small-log-dialog", "Return"},
-        {s_caBox, "small-completed", "Return"},
+        {"dsWelcome", "small-welcome", "Return", GOES},
+        {"dsEULA", "small-agreement", "Next Return", GOES},
+        {"dsChangeDestination", "small-destination", "Return", GOES},
+        {"dsMainDlg", "small-main", "Tab space", GOES},
+        {"dsCustomDlg", "small-custom", "Escape", GOES},
+        {"dsMainDlg", "small-main", "Tab space", GOES},
+        {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return", GOES},
+        {"dsViewlog", "small-log-dialog", "Tab space", STAYS},
+        {"dsLogViewer", "small-log-window", "Return", GOES},
+        {"dsViewlog", "small-log-dialog", "Tab Return", GOES},
+        {s_caBox, "small-completed", "Return", GOES},
     };
     SampleMedium medium;
     Desk desk("800x600x24");
 
-    desk.start(medium);
+    ASSERT_TRUE(desk.start(medium));
     for (const auto &row : s_aRows) {
-        ASSERT_NE(0u, desk.window(row.pShell)) << row.pShell << desk.printed();
-        expectOnScreen(desk, row.pShell, 800, 600);
+        SCOPED_TRACE(row.pShell);
+        const Box place = desk.place(row.pShell);
+        EXPECT_TRUE(place.iX >= 0 && place.iX + place.iWidth <= 800) << desk.printed();
+        EXPECT_TRUE(place.iY >= 0 && place.iY + place.iHeight <= 600) << place.iHeight;
         desk.picture(row.pShell, row.pPicture);
         desk.keys(row.pShell, row.pKeys);
-        ASSERT_TRUE(desk.isGone(row.pShell)) << row.pShell;
+        ASSERT_TRUE(row.after == STAYS || desk.isGone(row.pShell));
     }
     EXPECT_EQ(0, desk.status());
     EXPECT_TRUE(medium.has("Application/bin/kivo"));
@@ -321,87 +260,11 @@ TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
 
 TEST_F(Stories, IconsThatAreMissingLeaveTheirButtonsThere)
 {
-    medium.change("kivoicons.so,kivo_typical", "absent.so,kivo_typical");
-    medium.change("kivoicons.so,kivo_custom", "kivoicons.so,kivo_absent");
-    ASSERT_TRUE(desk.startAtMainPage(medium)) << desk.printed();
-    desk.picture("dsMainDlg", "main-without-icons");
-    ASSERT_TRUE(desk.leave("dsMainDlg", MAIN_CUSTOM));
+    must("sed -i -e s/kivoicons.so,kivo_typical/absent.so,kivo_typical/ "
+         "-e s/kivo_custom/kivo_absent/ " +
+         medium.place + "/cdinst.dat");
+    ASSERT_TRUE(startAtMainPage());
+    ASSERT_TRUE(desk.showsButtons("dsMainDlg", 5));
+    ASSERT_TRUE(desk.go({{"dsMainDlg", MAIN_CUSTOM, "main-without-icons"}}));
     EXPECT_NE(0u, desk.window("dsCustomDlg"));
-}
-
-/* ---- the medium ---- */
-
-struct Media : testing::Test {
-    Medium medium;
-    Desk desk;
-    const std::string other = medium.scratch / "other";
-
-    void begin()
-    {
-        medium.file("plain", "plain");
-        medium.describe(onePage("Copy \"plain\" \"\" 5 0644\nCopy \"absent\" \"\" 5 0644\n"),
-                        usualHeader("NoDisplayLog\n"));
-        ASSERT_TRUE(desk.startAtMainPage(medium)) << desk.printed();
-        ASSERT_TRUE(desk.leave("dsMainDlg", FIRST));
-        ASSERT_TRUE(desk.showsButtons(s_caBox, 3)) << desk.printed();
-    }
-    void finish()
-    {
-        ASSERT_TRUE(desk.showsButtons(s_caBox, 1)) << desk.printed();
-        ASSERT_TRUE(desk.leave(s_caBox, FIRST));
-        EXPECT_EQ(0, desk.status());
-        EXPECT_TRUE(medium.has("plain"));
-        EXPECT_TRUE(nobodyLeft(medium));
-    }
-};
-
-TEST_F(Media, GoingOnWithoutTheFile)
-{
-    begin();
-    ASSERT_TRUE(desk.leave(s_caBox, PROMPT_CONTINUE));
-    finish();
-    EXPECT_FALSE(medium.has("absent"));
-}
-
-TEST_F(Media, TheFileIsElsewhere)
-{
-    begin();
-    writeFile(other + "/absent", "found");
-    must("cp " + medium.place + "/cdinst.dat " + other); /* a whole medium; it is copied last */
-    ASSERT_TRUE(desk.leave(s_caBox, PROMPT_BROWSE));
-    desk.picture("Locate absent", "media-browser");
-    ASSERT_TRUE(desk.leave("Locate absent", LAST)) << "Cancel";
-    ASSERT_TRUE(desk.showsButtons(s_caBox, 3)) << "asked again";
-    ASSERT_TRUE(desk.leave(s_caBox, PROMPT_BROWSE));
-    ASSERT_TRUE(desk.press("Locate absent", FIRST));
-    ASSERT_TRUE(desk.showsButtons(s_caBox, 1)) << "it is not there";
-    desk.picture(s_caBox, "media-not-there");
-    ASSERT_TRUE(desk.leave(s_caBox, FIRST));
-    choose(desk, "Locate absent", other);
-    ASSERT_TRUE(desk.leave("Locate absent", FIRST));
-    finish();
-    EXPECT_EQ("found", medium.installed("absent"));
-}
-
-/* The child asks for the file while the parent asks whether to quit. */
-TEST_F(Media, BothProcessesAskAtOnce)
-{
-    begin();
-    desk.move(s_caBox, 0, 0);
-    ASSERT_TRUE(desk.press("dsProgress", FIRST));
-    ASSERT_TRUE(desk.showsButtons(s_caBox, 2)) << desk.printed();
-    ASSERT_TRUE(desk.leave(s_caBox, NO));
-    ASSERT_TRUE(desk.showsButtons(s_caBox, 3));
-    ASSERT_TRUE(desk.leave(s_caBox, PROMPT_CONTINUE));
-    finish();
-
-    must("rm -rf " + medium.dest);
-    begin();
-    desk.move(s_caBox, 0, 0);
-    ASSERT_TRUE(desk.press("dsProgress", FIRST));
-    ASSERT_TRUE(desk.showsButtons(s_caBox, 2)) << desk.printed();
-    ASSERT_TRUE(desk.leave(s_caBox, YES));
-    EXPECT_EQ(10, desk.status());
-    EXPECT_TRUE(nobodyLeft(medium));
-    EXPECT_TRUE(desk.isGone(s_caBox, 1)) << "the child's";
 }
