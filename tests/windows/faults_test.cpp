@@ -33,109 +33,97 @@ struct WindowFaults : testing::Test {
     }
 };
 
-/* ---- runs that end by themselves ---- */
+/* ---- ways to end ---- */
+
+static const char s_caHistory[] = "SetupFiles/.h.his";
+
+enum { MANY = 3000 };
+
+static std::string picture(int i)
+{
+    return "Pictures/sample-" + std::to_string(i) + ".pic";
+}
 
 struct Ending {
     const char *pName;
-    const char *pOperations;
+    const char *pOperations; /* null for many files, with the child stopped among them */
+    char cKilled;            /* then: the child, the parent, the server, or nobody: ' ' */
     int iStatus;
-    size_t iErrors; /* how often the log tells of the missing directory */
+    std::string there; /* a file of the tree */
+    std::string gone;  /* one that is not there */
     Steps steps;
 };
 
-struct Errors : WindowFaults, testing::WithParamInterface<Ending> {
-};
+static void PrintTo(const Ending &row, std::ostream *pOut)
+{
+    *pOut << row.pName;
+}
 
 // clang-format off
-static const Ending s_aErrors[] = {
-    {"GoingOnTwice", s_caFailing, 0, 2,
+static const Ending s_aEndings[] = {
+    {"ErrorsYes", s_caFailing, ' ', 0, s_caHistory, "x",
      {{s_caBox, YES, "error"}, {s_caBox, YES}, {s_caBox, FIRST, "not-completed"}}},
-    {"No", s_caFailing, 1, 0, {{s_caBox, NO}}},
-    {"GoingOnWithout", s_caMissing, 0, 0,
+    {"ErrorNo", s_caFailing, ' ', 1, "plain", s_caHistory, {{s_caBox, NO}}},
+    {"MissingContinue", s_caMissing, ' ', 0, s_caHistory, "absent",
      {{s_caBox, PROMPT_CONTINUE, "media-prompt"}, {s_caBox, FIRST}}},
-    {"Abort", s_caMissing, 1, 0, {{s_caBox, PROMPT_ABORT}}},
-};
-// clang-format on
-
-TEST_P(Errors, AreAnswered)
-{
-    const std::string error = "Copyfile can't create destination directory for:\n";
-    size_t iErrors = 0;
-
-    ASSERT_TRUE(begin(GetParam().pOperations) && desk.go(GetParam().steps));
-    EXPECT_EQ(GetParam().iStatus, desk.status());
-    EXPECT_EQ("12345", medium.installed("plain"));
-    EXPECT_EQ(GetParam().iStatus == 0, medium.has("SetupFiles/.h.his"));
-    const std::string log = medium.log();
-    for (size_t at = 0; (at = log.find(error, at)) != std::string::npos; at++)
-        iErrors++;
-    EXPECT_EQ(GetParam().iErrors, iErrors) << log;
-    EXPECT_TRUE(medium.nobodyLeft());
-}
-
-INSTANTIATE_TEST_SUITE_P(Windows, Errors, testing::ValuesIn(s_aErrors),
-                         [](const auto &row) { return row.param.pName; });
-
-/* ---- runs that are stopped in the middle ---- */
-
-struct Stop {
-    const char *pName;
-    char cKilled; /* the stopped child, the parent, the server, or nobody: ' ' */
-    int iStatus;
-    Steps steps;
-};
-
-struct Stops : WindowFaults, testing::WithParamInterface<Stop> {
-};
-
-// clang-format off
-static const Stop s_aStops[] = {
-    {"Resume", ' ', 0,
+    {"MissingAbort", s_caMissing, ' ', 1, "plain", s_caHistory, {{s_caBox, PROMPT_ABORT}}},
+    {"Resume", nullptr, ' ', 0, picture(MANY - 1), "x",
      {{"dsProgress", FIRST, "progress", STAYS}, {s_caBox, NO, "quit"}, {s_caBox, FIRST}}},
-    {"Quit", ' ', 10, {{"dsProgress", FIRST, nullptr, STAYS}, {s_caBox, YES}}},
-    {"Child", 'c', 1, {{s_caBox, FIRST}}},
-    {"Parent", 'p', 128 + SIGKILL, {}},
-    {"Display", 's', 1, {}},
+    {"Quit", nullptr, ' ', 10, picture(0), picture(MANY - 1),
+     {{"dsProgress", FIRST, nullptr, STAYS}, {s_caBox, YES}}},
+    {"ChildDies", nullptr, 'c', 1, picture(0), picture(MANY - 1), {{s_caBox, FIRST}}},
+    {"ParentDies", nullptr, 'p', 128 + SIGKILL, picture(0), picture(MANY - 1), {}},
+    {"DisplayDies", nullptr, 's', 1, picture(0), picture(MANY - 1), {}},
 };
 // clang-format on
 
-static pid_t childOf(pid_t iParent)
-{
-    const std::string number = std::to_string(iParent);
+struct Endings : WindowFaults, testing::WithParamInterface<Ending> {
+    std::string manyFiles()
+    {
+        std::string operations;
 
-    return atoi(readFile("/proc/" + number + "/task/" + number + "/children").c_str());
-}
-
-TEST_P(Stops, LeaveNobodyBehind)
-{
-    std::string operations;
-    pid_t iChild = 0;
-
-    for (int i = 0; i < 3000; i++) {
-        const std::string name = "Pictures/sample-" + std::to_string(i) + ".pic";
-        medium.file(name, "12345");
-        operations += "Copy \"" + name + "\" \"\" 5 0644\n";
+        for (int i = 0; i < MANY; i++) {
+            medium.file(picture(i), "12345");
+            operations += "Copy \"" + picture(i) + "\" \"\" 5 0644\n";
+        }
+        return operations;
     }
-    ASSERT_TRUE(begin(operations));
-    ASSERT_TRUE(soon([&] {
-        return medium.has("Pictures/sample-1000.pic") && desk.isShown("dsProgress") &&
-               (iChild = childOf(desk.iProgram)) > 0;
-    })) << desk.printed();
-    ASSERT_EQ(0, kill(-iChild, SIGSTOP)); /* with what it runs */
-    for (const auto &[cWho, iProcess] :
-         {std::pair{'c', iChild}, {'p', desk.iProgram}, {'s', desk.iServer}})
-        if (cWho == GetParam().cKilled)
-            (void)kill(iProcess, SIGKILL);
-    ASSERT_TRUE(desk.go(GetParam().steps));
-    EXPECT_EQ(GetParam().iStatus, desk.status());
-    EXPECT_EQ(GetParam().iStatus == 0, medium.has("Pictures/sample-2999.pic"));
+
+    /* With what the child runs. */
+    void stop()
+    {
+        const std::string number = std::to_string(desk.iProgram);
+        const std::string children = "/proc/" + number + "/task/" + number + "/children";
+
+        ASSERT_TRUE(soon([&] {
+            return medium.has(picture(MANY / 3)) && desk.isShown("dsProgress");
+        })) << desk.printed();
+        const pid_t iChild = atoi(readFile(children).c_str());
+        ASSERT_TRUE(iChild > 0 && kill(-iChild, SIGSTOP) == 0);
+        for (const auto &[cWho, iProcess] :
+             {std::pair{'c', iChild}, {'p', desk.iProgram}, {'s', desk.iServer}})
+            if (cWho == GetParam().cKilled)
+                (void)kill(iProcess, SIGKILL);
+    }
+};
+
+TEST_P(Endings, LeaveNobodyBehind)
+{
+    const Ending &row = GetParam();
+
+    ASSERT_TRUE(begin(row.pOperations ? row.pOperations : manyFiles()));
+    if (!row.pOperations)
+        stop();
+    ASSERT_TRUE(desk.go(row.steps));
+    EXPECT_EQ(row.iStatus, desk.status());
+    EXPECT_TRUE(medium.has(row.there)) << row.there;
+    EXPECT_FALSE(medium.has(row.gone)) << row.gone;
     EXPECT_TRUE(medium.nobodyLeft());
-    if (GetParam().cKilled == 's')
+    if (row.cKilled == 's')
         desk.pDisplay = nullptr; /* closing it would end this process as well */
 }
 
-INSTANTIATE_TEST_SUITE_P(Windows, Stops, testing::ValuesIn(s_aStops),
-                         [](const auto &row) { return row.param.pName; });
+INSTANTIATE_TEST_SUITE_P(Windows, Endings, testing::ValuesIn(s_aEndings));
 
 /* ---- the medium ---- */
 
