@@ -237,7 +237,7 @@ TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
         {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return", GOES},
         {"dsViewlog", "small-log-dialog", "Tab space", STAYS},
         {"dsLogViewer", "small-log-window", "Return", GOES},
-        {"dsViewlog", "small-log-dialog", "Tab Return", GOES},
+        {"dsViewlog", "small-log-dialog", "Escape", GOES},
         {s_caBox, "small-completed", "Return", GOES},
     };
     SampleMedium medium;

@@ -10,6 +10,7 @@
 
 #include "ut/looks.h"
 #include "ut/uibuild.h"
+#include "ut/uiut.h"
 
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {
@@ -61,6 +62,10 @@ Widget CreatembViewlog(Widget parent)
     for (unsigned char child :
          {XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON, XmDIALOG_SYMBOL_LABEL})
         XtUnmanageChild(XmMessageBoxGetChild(dialog, child));
+    /* A message box's own cancel button cannot be changed, and Escape on "View Log" asks for one.
+     */
+    XtVaSetValues(OV_instFindWidget(dialog, "form1"), XmNcancelButton,
+                  XmMessageBoxGetChild(dialog, XmDIALOG_OK_BUTTON), nullptr);
     Dimension width = 0; /* the user's, if any */
     XtVaGetValues(dialog, XmNwidth, &width, nullptr);
     if (!width)
