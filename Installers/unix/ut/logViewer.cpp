@@ -178,6 +178,10 @@ static void showPath(Widget box, Widget text)
     XtManageChild(label);
 }
 
+/* The keys that press "Done" although the keyboard is in the text. */
+static const char s_caKeys[] =
+    "<Key>osfActivate: activate()\n<Key>Return: activate()\n<Key>osfCancel: activate()";
+
 static Widget createLogWindow(Widget parent, int *piDone)
 {
     const std::string looks = LOG_TEXT + textSize(parent);
@@ -205,6 +209,7 @@ static Widget createLogWindow(Widget parent, int *piDone)
     XtAddCallback(help, XmNactivateCallback, HelpCB, nullptr);
     if (!OV_instHasHelp())
         XtUnmanageChild(help);
+    XtOverrideTranslations(text, XtParseTranslationTable(s_caKeys));
     showPath(box, text);
     return box;
 }
