@@ -83,8 +83,8 @@ struct Endings : WindowFaults, testing::WithParamInterface<Ending> {
         std::string operations;
 
         for (int i = 0; i < MANY; i++) {
-            medium.file(picture(i), "12345");
-            operations += "Copy \"" + picture(i) + "\" \"\" 5 0644\n";
+            medium.file(picture(i), std::string(5000, 'x'));
+            operations += "Copy \"" + picture(i) + "\" \"\" 5000 0644\n";
         }
         return operations;
     }
