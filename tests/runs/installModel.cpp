@@ -1,424 +1,276 @@
 #include "runs/installModel.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <filesystem>
-#include <functional>
+#include <iomanip>
 #include <sstream>
 
-static const std::string s_dest = "the.product";
-static const std::string s_history = s_dest + "/SetupFiles/.h.his";
-static const std::string s_log = s_dest + "/Setup/setup.log";
+using Words = std::vector<std::string>;
 
-/* ---- texts ---- */
+static const std::string s_dest = "prod/", s_history = "prod/SetupFiles/.h.his";
 
-static std::string quoted(const std::string &text)
+static std::string recordOf(int iPackage)
 {
-    return " \"" + text + "\"";
-}
-
-static std::string octal(unsigned iMode)
-{
-    std::ostringstream out;
-
-    out << " 0" << std::oct << iMode;
-    return out.str();
-}
-
-static std::string lineOf(const ModelOper &oper)
-{
-    std::string line = oper.keyword;
-
-    switch (oper.kind) {
-    case ModelOper::COPY:
-    case ModelOper::COPYZ:
-        return line + quoted(oper.source) + quoted(oper.target) + " 10" + octal(oper.iMode) + "\n";
-    case ModelOper::MKDIR:
-        return line + quoted(oper.source) + octal(oper.iMode) + "\n";
-    case ModelOper::HARDLINK:
-    case ModelOper::SOFTLINK:
-        return line + quoted(oper.source) + quoted(oper.target) + quoted(oper.name) + "\n";
-    case ModelOper::UNTAR:
-        line += (oper.name.empty() ? "" : quoted(oper.name)) + quoted(oper.source) + " 1";
-        for (const std::string &member : oper.members)
-            line += quoted(member) + " 1";
-    }
-    return line + "\n";
-}
-
-static std::string packageName(int iPackage)
-{
-    return "p" + std::to_string(iPackage);
+    return "Package \"p" + std::to_string(iPackage) + "\" Installed\n";
 }
 
 std::string ModelProduct::text() const
 {
     std::ostringstream out;
+    auto list = [&](const std::vector<int> &numbers, const char *pBefore) {
+        for (int iNumber : numbers)
+            out << pBefore << iNumber;
+        out << '\n';
+    };
 
-    out << "SetupVersion 1\nProductName The Product\nProductVersion 3.5\nProductDirectory "
-        << s_dest << "\nLogFile setup.log\nHistoryFile h\nNoChestRC 1\n";
     for (size_t i = 0; i < packages.size(); i++) {
-        out << "Package" << quoted(packageName(static_cast<int>(i))) << " \"\"\n";
-        for (const ModelOper &oper : packages[i])
-            out << lineOf(oper);
+        out << "Package 'p" << i << "' ''\n";
+        for (const std::string &line : packages[i])
+            out << line << '\n';
     }
-    for (const ModelSuite &suite : suites) {
-        out << "Suite" << quoted(suite.name);
-        for (int iPackage : suite.packages)
-            out << ' ' << packageName(iPackage);
-        out << '\n';
-    }
+    for (const auto &[iId, members] : suites)
+        list(members, (out << "Suite 'S" << iId << "'", " p"));
     out << "ConfigBegin\n";
-    for (const ModelConfig &config : configs) {
-        out << config.iId << (config.iSuite < 0 ? " CusDlg \"t\" \"t\" \"\" " : " Suite ");
-        if (config.iSuite >= 0)
-            out << quoted(suites[static_cast<size_t>(config.iSuite)].name) << " \"l\" \"\" ";
-        out << config.iDefault;
-        for (int iMember : config.members)
-            out << ' ' << iMember;
-        out << '\n';
-    }
-    out << "ConfigEnd\n";
-    return out.str();
+    for (const auto &[iId, members] : groups)
+        list(members, (out << iId << " CusDlg 't' 't' '' " << selected.count(iId), " "));
+    for (const auto &[iId, members] : suites)
+        out << iId << " Suite 'S" << iId << "' 'l' '' " << selected.count(iId) << "\n";
+    std::string all = out.str() + "ConfigEnd\n";
+    std::replace(all.begin(), all.end(), '\'', '"');
+    return all;
 }
 
 std::string ModelMarks::text() const
 {
-    std::ostringstream out;
-
-    out << (bMaintenance ? "maintenance" : "new") << ", packages";
-    for (int iPackage : packages)
-        out << ' ' << packageName(iPackage);
-    out << ", suites";
-    for (int iSuite : suites)
-        out << ' ' << iSuite;
-    out << ", configurations";
-    for (auto [iId, iInstalled] : installed)
-        out << ' ' << iId << ':' << iInstalled << selected.at(iId);
-    return out.str();
-}
-
-std::string textOf(const ModelTree &tree)
-{
-    std::ostringstream out;
-
-    for (const auto &[path, node] : tree) {
-        out << node.cKind << octal(node.iMode) << ' ' << path;
-        if (path == s_log) /* it holds times */
-            out << " [...]";
-        else if (node.content.size() > 60 && path != s_history)
-            out << " of " << node.content.size() << ", " << std::hash<std::string>()(node.content);
-        else
-            out << " [" << node.content << "]";
-        out << '\n';
-    }
-    return out.str();
+    return testing::PrintToString(std::make_tuple(bMaintenance, packages, suites, installed, selected));
 }
 
 /* ---- the tree ---- */
 
-static bool isKind(const ModelTree &tree, const std::string &path, char cKind)
+static char kindAt(const ModelTree &tree, const std::string &path)
 {
     auto found = tree.find(path);
 
-    return path.empty() ? cKind == 'd' : found != tree.end() && found->second.cKind == cKind;
+    return found == tree.end() ? '-' : found->second[0];
 }
-
-static bool isEmpty(const ModelTree &tree, const std::string &directory)
-{
-    auto next = tree.lower_bound(directory + "/");
-
-    return next == tree.end() || next->first.compare(0, directory.size() + 1, directory + "/") != 0;
-}
-
-static bool makeDirectories(ModelTree &tree, const std::string &path, unsigned iMode)
-{
-    for (size_t at = 0; at != std::string::npos;) {
-        at = path.find('/', at + 1);
-        std::string prefix = path.substr(0, at);
-        if (!tree.count(prefix))
-            tree[prefix] = {'d', iMode, ""};
-        else if (!isKind(tree, prefix, 'd'))
-            return false;
-    }
-    return true;
-}
-
-static std::string parentOf(const std::string &path)
-{
-    size_t slash = path.rfind('/');
-
-    return slash == std::string::npos ? "" : path.substr(0, slash);
-}
-
-static bool makeParents(ModelTree &tree, const std::string &path)
-{
-    return parentOf(path).empty() || makeDirectories(tree, parentOf(path), 0755);
-}
-
-/* As remove does it: a directory only when it is empty. */
-static void removePath(ModelTree &tree, const std::string &path)
-{
-    if (path != s_dest + "/setup" && (!isKind(tree, path, 'd') || isEmpty(tree, path)))
-        tree.erase(path);
-}
-
-static bool putFile(ModelTree &tree, const std::string &path, const ModelNode &node)
-{
-    if (!makeParents(tree, path) || isKind(tree, path, 'd'))
-        return false;
-    tree[path] = node;
-    return true;
-}
-
-/* ---- the operations ---- */
 
 static std::string below(const std::string &directory, const std::string &name)
 {
     return (std::filesystem::path(directory) / name).lexically_normal();
 }
 
-static std::string targetOf(const ModelOper &oper)
+static bool makeDirectories(ModelTree &tree, const std::string &path, const std::string &mode)
 {
-    bool bNamed = oper.kind == ModelOper::COPY && !oper.target.empty();
-
-    return below(s_dest, bNamed ? oper.target : oper.source);
-}
-
-static std::string baseOf(const ModelOper &oper)
-{
-    return oper.name.empty() ? s_dest : oper.name == "<RootDest>" ? "" : "Orvane";
-}
-
-static bool unpack(ModelTree &tree, const ModelMedium &medium, const ModelOper &oper)
-{
-    std::string base = baseOf(oper);
-    auto archive = medium.archives.find(oper.source);
-
-    if (archive == medium.archives.end() || !isKind(tree, base, 'd'))
-        return false;
-    for (const auto &[name, node] : archive->second) {
-        (void)makeParents(tree, below(base, name)); /* archives are in nobody's way */
-        tree[below(base, name)] = node;
+    for (size_t at = 0; at != std::string::npos;) {
+        at = path.find('/', at + 1);
+        if (tree.try_emplace(path.substr(0, at), "d" + mode + " ").first->second[0] != 'd')
+            return false;
     }
     return true;
 }
 
-static bool makeLink(ModelTree &tree, const ModelOper &oper)
+static bool put(ModelTree &tree, const std::string &path, const std::string &node)
 {
-    std::string directory = below(s_dest, oper.source);
-    std::string path = below(directory, oper.name);
-    std::string target = below(directory, oper.target);
-
-    if (!isKind(tree, directory, 'd') || !makeParents(tree, path))
+    if (!makeDirectories(tree, path.substr(0, path.rfind('/')), "0755") ||
+        (kindAt(tree, path) == 'd' && node[0] != 'd'))
         return false;
-    if (!isKind(tree, path, 'd'))
+    tree[path] = node;
+    return true;
+}
+
+/* As remove does it: a directory only when it is empty. */
+static void removePath(ModelTree &tree, const std::string &path)
+{
+    auto next = tree.lower_bound(path + "/");
+    bool bFull = next != tree.end() && next->first.compare(0, path.size() + 1, path + "/") == 0;
+
+    if (path != s_dest + "setup" && !bFull)
         tree.erase(path);
-    if (oper.kind == ModelOper::HARDLINK && !isKind(tree, target, 'f'))
-        return false;
-    tree[path] = oper.kind == ModelOper::SOFTLINK ? ModelNode{'l', 0777, oper.target}
-                                                  : ModelNode(tree[target]);
-    return true;
 }
 
-static bool install(ModelTree &tree, const ModelMedium &medium, const ModelOper &oper)
-{
-    auto file = medium.files.find(oper.source);
+/* ---- the operations ---- */
 
-    switch (oper.kind) {
-    case ModelOper::COPY:
-    case ModelOper::COPYZ:
-        return (file != medium.files.end() &&
-                putFile(tree, targetOf(oper), {'f', oper.iMode, file->second})) ||
-               oper.kind == ModelOper::COPYZ;
-    case ModelOper::UNTAR:
-        return unpack(tree, medium, oper);
-    case ModelOper::MKDIR:
-        return makeDirectories(tree, below(s_dest, oper.source), oper.iMode);
-    default:
-        return makeLink(tree, oper);
-    }
+static Words wordsOf(const std::string &line)
+{
+    std::istringstream in(line);
+    Words words;
+
+    for (std::string word; in >> std::quoted(word, '\'');)
+        words.push_back(word);
+    return words;
+}
+
+static std::string targetOf(const Words &words)
+{
+    if (words[0] == "SoftLink" || words[0] == "HardLink")
+        return below(s_dest + words[1], words[3]);
+    return below(s_dest, words[0] == "Copy" && !words[2].empty() ? words[2] : words[1]);
+}
+
+static bool copy(InstallModel &model, const Words &words)
+{
+    auto source = model.medium.find(words[1]);
+
+    return source != model.medium.end() &&
+           put(model.tree, targetOf(words), "f" + words[4] + source->second.substr(5));
+}
+
+static bool makeLink(ModelTree &tree, const Words &words)
+{
+    std::string target = below(s_dest + words[1], words[2]), path = targetOf(words);
+
+    if (kindAt(tree, s_dest + words[1]) != 'd' || !put(tree, path, "l0777 " + words[2]))
+        return false;
+    if (words[0] == "SoftLink")
+        return true;
+    tree.erase(path); /* whatever becomes of the new one */
+    return kindAt(tree, target) == 'f' && put(tree, path, tree[target]);
+}
+
+static bool install(InstallModel &model, const Words &words)
+{
+    if (words[0] == "Mkdir")
+        return makeDirectories(model.tree, targetOf(words), words[2]);
+    if (words[0] == "Copy" || words[0] == "CopyZ")
+        return copy(model, words) || words[0] == "CopyZ";
+    if (words[0] != "Untar")
+        return makeLink(model.tree, words);
+    for (auto member = model.medium.lower_bound("arc/");
+         member != model.medium.end() && member->first.compare(0, 4, "arc/") == 0; ++member)
+        (void)put(model.tree, s_dest + member->first, member->second); /* nothing is in its way */
+    return true;
 }
 
 /* Directories are left for later: they go into *pDirectories. */
-static void removeOper(ModelTree &tree, const ModelOper &oper,
-                       std::vector<std::string> *pDirectories)
+static void removeOper(ModelTree &tree, const Words &words, Words *pDirectories)
 {
-    if (oper.kind == ModelOper::COPY || oper.kind == ModelOper::COPYZ)
-        removePath(tree, targetOf(oper));
-    else if (oper.kind == ModelOper::MKDIR)
-        pDirectories->push_back(below(s_dest, oper.source));
-    else if (oper.kind != ModelOper::UNTAR)
-        removePath(tree, below(below(s_dest, oper.source), oper.name));
+    if (words[0] == "Mkdir")
+        pDirectories->push_back(targetOf(words));
+    else if (words[0] != "Untar")
+        removePath(tree, targetOf(words));
     else
-        for (auto member = oper.members.rbegin(); member != oper.members.rend(); ++member)
-            removePath(tree, below(baseOf(oper), *member));
+        for (size_t i = words.size() - 2; i > 1; i -= 2)
+            removePath(tree, s_dest + words[i]);
 }
 
 /* ---- starting ---- */
 
-static const ModelConfig *configOf(const ModelProduct &product, int iId)
+/* A configuration and everything beneath it, in the order of visits. */
+static std::vector<int> reached(const ModelProduct &product, int iId)
 {
-    for (const ModelConfig &config : product.configs)
-        if (config.iId == iId)
-            return &config;
-    return nullptr;
-}
+    std::vector<int> found = {iId};
 
-std::vector<const ModelConfig *> InstallModel::offered(int iConfig, std::set<int> inside) const
-{
-    const ModelConfig *pConfig = configOf(*pProduct, iConfig);
-    std::vector<const ModelConfig *> found;
-
-    if (!pConfig || !inside.insert(iConfig).second)
-        return found;
-    if (pConfig->iSuite >= 0)
-        return {pConfig};
-    for (int iMember : pConfig->members) {
-        auto beneath = offered(iMember, inside);
-        found.insert(found.end(), beneath.begin(), beneath.end());
-    }
+    if (product.groups.count(iId))
+        for (int iMember : product.groups.at(iId))
+            for (int iBeneath : reached(product, iMember))
+                found.push_back(iBeneath);
     return found;
-}
-
-/* Calls back for every configuration that is reached. */
-static void visit(const ModelProduct &product, int iId, std::set<int> inside,
-                  const std::function<void(int)> &call)
-{
-    const ModelConfig *pConfig = configOf(product, iId);
-
-    if (!pConfig || !inside.insert(iId).second)
-        return;
-    call(iId);
-    for (int iMember : pConfig->members)
-        visit(product, iMember, inside, call);
-}
-
-/* Whether anything beneath is installed. */
-static bool markInstalled(const ModelProduct &product, int iId, std::set<int> inside,
-                          ModelMarks *pMarks)
-{
-    const ModelConfig *pConfig = configOf(product, iId);
-
-    if (!pConfig || !inside.insert(iId).second)
-        return false;
-    bool bFound = pMarks->suites.count(pConfig->iSuite) > 0;
-    for (int iMember : pConfig->members)
-        bFound |= markInstalled(product, iMember, inside, pMarks);
-    if (bFound)
-        pMarks->installed[iId] = pMarks->selected[iId] = 1;
-    return bFound;
 }
 
 ModelMarks InstallModel::start(int iConfig, bool bUnattended) const
 {
-    auto history = tree.find(s_history);
-    ModelMarks marks = {history != tree.end(), {}, {}, {}, {}};
+    ModelMarks marks = {tree.count(s_history) > 0, {}, {}, {}, product.selected};
 
-    for (const ModelConfig &config : pProduct->configs) {
-        marks.installed[config.iId] = 0;
-        marks.selected[config.iId] = config.iDefault;
-    }
-    if (bUnattended)
-        visit(*pProduct, iConfig, {}, [&](int iId) { marks.selected[iId] = 1; });
+    for (int iId : reached(product, iConfig))
+        if (marks.bMaintenance)
+            marks.selected.erase(iId);
+        else if (bUnattended)
+            marks.selected.insert(iId);
     if (!marks.bMaintenance)
         return marks;
-    visit(*pProduct, iConfig, {}, [&](int iId) { marks.selected[iId] = 0; });
-    for (size_t i = 0; i < pProduct->packages.size(); i++)
-        if (history->second.content.find("\nPackage \"" + packageName(static_cast<int>(i)) +
-                                         "\" Installed\n") != std::string::npos)
-            marks.packages.insert(static_cast<int>(i));
-    for (size_t i = 0; i < pProduct->suites.size(); i++) {
-        const std::vector<int> &needed = pProduct->suites[i].packages;
-        if (std::all_of(needed.begin(), needed.end(),
+    for (int i = 0; i < static_cast<int>(product.packages.size()); i++)
+        if (tree.at(s_history).find("\n" + recordOf(i)) != std::string::npos)
+            marks.packages.insert(i);
+    for (const auto &[iId, packages] : product.suites)
+        if (std::all_of(packages.begin(), packages.end(),
                         [&](int iPackage) { return marks.packages.count(iPackage) > 0; }))
-            marks.suites.insert(static_cast<int>(i));
-    }
-    (void)markInstalled(*pProduct, iConfig, {}, &marks);
+            marks.suites.insert(iId);
+    for (int iId : reached(product, iConfig)) /* those with anything installed beneath */
+        for (int iBeneath : reached(product, iId))
+            if (marks.suites.count(iBeneath)) {
+                marks.installed.insert(iId);
+                marks.selected.insert(iId);
+            }
     return marks;
 }
 
 /* ---- running ---- */
 
-static std::set<int> packagesInUse(const InstallModel &model, const ModelMarks &marks, int iConfig)
+static std::vector<int> suitesBeneath(const ModelProduct &product, int iConfig)
+{
+    std::vector<int> ids;
+
+    for (int iId : reached(product, iConfig))
+        if (product.suites.count(iId))
+            ids.push_back(iId);
+    return ids;
+}
+
+static std::set<int> packagesInUse(const ModelProduct &product, const ModelMarks &marks,
+                                   int iConfig)
 {
     std::set<int> inUse;
 
-    for (const ModelConfig *pConfig : model.offered(iConfig))
-        if (marks.selected.at(pConfig->iId)) {
-            const auto &suite = model.pProduct->suites[static_cast<size_t>(pConfig->iSuite)];
-            inUse.insert(suite.packages.begin(), suite.packages.end());
-        }
+    for (int iId : suitesBeneath(product, iConfig))
+        if (marks.selected.count(iId))
+            inUse.insert(product.suites.at(iId).begin(), product.suites.at(iId).end());
     return inUse;
 }
 
 bool InstallModel::affectsPackages(const ModelMarks &marks, int iConfig) const
 {
-    std::set<int> inUse = packagesInUse(*this, marks, iConfig);
+    std::set<int> inUse = packagesInUse(product, marks, iConfig);
 
-    for (const ModelConfig *pConfig : offered(iConfig))
-        if (marks.selected.at(pConfig->iId) != marks.installed.at(pConfig->iId))
-            for (int iPackage : pProduct->suites[static_cast<size_t>(pConfig->iSuite)].packages)
+    for (int iId : suitesBeneath(product, iConfig))
+        if (marks.selected.count(iId) != marks.installed.count(iId))
+            for (int iPackage : product.suites.at(iId))
                 if (inUse.count(iPackage) != marks.packages.count(iPackage))
                     return true;
     return false;
 }
 
-static void record(ModelTree &tree, const ModelSuite &suite)
+/* What a run does with a suite: the part that removes, or the part that installs. */
+static void runSuite(InstallModel &model, const std::vector<int> &packages, std::set<int> *pSpared,
+                     bool bRemoving)
 {
-    for (int iPackage : suite.packages)
-        tree[s_history].content += "Package \"" + packageName(iPackage) + "\" Installed\n";
-}
+    Words directories;
 
-/* The part of a run that removes, or the part that installs. */
-static void runPart(InstallModel &model, const ModelMarks &marks, int iConfig, bool bRemoving)
-{
-    std::set<int> inUse = packagesInUse(model, marks, iConfig);
-    std::set<int> worked;
-
-    for (const ModelConfig *pConfig : model.offered(iConfig)) {
-        const ModelSuite &suite = model.pProduct->suites[static_cast<size_t>(pConfig->iSuite)];
-        bool bSelected = marks.selected.at(pConfig->iId) != 0;
-        bool bInstalled = marks.suites.count(pConfig->iSuite) > 0;
-        std::vector<std::string> directories;
-
-        if (bInstalled == bRemoving && bSelected != bRemoving) {
-            model.bFailed |= suite.packages.empty();
-            for (int iPackage : suite.packages) {
-                if (bRemoving ? inUse.count(iPackage) : marks.packages.count(iPackage))
-                    continue;
-                if (!worked.insert(iPackage).second)
-                    continue;
-                for (const ModelOper &oper :
-                     model.pProduct->packages[static_cast<size_t>(iPackage)])
-                    if (bRemoving)
-                        removeOper(model.tree, oper, &directories);
-                    else
-                        model.bFailed |= !install(model.tree, *model.pMedium, oper);
-            }
-        }
-        while (!directories.empty()) {
-            if (isKind(model.tree, directories.back(), 'd'))
-                removePath(model.tree, directories.back());
-            directories.pop_back();
-        }
-        if (bSelected)
-            record(model.tree, suite);
+    model.bFailed |= packages.empty();
+    for (int iPackage : packages) {
+        if (!pSpared->insert(iPackage).second)
+            continue;
+        for (const std::string &line : model.product.packages[static_cast<size_t>(iPackage)])
+            if (bRemoving)
+                removeOper(model.tree, wordsOf(line), &directories);
+            else
+                model.bFailed |= !install(model, wordsOf(line));
     }
+    for (; !directories.empty(); directories.pop_back())
+        if (kindAt(model.tree, directories.back()) == 'd')
+            removePath(model.tree, directories.back());
 }
 
 void InstallModel::run(const ModelMarks &marks, int iConfig, bool bRemoveAll)
 {
     bFailed = false;
-    (void)putFile(tree, s_log, {'f', 0644, ""});
+    (void)put(tree, s_dest + "Setup/setup.log", "f0644 ");
     if (!bRemoveAll)
-        (void)putFile(tree, s_history,
-                      {'f', 0644, "HistoryFileVersion 2\nThe Product\n3.5\n" + source + "\n"});
-    runPart(*this, marks, iConfig, true);
-    runPart(*this, marks, iConfig, false);
-    if (bRemoveAll) {
-        removePath(tree, s_dest + "/cdinst.dat");
-        tree.erase(s_history);
-    } else {
-        (void)putFile(tree, s_dest + "/cdinst.dat", {'f', 0644, pProduct->text()});
+        (void)put(tree, s_history, "f0644 " + historyHeader);
+    for (bool bRemoving : {true, false}) {
+        std::set<int> spared = bRemoving ? packagesInUse(product, marks, iConfig) : marks.packages;
+        for (int iId : suitesBeneath(product, iConfig)) {
+            bool bSelected = marks.selected.count(iId) > 0;
+            if ((marks.suites.count(iId) > 0) == bRemoving && bSelected != bRemoving)
+                runSuite(*this, product.suites.at(iId), &spared, bRemoving);
+            if (bSelected) /* in both parts: meant so */
+                for (int iPackage : product.suites.at(iId))
+                    tree[s_history] += recordOf(iPackage);
+        }
     }
+    tree.erase(bRemoveAll ? s_history : "");
+    tree.erase(s_dest + "cdinst.dat");
+    if (!bRemoveAll)
+        (void)put(tree, s_dest + "cdinst.dat", "f0644 " + description);
 }
