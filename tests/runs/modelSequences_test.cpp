@@ -20,21 +20,13 @@
 
 enum { MAINTENANCE = 2, UNATTENDED = 3, GROUP = 10, SUITE = 20 };
 
-struct Step {
-    enum { CHANGE, REMOVE_ALL, WITHOUT_DIALOGS } kind;
-    std::map<int, bool> choices; /* configurations that are ticked or cleared */
-};
+enum Step { CHANGE, REMOVE_ALL, WITHOUT_DIALOGS };
 
 static std::mt19937 s_random;
 
 static int upTo(int iMost) /* 0 to iMost */
 {
     return static_cast<int>(s_random() % static_cast<unsigned>(iMost + 1));
-}
-
-static bool oneIn(int iChances)
-{
-    return upTo(iChances - 1) == 0;
 }
 
 /* ---- random products ---- */
@@ -62,7 +54,6 @@ static const char *const s_apLines[] = {
 static std::string randomLine()
 {
     std::string line = s_apLines[s_random() % std::size(s_apLines)];
-
     for (size_t at = 0; (at = line.find('{', at)) != std::string::npos;) {
         size_t end = line.find('}', at);
         std::istringstream in(line.substr(at + 1, end - at - 1));
@@ -78,26 +69,24 @@ static std::string randomLine()
 static ModelProduct randomProduct()
 {
     ModelProduct product;
-    int iPackages = 2 + upTo(4), iSuites = 2 + upTo(3), iGroups = upTo(3);
-
-    for (int i = 0; i < iPackages; i++) {
-        product.packages.emplace_back();
-        for (int iLines = 1 + upTo(5); iLines > 0; iLines--)
-            product.packages.back().push_back(randomLine());
+    int iPackages = 2 + upTo(4), iGroups = GROUP + upTo(3), iSuites = SUITE + 2 + upTo(3);
+    product.packages.resize(static_cast<size_t>(iPackages));
+    for (auto &lines : product.packages)
+        for (int iCount = 1 + upTo(5); iCount > 0; iCount--)
+            lines.push_back(randomLine());
+    for (int iId = SUITE; iId < iSuites; iId++) {
+        product.suites[iId].resize(static_cast<size_t>(upTo(25) ? 1 + upTo(2) : 0));
+        for (int &iPackage : product.suites[iId])
+            iPackage = upTo(iPackages - 1);
     }
-    for (int iId = SUITE; iId < SUITE + iSuites; iId++)
-        for (int iCount = oneIn(25) ? 0 : 1 + upTo(2); iCount >= 0; iCount--)
-            if (iCount)
-                product.suites[iId].push_back(upTo(iPackages - 1));
-            else if (product.suites[iId], oneIn(2))
-                product.selected.insert(iId);
-    for (int iId = MAINTENANCE; iId < GROUP + iGroups; iId = iId == UNATTENDED ? GROUP : iId + 1) {
-        for (int iMember = GROUP; iMember < SUITE + iSuites; iMember++)
-            if ((iMember >= SUITE || (iMember > iId && iMember < GROUP + iGroups)) && oneIn(2))
-                product.groups[iId].push_back(iMember);
-        if (product.groups[iId], oneIn(2))
+    for (int iId = MAINTENANCE; iId < iGroups; iId = iId == UNATTENDED ? GROUP : iId + 1)
+        for (int iMember = std::max(iId, GROUP - 1) + 1; iMember < iSuites; iMember++)
+            if (std::vector<int> &members = product.groups[iId];
+                (iMember < iGroups || iMember >= SUITE) && upTo(1))
+                members.push_back(iMember);
+    for (int iId = MAINTENANCE; iId < iSuites; iId++)
+        if ((product.groups.count(iId) || product.suites.count(iId)) && upTo(1))
             product.selected.insert(iId);
-    }
     return product;
 }
 
@@ -121,14 +110,12 @@ static void writeMedium(const std::string &place)
 static std::string marksOfEngine(bool bMaintenance)
 {
     ModelMarks marks = {bMaintenance, {}, {}, {}, {}};
-    int iPackage = 0, iSuite = SUITE;
-
-    for (auto *pNode = CDInstPtr->pPackageHead; pNode; pNode = pNode->pNext, iPackage++)
+    for (auto *pNode = CDInstPtr->pPackageHead; pNode; pNode = pNode->pNext)
         if (pNode->pPackage->iInstalled)
-            marks.packages.insert(iPackage);
-    for (auto *pSuite = CDInstPtr->pSuiteHead; pSuite; pSuite = pSuite->pNext, iSuite++)
+            marks.packages.insert(atoi(pNode->pPackage->pName + 1));
+    for (auto *pSuite = CDInstPtr->pSuiteHead; pSuite; pSuite = pSuite->pNext)
         if (pSuite->iState)
-            marks.suites.insert(iSuite);
+            marks.suites.insert(atoi(pSuite->pName + 1));
     for (auto *pConfig = CDInstPtr->pConfigHead; pConfig; pConfig = pConfig->pNext) {
         if (pConfig->iInstalled)
             marks.installed.insert(pConfig->iId);
@@ -138,15 +125,15 @@ static std::string marksOfEngine(bool bMaintenance)
     return marks.text();
 }
 
-[[noreturn]] static void workAsTheDialogsDo(const Medium &medium, const Step &step)
+[[noreturn]] static void workAsTheDialogsDo(const Medium &medium, Step step,
+                                            const std::set<int> &selected)
 {
-    if (!freopen((medium.scratch / "output").c_str(), "w", stdout) ||
-        OV_instSetRunningDirectory(medium.place.c_str()) != 0)
-        _exit(2);
+    bool bReady = freopen((medium.scratch / "output").c_str(), "w", stdout) != nullptr;
+    (void)OV_instSetRunningDirectory(medium.place.c_str());
     OV_instPrepareEnvironment();
     CDInstPtr = OV_instReadCDinst((medium.place + "/cdinst.dat").c_str(), nullptr);
-    if (!CDInstPtr || OV_instSetRootDestination(medium.dest.c_str()) != 0)
-        _exit(3);
+    if (!bReady || !CDInstPtr || OV_instSetRootDestination(medium.dest.c_str()) != 0)
+        _exit(2);
     (void)OV_instSetSizes(CDInstPtr);
     std::string dest = OV_instGetDestinationDirectory();
     _OV_InstConfigList *pConfig = OV_instGetConfigFromId(CDInstPtr, MAINTENANCE);
@@ -155,13 +142,13 @@ static std::string marksOfEngine(bool bMaintenance)
     if (iFound)
         OV_instSetMaintenanceExists();
     writeFile(medium.scratch / "marks", marksOfEngine(iFound != 0));
-    for (auto [iId, bState] : step.choices)
-        OV_instGetConfigFromId(CDInstPtr, iId)->iSelected = bState;
     OV_instSetLastDlg(pConfig);
     SetConfigToInstall(pConfig);
-    if (step.kind == Step::CHANGE)
+    if (step == CHANGE) {
+        for (auto *pEach = CDInstPtr->pConfigHead; pEach; pEach = pEach->pNext)
+            pEach->iSelected = selected.count(pEach->iId) > 0;
         (void)OV_instMoveFiles(nullptr, pConfig);
-    if (step.kind == Step::REMOVE_ALL) {
+    } else {
         (void)OV_instPreInstallCheck(CDInstPtr, pConfig); /* nothing was changed: refused */
         SetSelectedFlags(pConfig, 0);
         (void)OV_instCommandLineInstall(CDInstPtr, pConfig, 1);
@@ -173,107 +160,68 @@ static std::string marksOfEngine(bool bMaintenance)
 static ModelTree treeOnDisk(const std::string &root)
 {
     ModelTree tree;
-
     for (const auto &entry : fs::recursive_directory_iterator(root)) {
-        const fs::file_status status = entry.symlink_status();
-        std::string path = entry.path(), text;
+        bool bLink = entry.is_symlink(), bDirectory = !bLink && entry.is_directory();
+        std::string path = entry.path();
         char caMode[8];
-        snprintf(caMode, sizeof caMode, "%04o ", static_cast<unsigned>(status.permissions()));
-        if (entry.is_symlink())
-            text = fs::read_symlink(path);
-        else if (!entry.is_directory() && entry.path().filename() != "setup.log") /* it has times */
-            text = readFile(path);
-        tree[path.substr(root.size() + 1)] = (entry.is_symlink()     ? "l"
-                                              : entry.is_directory() ? "d"
-                                                                     : "f") +
-                                             (caMode + text);
+        snprintf(caMode, sizeof caMode, "%c%04o ",
+                 bLink        ? 'l'
+                 : bDirectory ? 'd'
+                              : 'f',
+                 static_cast<unsigned>(entry.symlink_status().permissions()));
+        tree[path.substr(root.size() + 1)] =
+            caMode + (bLink ? fs::read_symlink(path).string()
+                      : bDirectory || path.find("/setup.log") != path.npos ? "" /* it has times */
+                                                                           : readFile(path));
     }
     return tree;
-}
-
-static std::string textOf(const ModelTree &tree)
-{
-    std::string text;
-
-    for (const auto &[path, node] : tree)
-        text += path + " " + node + "\n";
-    return text;
-}
-
-/* ---- steps ---- */
-
-static Step randomStep(const InstallModel &model, const ModelMarks &marks)
-{
-    Step step = {Step::CHANGE, {}};
-
-    if (oneIn(5))
-        step.kind = Step::WITHOUT_DIALOGS;
-    else if (marks.bMaintenance && oneIn(4))
-        step.kind = Step::REMOVE_ALL;
-    if (step.kind != Step::CHANGE)
-        return step;
-    for (const auto *pConfigs : {&model.product.groups, &model.product.suites})
-        for (const auto &[iId, members] : *pConfigs)
-            if (oneIn(3))
-                step.choices[iId] = oneIn(2);
-    if (marks.bMaintenance) /* as Add/Remove does it: the members themselves, not theirs */
-        for (int iMember : model.product.groups.at(MAINTENANCE))
-            step.choices.try_emplace(iMember, marks.installed.count(iMember) > 0);
-    return step;
-}
-
-static void follow(InstallModel *pModel, const Step &step)
-{
-    int iConfig = step.kind == Step::WITHOUT_DIALOGS ? UNATTENDED : MAINTENANCE;
-    ModelMarks marks = pModel->start(iConfig, iConfig == UNATTENDED);
-
-    for (auto [iId, bState] : step.choices)
-        if (bState)
-            marks.selected.insert(iId);
-        else
-            marks.selected.erase(iId);
-    if (step.kind == Step::REMOVE_ALL)
-        marks.selected.clear();
-    if (step.kind != Step::CHANGE || pModel->affectsPackages(marks, iConfig))
-        pModel->run(marks, iConfig, step.kind == Step::REMOVE_ALL);
 }
 
 static void runSequence(Medium &medium, InstallModel &model)
 {
     fs::remove_all(medium.dest);
     fs::create_directories(medium.dest);
-    medium.describe(model.product.text());
+    medium.describe(model.product.text(), usualHeader("NoChestRC\n"));
     model.description = readFile(medium.place + "/cdinst.dat");
     for (int iStep = 0, iSteps = 3 + upTo(3); iStep < iSteps; iStep++) {
-        ModelMarks marks = model.start(MAINTENANCE, false);
-        Step step = randomStep(model, marks);
-        SCOPED_TRACE("step " + std::to_string(iStep) + " of kind " + std::to_string(step.kind) +
-                     ", choices " + testing::PrintToString(step.choices));
-        if (step.kind == Step::WITHOUT_DIALOGS) {
+        bool bMaintenance = medium.has("SetupFiles/.h.his");
+        Step step = !upTo(4) ? WITHOUT_DIALOGS : bMaintenance && !upTo(3) ? REMOVE_ALL : CHANGE;
+        int iConfig = step == WITHOUT_DIALOGS ? UNATTENDED : MAINTENANCE;
+        ModelMarks marks = model.start(iConfig, step == WITHOUT_DIALOGS);
+        std::string found = marks.text();
+        for (const auto *pConfigs : {&model.product.groups, &model.product.suites})
+            for (const auto &[iId, members] : *pConfigs)
+                if (step == REMOVE_ALL || (step == CHANGE && !upTo(5)))
+                    marks.selected.erase(iId);
+                else if (step == CHANGE && !upTo(4))
+                    marks.selected.insert(iId);
+        SCOPED_TRACE("step " + std::to_string(iStep) + " of kind " + std::to_string(step) + ": " +
+                     found + " becomes " + marks.text());
+        if (step == WITHOUT_DIALOGS) {
             ASSERT_EQ(0, medium.install().iStatus);
         } else {
-            ASSERT_EXIT(workAsTheDialogsDo(medium, step), testing::ExitedWithCode(0), "");
-            ASSERT_EQ(marks.text(), readFile(medium.scratch / "marks"));
+            ASSERT_EXIT(workAsTheDialogsDo(medium, step, marks.selected),
+                        testing::ExitedWithCode(0), "");
+            ASSERT_EQ(found, readFile(medium.scratch / "marks"));
         }
-        follow(&model, step);
-        ASSERT_EQ(textOf(model.tree), textOf(treeOnDisk(medium.dest)));
-        std::string log = medium.log();
-        ASSERT_EQ(model.bFailed, log.find("\nError during the installation\n",
-                                          log.rfind("Starting Installation\n")) != log.npos);
+        if (step != CHANGE || model.affectsPackages(marks, iConfig))
+            model.run(marks, iConfig, step == REMOVE_ALL);
+        ASSERT_EQ(model.tree, treeOnDisk(medium.dest));
+        std::string log = medium.log(), told = "\nError during the installation\n";
+        ASSERT_EQ(model.bFailed, log.find(told, log.rfind("Starting Installation\n")) != log.npos);
     }
 }
 
 TEST(ModelSequences, TreeHistoryAndMarksAreTheModels)
 {
     const char *pCount = getenv("SETUP_SEQUENCES");
-    unsigned iCount = pCount ? static_cast<unsigned>(strtoul(pCount, nullptr, 10)) : 200;
+    unsigned iCount = pCount ? static_cast<unsigned>(atoi(pCount)) : 200;
     /* In memory where that can be had: every run waits until its files are on the disk. */
     Scratch place(access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp");
     Medium medium;
 
     medium.dest = place / "dest";
     medium.tree = medium.dest + "/prod/";
-    setenv("HOME", (medium.scratch / "home").c_str(), 1);
     writeMedium(medium.place);
     for (unsigned i = 1; i <= iCount && !HasFatalFailure(); i++) {
         s_random.seed(i);
