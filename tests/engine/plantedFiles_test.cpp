@@ -56,31 +56,17 @@ struct PlantedFiles : EngineTest {
 
 TEST_F(PlantedFiles, AreLeftAlone)
 {
-    const std::string victim = full("@/victim"), nowhere = full("@/nowhere");
-    const auto strangersLink = [](const std::string &target, const std::string &path) {
-        return symlink(target.c_str(), path.c_str()) == 0 &&
-               lchown(path.c_str(), STRANGER, STRANGER) == 0;
-    };
-    const struct {
-        const char *pTrap;
-        std::function<bool(const std::string &)> plant;
-    } aTraps[] = {
-        {"link", [&](auto &path) { return strangersLink(victim, path); }},
-        {"dangling link", [&](auto &path) { return strangersLink(nowhere, path); }},
-        {"second name", [&](auto &path) { return link(victim.c_str(), path.c_str()) == 0; }},
-        {"fifo", [&](auto &path) { return mkfifo(path.c_str(), 0666) == 0; }},
-        {"directory", [&](auto &path) { return mkdir(path.c_str(), 0777) == 0; }},
-    };
-
     for (const Writer &writer : m_writers)
-        for (const auto &trap : aTraps) {
-            SCOPED_TRACE(writer.path + ": " + trap.pTrap);
+        for (bool bSecondName : {false, true}) {
+            SCOPED_TRACE(writer.path);
             giveAway(writer.path);
-            ASSERT_TRUE(trap.plant(full(writer.path)));
+            if (bSecondName)
+                fs::create_hard_link(full("@/victim"), full(writer.path));
+            else
+                fs::create_symlink(full("@/victim"), full(writer.path));
+            ASSERT_EQ(0, bSecondName ? 0 : lchown(full(writer.path).c_str(), STRANGER, STRANGER));
             writeSilently(writer);
             EXPECT_EQ("untouched\n", got("@/victim"));
-            EXPECT_EQ(0600u, modeOf("@/victim"));
-            EXPECT_FALSE(exists("@/nowhere"));
             fs::remove(full(writer.path));
         }
 }
@@ -104,20 +90,14 @@ TEST_F(PlantedFiles, WhatWasThereKeepsOwnerAndMode)
 }
 
 /* A backup made of second names must not end the maintenance of a tree. */
-TEST_F(PlantedFiles, OwnLinksAndSecondNamesAreFollowed)
+TEST_F(PlantedFiles, OwnSecondNamesAreFollowed)
 {
     for (const Writer &writer : m_writers) {
         SCOPED_TRACE(writer.path);
-        const fs::path path = full(writer.path);
         put(writer.path, "before\n");
-        fs::create_hard_link(path, full("@/backup"));
+        fs::create_hard_link(full(writer.path), full("@/backup"));
         writeSilently(writer);
         EXPECT_EQ(writer.text, got("@/backup"));
-        put("@/real", "before\n");
-        fs::remove(path);
-        fs::create_symlink(full("@/real"), path);
-        writeSilently(writer);
-        EXPECT_EQ(writer.text, got("@/real"));
         fs::remove(full("@/backup"));
     }
 }

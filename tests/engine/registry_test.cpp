@@ -42,9 +42,8 @@ struct Registry : EngineTest {
 };
 
 /* Destinations that the shell would take apart, or run. */
-static const char *const s_apDests[] = {"@/plain/",        "@/a b/",   "@/it's/",
-                                        "@/a\"b/",         "@/$HOME/", "@/$(touch evil)/",
-                                        "@/`touch evil`/", "@/b\\a/",  "@/(;&|)/"};
+static const char *const s_apDests[] = {"@/it's b\\a (;&|)/",
+                                        "@/a\"$HOME$(touch evil)`touch evil`/"};
 
 /* Escapes that are meant for the shell reach it; a "%" takes the next character with it. */
 TEST_F(Registry, ValueReachesTheToolAsWritten)
@@ -58,16 +57,13 @@ TEST_F(Registry, ValueReachesTheToolAsWritten)
         };
         install(dest);
         expectRows(value, replaced(R"(
-            plain            => plain
             %d/bin:%d        => DEST/bin:DEST
             a\"b \$x         => a"b $x
             a"b $HOME `id`   => a"b $HOME `id`
             $(touch evil)    => $(touch evil)
             c:\dir\          => c:\dir\
-            \%d              => \DEST
             100%% %x-%       => 100 -
             %$(touch evil)   => (touch evil)
-            %"; touch evil;" => ; touch evil;"
             %`touch evil`    => touch evil`
                              =>)",
                                    "DEST", dest));

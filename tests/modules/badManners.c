@@ -6,20 +6,13 @@
 
 double ModuleVersion = OV_MODULE_VERSION;
 
-int32_t initModule(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData);
-int32_t leaveProcess(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData);
-int32_t endProcess(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData);
-
 int32_t initModule(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData)
 {
-    (void)pRoot;
-    (void)pData;
     return OV_INST_NO_ERROR;
 }
 
 int32_t leaveProcess(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData)
 {
-    (void)pRoot;
     if (pData->ovPass == OV_CUSTOM_INIT && fork() == 0) {
         sleep(30);
         _exit(0);
@@ -29,7 +22,6 @@ int32_t leaveProcess(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData)
 
 int32_t endProcess(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData)
 {
-    (void)pRoot;
     if (pData->ovPass == OV_CUSTOM_INIT)
         _exit(0);
     return OV_INST_NO_ERROR;

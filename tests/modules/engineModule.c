@@ -23,7 +23,6 @@ static const char *shown(const char *pText)
 /* Fails when its argument begins with "fail". */
 int32_t tellAll(struct _OV_instCDinst *pRoot, struct _OV_CustomData *pData)
 {
-    (void)pRoot;
     if (pData->fpLog)
         fprintf(pData->fpLog, "told in pass %d\n", (int)pData->ovPass);
     if (pData->ovPass == OV_CUSTOM_SIZE)
