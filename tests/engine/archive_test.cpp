@@ -90,19 +90,19 @@ TEST_F(Archive, CompressedFileIsUncompressed)
         return std::to_string(iResult) + " " + records();
     };
     load("");
-    put("M/f `x` $y", std::string(10241, 'f'));
+    put("M/f `x` $y", "f");
     put("M/plain", "not compressed");
     ASSERT_EQ(0, shell("bzip2 'M/f `x` $y'"));
     /* The decompressor tells as well. */
     (void)told([&] {
         expectRows(uncompress, R"(
-            f `x` $y.bz2|D/new/f  => 0 +10240 M/f `x` $y.bz2 D/new/f\n+1 M/f `x` $y.bz2 D/new/f\n
+            f `x` $y.bz2|D/new/f  => 0 +1 M/f `x` $y.bz2 D/new/f\n
             f `x` $y.bz2|D/file/f => 1 -1 Uncompress can't create destination directory for:\n
                                      D/file/f\n
             f `x` $y.bz2|D/new    => 1 0 Can't create file D/new\n
             plain|D/x             => 1 -1 Uncompress couldn't close input file M/plain\n
             plain|                => 1 -1 Uncompress invalid parameters\n)");
     });
-    EXPECT_EQ(10241u, got("D/new/f").size());
+    EXPECT_EQ("f", got("D/new/f"));
     EXPECT_EQ(0640u, modeOf("D/new/f"));
 }

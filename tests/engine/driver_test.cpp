@@ -36,8 +36,6 @@ TEST_F(Driver, EveryKindActsInItsPassAndMode)
         const std::string text = runLines(s_caEveryKind, iMode, ovPass),
                           called = "init 1 model\npass " + replaced(words, " ", " mode ") +
                                    ": @/root/|@/root/Orvane/|D/|M/|data|p|S|0|no shell\n";
-        EXPECT_EQ(ovPass, package("p")->iPassDone);
-        EXPECT_TRUE(words != "3 0" || got("D/d/hard") == "file");
         return replaced(text, called, "F");
     };
     ASSERT_EQ(0, system(("cd " + m_medium + " && tar -cf t f && bzip2 -k t").c_str()));
@@ -57,7 +55,6 @@ TEST_F(Driver, EveryKindActsInItsPassAndMode)
                    +1 D/d/hard\n+1 D/d/soft\nF+1 D/d/e\n+1 D/d\n
             3 2 => 0 +4 D/copied\n+6 D/z\n+4 D/f\n+5 D/f\n+6 @/root/f\n+7 @/root/Orvane/f\n
                    +1 D/d/hard\n+1 D/d/soft\nF)");
-        EXPECT_FALSE(exists("D/d"));
     });
 }
 

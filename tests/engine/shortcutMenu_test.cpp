@@ -143,6 +143,29 @@ TEST_F(ShortcutMenu, FullDiskLeavesTheOldFile)
     EXPECT_FALSE(exists("@/ORVARC"));
 }
 
+TEST_F(ShortcutMenu, PlantedLinksAreNotFollowed)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can plant what is somebody else's";
+    struct stat info = {};
+    put("@/victim", "precious\n");
+    ASSERT_EQ(0, chown(m_scratch.path.c_str(), 4242, 4242));
+    fs::create_symlink(full("@/victim"), full("@/ORVARC")); /* at the new file's name: replaced */
+    EXPECT_NE("", install("ToolChest"));
+    ASSERT_EQ(0, lstat(full("@/.shortcuts").c_str(), &info));
+    EXPECT_TRUE(S_ISREG(info.st_mode) && info.st_uid == 4242) << "the directory's owner";
+    ASSERT_EQ(0, chown(full("@/.shortcuts").c_str(), 4343, 4344));
+    ASSERT_EQ(0, chmod(full("@/.shortcuts").c_str(), 0640));
+    EXPECT_NE("", install("ToolChest", "More"));
+    ASSERT_EQ(0, stat(full("@/.shortcuts").c_str(), &info));
+    EXPECT_TRUE(info.st_uid == 4343 && info.st_gid == 4344 && (info.st_mode & 07777) == 0640);
+    fs::remove(full("@/.shortcuts")); /* in the old file's place: not read */
+    fs::create_symlink(full("@/victim"), full("@/.shortcuts"));
+    ASSERT_EQ(0, lchown(full("@/.shortcuts").c_str(), 4242, 4242));
+    EXPECT_EQ("precious\n", install("ToolChest", "View", "view", 1));
+    EXPECT_EQ("Unable to open Shortcut file\n", m_told);
+}
+
 TEST_F(ShortcutMenu, SincludeLineIsAddedOnce)
 {
     const std::string home = m_scratch.path.string();
@@ -152,13 +175,10 @@ TEST_F(ShortcutMenu, SincludeLineIsAddedOnce)
         return iResult;
     };
     put("@/.auxchestrc", "sinclude /else/.title");
-    ASSERT_EQ(0, chmod(full("@/.auxchestrc").c_str(), 0600));
     EXPECT_EQ(0, add(nullptr, "/opt//o/"));
     EXPECT_EQ(0, add(home.c_str(), "/opt/o"));
     EXPECT_EQ("sinclude /else/.title\nsinclude /opt/o/.title\n", got("@/.auxchestrc"));
-    EXPECT_EQ(0600U, modeOf("@/.auxchestrc"));
-
-    /* What has another name elsewhere, and what is no file. */
+    /* What has another name elsewhere. */
     fs::create_hard_link(full("@/.auxchestrc"), full("@/victim"));
     EXPECT_EQ(1, add(home.c_str(), "/opt/p"));
     EXPECT_EQ("Unable to open shortcut file: " + home + "/.auxchestrc\n", m_told);

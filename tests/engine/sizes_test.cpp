@@ -108,7 +108,6 @@ TEST_F(Sizes, SharedPackagesAreChargedOnce)
         3:11 7:01 4:11 => 0 40
         3:11 7:01 4:01 => 0 50
         3:11 7:10 4:10 => 0 -60
-        3:11 7:02 4:01 => 0 60
         3:01 7:11 4:01 => 50 50)");
     EXPECT_EQ(static_cast<int64_t>(package("a")->lSize2 + package("c")->lSize2),
               OV_instGetWriteSize(CDInstPtr, config(3), 0));
