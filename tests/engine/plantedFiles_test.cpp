@@ -103,3 +103,25 @@ TEST_F(PlantedFiles, RegistryOpensNobodysFile)
     OV_instChangeResgitryPermission(m_dest.c_str());
     EXPECT_EQ(0644u, modeOf("D/Application/registry"));
 }
+
+/* Root must not install what somebody's history leads to, which is modules as well. */
+TEST_F(PlantedFiles, AHistoryOfAStrangersLeadsNowhere)
+{
+    const std::string before = OV_instGetSourceDirectory();
+    const auto source = [&] {
+        (void)OV_instSetSourceDirectory(before.c_str());
+        EXPECT_EQ(1, OV_UpdateSuiteHistory(CDInstPtr, nullptr, CDInstPtr->pSuiteHead,
+                                           m_dest.c_str(), "Product", "3.5"));
+        return std::string(OV_instGetSourceDirectory());
+    };
+    const std::string history = full(s_apFiles[1]);
+
+    fs::create_directories(full("@/elsewhere"));
+    put(history, "HistoryFileVersion 2\nProduct\n3.5\n" + full("@/elsewhere") + "\n");
+    EXPECT_EQ(full("@/elsewhere"), source());
+    ASSERT_EQ(0, chmod(history.c_str(), 0664));
+    EXPECT_EQ(before, source());
+    ASSERT_EQ(0, chmod(history.c_str(), 0644));
+    ASSERT_EQ(0, chown(history.c_str(), STRANGER, STRANGER));
+    EXPECT_EQ(before, source());
+}
