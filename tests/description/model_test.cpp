@@ -6,24 +6,16 @@
 
 #include "description/describe.h"
 
-static _OV_InstPackage *addPackage(const Model &model, const char *pName)
-{
-    _OV_InstPackage *pPackage = newPackage(model.get());
-    pPackage->pName = strdup(pName);
-    return pPackage;
-}
-
 TEST(LookUp, GivesTheFirstInFileOrder)
 {
     Model model(newCDinst());
-    ASSERT_EQ(0, addLines(model, {"Suite \"Base\"", "Suite \"Base\""}));
-    _OV_InstPackage *pPackage = addPackage(model, "core");
+    ASSERT_EQ(0, addLines(model, {"Suite \"Base\"", "Suite \"Base\"", "Package \"core\" \"\"",
+                                  "Package \"core\" \"\""}));
     _OV_InstConfigList *pConfig = newConfig(model.get(), 3, OV_CONFIG_CUSDLG);
-    addPackage(model, "core");
     newConfig(model.get(), 3, OV_CONFIG_SUITE);
 
     EXPECT_EQ(model->pSuiteHead, OV_instGetSuiteFromName(model.get(), "Base"));
-    EXPECT_EQ(pPackage, OV_instGetPackageFromName(model.get(), "core"));
+    EXPECT_EQ(model->pPackageHead->pPackage, OV_instGetPackageFromName(model.get(), "core"));
     EXPECT_EQ(pConfig, OV_instGetConfigFromId(model.get(), 3));
     EXPECT_EQ(nullptr, OV_instGetSuiteFromName(model.get(), "base"));
     EXPECT_EQ(nullptr, OV_instGetConfigFromId(nullptr, 3));
@@ -35,7 +27,7 @@ TEST(LookUp, SeesWhatWasAppendedBehindIt)
     EXPECT_EQ(nullptr, OV_instGetPackageFromName(model.get(), "late"));
     _OV_InstPackage *pUnnamed = newPackage(model.get());
     EXPECT_EQ(nullptr, OV_instGetPackageFromName(model.get(), "late"));
-    addPackage(model, "late");
+    ASSERT_EQ(0, addLines(model, {"Package \"late\" \"\""}));
     pUnnamed->pName = strdup("late"); /* named last, yet first in the file */
     EXPECT_EQ(pUnnamed, OV_instGetPackageFromName(model.get(), "late"));
 }

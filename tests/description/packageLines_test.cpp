@@ -56,16 +56,14 @@ TEST(OperationLine, FillsItsRecordOrIsRejected)
         {R"(SelfReg "m")", "SelfReg|1|m|"},
         {R"(Untar "x" 1 "a" 1 "b)", "rejected Error: invalid tar line\n"},
         {R"(Untar "x" 1 "a" 9223372036854775808)", "rejected Error: invalid tar line\n"},
-        {R"(Untar "x" 9223372036854775808)", "rejected "},
-        {R"(UntarZ2 "r" "x)", "rejected "},
-        {R"(Copy "a)", "rejected "},
-        {R"(Copy "a" "b" 9223372036854775808)", "rejected "},
-        {R"(Mkdir "d" 1 2 0xffffffffffffffffff)", "rejected "},
-        {R"(SoftLink "l" "t" "x)", "rejected "},
-        {R"(Shortcut "1" "2" "3)", "rejected "},
     };
     for (const auto &apRow : aaRows)
         EXPECT_EQ(apRow[1], parse(apRow[0])) << apRow[0];
+    for (const char *pLine :
+         {R"(Untar "x" 9223372036854775808)", R"(UntarZ2 "r" "x)", R"(Copy "a)",
+          R"(Copy "a" "b" 9223372036854775808)", R"(Mkdir "d" 1 2 0xffffffffffffffffff)",
+          R"(SoftLink "l" "t" "x)", R"(Shortcut "1" "2" "3)"})
+        EXPECT_EQ("rejected ", parse(pLine)) << pLine;
 }
 
 TEST(TarLine, GrowsByAHundredClearSlots)

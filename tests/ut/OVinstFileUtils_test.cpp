@@ -53,11 +53,8 @@ struct InDirectory : testing::Test {
 
 TEST(BuildPath, JoinsWithSingleSlashes)
 {
-    EXPECT_EQ(taken(OV_instBuildPath("/a/", "b", "/c", nullptr)), "/a/b/c");
-    EXPECT_EQ(taken(OV_instBuildPath("Setup", "log.txt", nullptr)), "Setup/log.txt");
     EXPECT_EQ(taken(OV_instBuildPath("", "x", nullptr)), "/x");
     EXPECT_EQ(taken(OV_instBuildPath("a", "", "", nullptr)), "a/");
-    EXPECT_EQ(taken(OV_instBuildPath("a//b///", nullptr)), "a/b/");
     EXPECT_EQ(taken(OV_instBuildPath("..", ".", "//", "x/", nullptr)), ".././x/");
     EXPECT_EQ(OV_instBuildPath(nullptr, "x", nullptr), nullptr);
     EXPECT_EQ(OV_instRemoveExtraSlash(nullptr), 1);
@@ -72,7 +69,6 @@ TEST(PathParts, SplitAtTheLastSlash)
         {"/x", "/", "x"},
         {"cdinst.dat", "./", "cdinst.dat"},
         {"a//b///", "a/", ""},
-        {"a/", "./", ""},
         {"/", "./", ""},
         {"", "./", ""},
         {nullptr, "(null)", "(null)"},
@@ -105,9 +101,7 @@ TEST_F(InDirectory, FindsTheNearestDirectory)
     EXPECT_EQ(taken(OV_instGetPartitionDirectory((base + "/dir/a//b/").c_str())), base + "/dir/");
     EXPECT_EQ(taken(OV_instGetPartitionDirectory("link")), "link");
     EXPECT_EQ(taken(OV_instGetPartitionDirectory("/no/such")), "/");
-    EXPECT_EQ(taken(OV_instGetPartitionDirectory("no/such")), "./");
     EXPECT_EQ(taken(OV_instGetPartitionDirectory(nullptr)), base);
-    EXPECT_EQ(taken(OV_instGetPartitionDirectory("")), base);
     EXPECT_EQ(OV_instGetPartitionDirectory("file"), nullptr);
     EXPECT_EQ(taken(OV_instGetPartitionDirectory("file/")), "./");
     EXPECT_EQ(OV_instGetPartitionDirectory(std::string(4097, 'x').c_str()), nullptr);
@@ -153,40 +147,18 @@ TEST(Getline, ReadsPiecesOf102399Bytes)
     EXPECT_TRUE(linesOf(full + "\n") == full + "|2");
     EXPECT_TRUE(linesOf(full + "x\n") == full + "x|3");
     EXPECT_TRUE(linesOf(full + "\\\nb\n") == full + " b|4"); /* the newline is the second piece */
-    EXPECT_TRUE(linesOf(full + "\\z\nb") == full + "\\z|b|3");
-    EXPECT_TRUE(linesOf("a\n" + full + "x") == "a|3"); /* unfinished, and lost */
+    EXPECT_TRUE(linesOf("a\n" + full + "x") == "a|3");       /* unfinished, and lost */
     EXPECT_TRUE(linesOf(full + full + "\n" + full) == full + full + "|" + full + "|3");
-}
-
-TEST(NeedNewline, LooksAtTheLastByteOnly)
-{
-    for (const char *pBytes : {"", "a", "\na", "a\n", "a\n\n"}) {
-        OwnedFile file = holding(pBytes);
-        int iFirst = getc(file.get());
-        EXPECT_EQ(OV_instNeedNewline(file.get()), strncmp(pBytes, "a\n", 2) != 0) << pBytes;
-        EXPECT_EQ(ftell(file.get()), iFirst == EOF ? 0 : 1) << pBytes;
-    }
-    EXPECT_EQ(OV_instNeedNewline(nullptr), 1);
-}
-
-/* Each piece with "|" behind it, and the count. */
-static std::string piecesOf(const char *pText, char cSeparator)
-{
-    int iCount = -1;
-    std::string pieces;
-    char **apPieces = OV_instSplitStringOn(pText, cSeparator, &iCount);
-
-    for (char **ppPiece = apPieces; ppPiece && *ppPiece; ppPiece++)
-        pieces += *ppPiece + std::string("|");
-    OV_instFreeStringArray(apPieces);
-    return (apPieces ? pieces : "(null)") + std::to_string(iCount);
 }
 
 TEST(SplitString, KeepsEmptyPieces)
 {
-    EXPECT_EQ(piecesOf("a::b", ':'), "a||b|3");
-    EXPECT_EQ(piecesOf("", ':'), "|1");
-    EXPECT_EQ(piecesOf(":a:", ':'), "|a||3");
-    EXPECT_EQ(piecesOf(nullptr, ':'), "(null)0");
-    EXPECT_EQ(piecesOf("a", '\0'), "(null)0");
+    int iCount = -1;
+    char **apPieces = OV_instSplitStringOn(":a:", ':', &iCount);
+
+    ASSERT_EQ(iCount, 3);
+    EXPECT_EQ(std::string(apPieces[0]) + "|" + apPieces[1] + "|" + apPieces[2], "|a|");
+    OV_instFreeStringArray(apPieces);
+    EXPECT_EQ(OV_instSplitStringOn("a", '\0', &iCount), nullptr);
+    EXPECT_EQ(iCount, 0);
 }

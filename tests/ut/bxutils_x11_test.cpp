@@ -2,7 +2,6 @@
 
 #include <climits>
 #include <clocale>
-#include <cmath>
 
 #include "ut/bxutils.h"
 #include "ut/display.h"
@@ -144,23 +143,20 @@ TEST_F(Bxutils, ConvertersWarnOfArgumentsAndAskForRoom)
     XrmValue from = {3, (XPointer) "ab"};
     XrmValue to = {};
     XrmValue nothing = {};
-    Cardinal iArgs = 1;
+    Cardinal iArgs;
     char cSmall;
 
-    EXPECT_TRUE(CvtStringToXmString(XtDisplay(parent), &from, &iArgs, &from, &to, nullptr));
-    EXPECT_EQ("wrongParameters|XtToolkitError|cvtStringToXmString|"
-              "String to XmString converter needs no extra arguments",
-              s_warning);
-    EXPECT_EQ("L 'ab'", components(*(XmString *)to.addr));
-    XmStringCvtDestroy(context(), &to, nullptr, nullptr, &iArgs);
-
-    to = {};
-    EXPECT_TRUE(CvtStringToXmStringTable(XtDisplay(parent), &from, &iArgs, &nothing, &to, nullptr));
-    EXPECT_EQ("wrongParameters|XtToolkitError|cvtStringToXmStringTable|"
-              "String to XmStringTable converter needs no extra arguments",
-              s_warning);
-    EXPECT_EQ(nullptr, **(XmString **)to.addr);
-    XmStringTableCvtDestroy(context(), &to, nullptr, nullptr, &iArgs);
+    for (auto [pName, fpConvert, fpDestroy] :
+         {std::tuple{"XmString", &CvtStringToXmString, &XmStringCvtDestroy},
+          {"XmStringTable", &CvtStringToXmStringTable, &XmStringTableCvtDestroy}}) {
+        to = {};
+        iArgs = 1;
+        EXPECT_TRUE(fpConvert(XtDisplay(parent), &from, &iArgs, &from, &to, nullptr));
+        EXPECT_EQ(std::string("wrongParameters|XtToolkitError|cvtStringTo") + pName +
+                      "|String to " + pName + " converter needs no extra arguments",
+                  s_warning);
+        fpDestroy(context(), &to, nullptr, nullptr, &iArgs);
+    }
 
     iArgs = 0;
     s_warning.clear();
@@ -216,31 +212,19 @@ TEST_F(Bxutils, WidgetsByNameSearchUpwards)
     XtDestroyWidget(top);
 }
 
-TEST(Numbers, SmallHelpers)
+TEST(Numbers, AreReadWholeOrNotAtAll)
 {
     const std::tuple<const char *, unsigned, int, unsigned> rows[] = {
         {"12345", 3, 1, 123},     {"0042", 4, 1, 42}, {"12", 3, 0, 7},
         {"1x3", 3, 0, 7},         {"x", 1, 0, 7},     {"4294967295", 10, 1, UINT_MAX},
         {"4294967296", 10, 0, 7}, {"5", 0, 0, 7},
     };
-    Arg aArgs[2] = {};
-    Cardinal iCount = 1;
-    float *pSingle = SINGLE(1.25f);
-    double *pDouble = DOUBLE(M_PI);
 
     for (const auto &[pText, iLength, iResult, iValue] : rows) {
         unsigned int iRead = 7;
         EXPECT_EQ(iResult, atoui(pText, iLength, &iRead)) << pText;
         EXPECT_EQ(iValue, iRead) << pText;
     }
-    SET_BACKGROUND_COLOR(nullptr, aArgs, &iCount, 42);
-    EXPECT_EQ(2u, iCount);
-    EXPECT_STREQ(XmNbackground, aArgs[1].name);
-    EXPECT_EQ(42, aArgs[1].value);
-    EXPECT_EQ(1.25f, *pSingle);
-    EXPECT_EQ(M_PI, *pDouble);
-    XtFree((char *)pSingle);
-    XtFree((char *)pDouble);
 }
 
 /* What the display's resources say; "-" for nothing. */
@@ -253,18 +237,6 @@ static std::string said(Widget widget, const char *pName)
                                                                                        : "-";
 }
 
-TEST_F(Bxutils, FallbackLinesOverrideNothing)
-{
-    const char *const apFirst[] = {".colour: red", "*wide: yes", nullptr};
-    const char *const apSecond[] = {".colour: blue", ".more: 1", nullptr};
-
-    setDefaultResources("thing", parent, apFirst);
-    setDefaultResources("thing", parent, apSecond);
-    EXPECT_EQ("red", said(parent, "setup.thing.colour"));
-    EXPECT_EQ("yes", said(parent, "setup.thing.any.wide"));
-    EXPECT_EQ("1", said(parent, "setup.thing.more"));
-}
-
 TEST_F(Bxutils, AppDefaultsComeAndGo)
 {
     _UIAppDefault aTable[] = {
@@ -272,11 +244,13 @@ TEST_F(Bxutils, AppDefaultsComeAndGo)
         {"Part", "inst", nullptr, "res3", nullptr},   {"Part", "", nullptr, "res4", nullptr},
         {"Part", "inst", nullptr, "absent", nullptr}, {nullptr, nullptr, nullptr, nullptr, nullptr},
     };
+    const char *const apLater[] = {"Part.inst.res2: other", nullptr}; /* overrides nothing */
     const char *const apLines[] = {"Part.inst.sub.res: one", "Part.inst.res2: two\\n2",
                                    "Part.inst.res3: \\ three", "Part.Part.res4: fo\\\\ur", nullptr};
     Widget dialog = XtCreateWidget("dialog", xmFormWidgetClass, parent, nullptr, 0);
 
     setDefaultResources("", parent, apLines);
+    setDefaultResources("", parent, apLater);
     InitAppDefaults(parent, aTable);
     EXPECT_STREQ("one", aTable[0].pValue);
     EXPECT_STREQ("two\n2", aTable[1].pValue);

@@ -65,15 +65,11 @@ static int tryWrite(const std::string &path, int iFlags = O_TRUNC, mode_t iMode 
     return tried(OV_instGuardedOpen(path.c_str(), O_WRONLY | O_CREAT | iFlags, iMode));
 }
 
-static int tryParent(const char *pPath, const char *pName = nullptr)
-{
-    return tried(OV_instGuardedOpenParent(pPath, &pName));
-}
-
 TEST_F(Guard, RefusesStrangersLinks)
 {
     if (!isRoot())
         GTEST_SKIP() << "only root can plant another user's links";
+    const char *pName = nullptr;
     plant("root/dir", "../outside", true);
     plant("root/absolute", base + "/outside", true);
     plant("root/file", "../outside/victim", true);
@@ -92,7 +88,7 @@ TEST_F(Guard, RefusesStrangersLinks)
         EXPECT_EQ(OV_instGuardedFopen(pPath, "a"), nullptr);
     }
     EXPECT_EQ(tried(OV_instGuardedOpenDir("root/dir/")), ELOOP);
-    EXPECT_EQ(tryParent("root/dir/victim"), ELOOP);
+    EXPECT_EQ(tried(OV_instGuardedOpenParent("root/dir/victim", &pName)), ELOOP);
     EXPECT_EQ(tried(OV_instGuardedRemove("root/dir/victim")), ELOOP);
     EXPECT_FALSE(fs::exists("outside/victim2"));
     EXPECT_EQ(readFile("outside/victim"), "kept");
@@ -171,35 +167,20 @@ TEST_F(Guard, RemovesTheObjectItself)
     }
     EXPECT_EQ(tried(OV_instGuardedRemove("root/none")), ENOENT);
     EXPECT_EQ(readFile("outside/victim"), "kept");
-
-    fs::remove_all("root"); /* and made again: found again */
-    EXPECT_EQ(tryWrite("root/f"), ENOENT);
-    fs::create_directory("root");
-    EXPECT_EQ(tryWrite("root/f"), 0);
 }
 
 TEST_F(Guard, OpensParentsAndStreams)
 {
     const char *pName = nullptr;
-    OwnedFd parent(OV_instGuardedOpenParent("root/sub/name", &pName));
-    ASSERT_STREQ(pName, "name");
-    EXPECT_EQ(mkdirat(parent.iFd, pName, 0700), 0);
-    EXPECT_TRUE(fs::is_directory("root/sub/name"));
-    EXPECT_EQ(tryParent("root/sub/name/"), EINVAL);
-    EXPECT_EQ(tryParent("bare"), 0);
-    EXPECT_EQ(tryParent("/top"), 0);
-
-    auto written = [](const char *pMode, const char *pText) -> std::string {
-        OwnedFile file(OV_instGuardedFopen("root/f", pMode));
-        if (!file || !(fcntl(fileno(file.get()), F_GETFD) & FD_CLOEXEC) ||
-            fputs(pText, file.get()) < 0)
-            return "(failed)";
-        file.reset();
-        return readFile("root/f");
-    };
-    EXPECT_EQ(written("a", "abc"), "abc");
-    EXPECT_EQ(written("a", "d"), "abcd");
-    EXPECT_EQ(written("rw", "x"), "(failed)");
+    for (const char *pPath : {"root/sub/name", "name", "/name"}) {
+        EXPECT_EQ(tried(OV_instGuardedOpenParent(pPath, &pName)), 0);
+        EXPECT_STREQ(pName, "name");
+    }
+    EXPECT_EQ(tried(OV_instGuardedOpenParent("root/sub/name/", &pName)), EINVAL);
+    OwnedFile file(OV_instGuardedFopen("root/f", "a"));
+    ASSERT_NE(file, nullptr);
+    EXPECT_TRUE(fcntl(fileno(file.get()), F_GETFD) & FD_CLOEXEC);
+    EXPECT_EQ(OV_instGuardedFopen("root/f", "rw"), nullptr);
 }
 
 TEST_F(Guard, NeverWaitsForAFifoAndUsesTheUmask)

@@ -54,9 +54,6 @@ TEST_F(PrivateFile, ReplacesItsOwn)
     ASSERT_EQ(0, lstat(m_path.c_str(), &status));
     EXPECT_EQ(0600u, status.st_mode & 07777);
     EXPECT_EQ("100%s\n", content());
-    EXPECT_EQ(0, OV_instWritePrivate(m_path.c_str(), ""));
-    EXPECT_EQ("", content());
-
     OwnedFile file(OV_instCreatePrivate(m_path.c_str()));
     ASSERT_NE(nullptr, file);
     (void)fputs("by stream", file.get());

@@ -54,7 +54,6 @@ TEST(ShellQuotedText, KeepsItsEscapesAndRunsNothing)
     static const struct {
         const char *pText, *pQuoted;
     } aRows[] = {
-        {"plain \\n text", "plain \\n text"},
         {"\\\\ \\\" \\$ \\`", "\\\\ \\\" \\$ \\`"},
         {"\" $ `", "\\\" \\$ \\`"},
         {"end\\", "end\\\\"},
