@@ -75,19 +75,6 @@ TEST(Faults, KilledProcessesLeaveNobodyBehind)
     }
 }
 
-TEST(Faults, ParentKilledWhileChildIsStopped)
-{
-    Medium medium;
-
-    makeLargeMedium(medium);
-    medium.install([&](pid_t iParent) {
-        ASSERT_TRUE(soon([&] { return medium.has("SetupFiles/.h.his"); })); /* it is at work */
-        kill(childrenOf(iParent)[0], SIGSTOP);
-        kill(iParent, SIGKILL);
-    });
-    expectNothingLeft(medium);
-}
-
 TEST(Faults, DamagedArchives)
 {
     struct Case {
@@ -103,6 +90,7 @@ TEST(Faults, DamagedArchives)
         {"empty", ": > plain", "Untar \"plain\"", false},
         {"cut plain", "head -c 100000 plain > x; mv x plain", "Untar \"plain\"", false},
         {"a directory", "rm plain; mkdir plain", "Untar \"plain\"", true},
+        {"sound, but padded", "tar -b 256 -cf plain files", "Untar \"plain\"", false},
     };
 
     for (const Case &test : cases) {
@@ -152,40 +140,32 @@ TEST(Faults, FullDisk)
     umount(medium.dest.c_str());
 }
 
-TEST(Faults, ReadOnlyDestination)
+/* Read-only, or with a file where a directory should be. */
+TEST(Faults, DestinationThatCannotBeMade)
 {
     Medium medium;
-
-    fs::create_directories(medium.dest);
-    if (mount("tmpfs", medium.dest.c_str(), "tmpfs", MS_RDONLY, nullptr) < 0)
-        GTEST_SKIP() << "needs the right to mount a tmpfs";
-    medium.file("a", "a");
-    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
-    RunResult result = medium.install();
-    umount(medium.dest.c_str());
-
-    EXPECT_EQ(result.iStatus, 1);
-    EXPECT_NE(result.out.find("Unable to create install directoryReturning OK\n"),
-              std::string::npos);
-    EXPECT_EQ(result.err, "Error: during installation\n");
-}
-
-TEST(Faults, FileWhereADirectoryShouldBe)
-{
-    Medium medium;
+    auto expectTold = [&](const std::string &text) {
+        RunResult result = medium.install();
+        EXPECT_EQ(result.iStatus, 1);
+        EXPECT_NE(result.out.find(text + "Returning OK\n"), std::string::npos) << result.out;
+        EXPECT_EQ(result.err, "Error: during installation\n");
+        EXPECT_FALSE(medium.has("a"));
+    };
 
     medium.file("a", "a");
     medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
     writeFile(medium.dest + "/prod", "in the way");
-    EXPECT_EQ(medium.install().iStatus, 1);
+    expectTold("Unable to create install directory");
     EXPECT_EQ(readFile(medium.dest + "/prod"), "in the way");
-
     fs::remove_all(medium.dest);
     writeFile(medium.tree + "Setup", "in the way"); /* of the log's directory */
-    RunResult result = medium.install();
-    EXPECT_EQ(result.iStatus, 1);
-    EXPECT_NE(result.out.find("Error while setting up logfileReturning OK\n"), std::string::npos);
-    EXPECT_FALSE(medium.has("a"));
+    expectTold("Error while setting up logfile");
+    fs::remove_all(medium.dest);
+    fs::create_directories(medium.dest);
+    if (mount("tmpfs", medium.dest.c_str(), "tmpfs", MS_RDONLY, nullptr) < 0)
+        GTEST_SKIP() << "needs the right to mount a tmpfs";
+    expectTold("Unable to create install directory");
+    umount(medium.dest.c_str());
 }
 
 TEST(Faults, UnwritableLogAndHistoryStopNothing)
@@ -258,16 +238,20 @@ static bool hasLandlock()
 TEST(Faults, TarIsNotLedAstrayByUnlistedMembers)
 {
     Medium medium;
-    std::string outside = medium.scratch / "outside";
+    std::string outside = medium.scratch / "outside", members;
 
     if (getuid() != 0 || !hasLandlock())
         GTEST_SKIP() << "needs root, and a kernel with Landlock";
     medium.file("in/tar", "new");
-    medium.file("own/tar", "new");
-    must("cd " + medium.place + " && tar -cf a.tar in/tar own/tar");
-    medium.describe(onePackage("Untar \"a.tar\" 1 \"own/tar\" 3\n"));
+    for (int i = 0; i < 100; i++) { /* each is let in by itself */
+        std::string name = "/d" + std::to_string(i);
+        medium.file("own" + name + "/f", "new");
+        members += " \"own" + name + "/f\" 3";
+        fs::create_directories(medium.scratch / ("mine" + name));
+    }
+    must("cd " + medium.place + " && tar -cf a.tar in/tar own/*/f");
+    medium.describe(onePackage("Untar \"a.tar\" 1" + members + "\n"));
     fs::create_directories(outside);
-    fs::create_directories(medium.scratch / "mine");
     fs::create_directories(medium.tree);
     fs::create_symlink(outside, medium.tree + "in");
     fs::create_symlink(medium.scratch / "mine", medium.tree + "own");
@@ -275,28 +259,8 @@ TEST(Faults, TarIsNotLedAstrayByUnlistedMembers)
     EXPECT_EQ(medium.install().iStatus, 0);
 
     EXPECT_TRUE(fs::is_empty(outside));
-    EXPECT_EQ(readFile(medium.scratch / "mine/tar"), "new"); /* root's own link is followed */
-}
-
-TEST(Faults, ManyDirectoriesBehindATrustedLink)
-{
-    Medium medium;
-    std::string members;
-
-    for (int i = 0; i < 100; i++) {
-        std::string name = "data/d" + std::to_string(i);
-        medium.file(name + "/f", "new");
-        members += " \"" + name + "/f\" 3";
-        fs::create_directories(medium.scratch / ("big/d" + std::to_string(i)));
-    }
-    must("cd " + medium.place +
-         " && tar -cf a.tar data/*/f"); /* no directories: tar would replace it */
-    medium.describe(onePackage("Untar \"a.tar\" 1" + members + "\n"));
-    fs::create_directories(medium.tree);
-    fs::create_symlink(medium.scratch / "big", medium.tree + "data");
-    EXPECT_EQ(medium.install().err, "");
-    for (int i = 0; i < 100; i++)
-        EXPECT_EQ(readFile(medium.scratch / ("big/d" + std::to_string(i) + "/f")), "new");
+    for (int i = 0; i < 100; i++) /* root's own link is followed */
+        EXPECT_EQ(readFile(medium.scratch / ("mine/d" + std::to_string(i) + "/f")), "new");
 }
 
 TEST(Faults, StrangersFilesAreReplacedNotFilled)
@@ -326,18 +290,6 @@ TEST(Faults, StrangersFilesAreReplacedNotFilled)
     EXPECT_EQ(result.err, "Error: Hardlink linking file hard to away/victim\n");
 }
 
-TEST(Faults, PaddedArchivesAreWhole)
-{
-    Medium medium;
-
-    medium.file("in/tar", "new");
-    must("cd " + medium.place + " && tar -b 256 -cf a.tar in");
-    medium.describe(onePackage("Untar \"a.tar\" 1 \"in/tar\" 3\n"));
-    EXPECT_EQ(medium.install().err, "");
-    EXPECT_EQ(medium.installed("in/tar"), "new");
-    EXPECT_NE(medium.log().find("Installation Completed\n"), std::string::npos);
-}
-
 TEST(Faults, MediumMayBeTheInstalledTree)
 {
     Medium medium;
@@ -354,16 +306,7 @@ TEST(Faults, MediumMayBeTheInstalledTree)
     EXPECT_EQ(medium.installed("cdinst.dat"), description);
 }
 
-/* Runs the shell's command line in the medium's directory, "RUN" standing for the usual run. */
-static int runThroughShell(Medium &medium, std::string command)
-{
-    std::string run =
-        "HOME=" + (medium.scratch / "home") + " ./setup -cmdline -noroot -dest " + medium.dest;
-
-    command.replace(command.find("RUN"), 3, run);
-    return WEXITSTATUS(system(("cd " + medium.place + " && " + command).c_str()));
-}
-
+/* The shell's command lines; "RUN" stands for the usual run. */
 TEST(Faults, SurroundingsThatTheShellCanMake)
 {
     struct Case {
@@ -374,6 +317,7 @@ TEST(Faults, SurroundingsThatTheShellCanMake)
         {"(ulimit -f 100; RUN) 2>../errors >/dev/null", "Error: Copyfile writing file "},
         {"RUN 2>../errors >&-", nullptr},
         {"RUN 2>../errors >/dev/full", nullptr},
+        {"RUN 2>../errors | head -c 1 >/dev/null", nullptr},
         {"RUN 2>../errors <&- >/dev/null", nullptr},
         {"TAR_OPTIONS=--to-command=false RUN 2>../errors >/dev/null", nullptr},
     };
@@ -386,14 +330,22 @@ TEST(Faults, SurroundingsThatTheShellCanMake)
         must("cd " + medium.place + " && tar -cf a.tar in");
         medium.describe(onePackage("Copy \"large\" \"\" 300000 0644\n"
                                    "Untar \"a.tar\" 1 \"in/tar\" 3\n"));
-        EXPECT_EQ(runThroughShell(medium, test.pCommand), 0);
+        std::string command = test.pCommand;
+        command.replace(command.find("RUN"), 3,
+                        "HOME=" + (medium.scratch / "home") + " ./setup -cmdline -noroot -dest " +
+                            medium.dest);
+        must("cd " + medium.place + " && " + command);
+        EXPECT_TRUE(soon([&] { /* the installing process may end after its parent */
+                               return medium.history().find("Package \"all\" Installed\n") !=
+                                      std::string::npos;
+        }));
         EXPECT_EQ(medium.installed("in/tar"), "new");
+        expectNothingLeft(medium);
         std::string errors = readFile(medium.scratch / "errors");
         if (test.pErrors)
             EXPECT_NE(errors.find(test.pErrors), std::string::npos) << errors;
         else
             EXPECT_EQ(errors, "");
-        EXPECT_NE(medium.history().find("Package \"all\" Installed\n"), std::string::npos);
     }
 }
 
@@ -416,31 +368,4 @@ TEST(Faults, ModulesThatMisbehave)
     RunResult result = medium.install();
     EXPECT_EQ(result.err, "Setup did not complete successfully\n");
     EXPECT_NE(medium.log().find("Setup did not complete successfully\n"), std::string::npos);
-}
-
-TEST(Faults, ClosedOutputDoesNotStopTheRun)
-{
-    Medium medium;
-
-    makeLargeMedium(medium);
-    must("cd " + medium.place + " && HOME=" + (medium.scratch / "home") +
-         " ./setup -cmdline -noroot -dest " + medium.dest + " 2>&1 | head -c 9000 > /dev/null");
-    EXPECT_TRUE(soon([&] { return medium.has("cdinst.dat"); }));
-    EXPECT_EQ(medium.installed("files/f299").size(), 20000u);
-    expectNothingLeft(medium);
-}
-
-TEST(Faults, RemovedSourceOfTheHistory)
-{
-    Medium medium;
-
-    medium.file("a", "a");
-    medium.describe(onePackage("Copy \"a\" \"\" 1 0644\n"));
-    writeFile(
-        medium.tree + "SetupFiles/.h.his",
-        "HistoryFileVersion 2\nTest Product\n3\n/no/such/medium\nPackage \"all\" Installed\n");
-    EXPECT_EQ(medium.install().iStatus, 0);
-    /* What cannot be resolved gives way to the program's own directory. */
-    EXPECT_NE(medium.history().find("\n" + fs::canonical(medium.place).string()),
-              std::string::npos);
 }
