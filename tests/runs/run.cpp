@@ -59,16 +59,6 @@ RunResult Medium::install(const std::function<void(pid_t)> &whileRunning)
     return run({"-cmdline", "-noroot", "-dest", dest}, whileRunning);
 }
 
-static std::vector<char *> pointers(std::vector<std::string> &texts)
-{
-    std::vector<char *> result;
-
-    for (std::string &text : texts)
-        result.push_back(text.data());
-    result.push_back(nullptr);
-    return result;
-}
-
 static void redirect(const std::string &path, int iTo)
 {
     int iFd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -85,8 +75,13 @@ RunResult Medium::run(std::vector<std::string> arguments,
     int iStatus = 0;
 
     arguments.insert(arguments.begin(), place + "/setup");
-    std::vector<char *> argv = pointers(arguments);
-    std::vector<char *> envp = pointers(environment);
+    std::vector<char *> argv, envp;
+    for (std::string &word : arguments)
+        argv.push_back(word.data());
+    for (std::string &setting : environment)
+        envp.push_back(setting.data());
+    argv.push_back(nullptr);
+    envp.push_back(nullptr);
     pid_t iChild = fork();
     if (iChild == 0) {
         redirect(outPath, 1);
