@@ -77,14 +77,13 @@ TEST(Faults, KilledProcessesLeaveNobodyBehind)
 
 TEST(Faults, DamagedArchives)
 {
-    struct Case {
+    /* Tar's own status is not looked at, so damage is told only when the feeding fails. */
+    static const struct {
         const char *pName;
         const char *pMake; /* shell commands that damage "packed" or "plain" */
         const char *pOperation;
         bool bTold;
-    };
-    /* Tar's own status is not looked at, so damage is told only when the feeding fails. */
-    const std::vector<Case> cases = {
+    } s_aCases[] = {
         {"no archive at all", "head -c 200000 /dev/urandom > packed", "UntarZ \"packed\"", true},
         {"cut", "head -c 100000 packed > x; mv x packed", "UntarZ \"packed\"", false},
         {"empty", ": > plain", "Untar \"plain\"", false},
@@ -93,7 +92,7 @@ TEST(Faults, DamagedArchives)
         {"sound, but padded", "tar -b 256 -cf plain files", "Untar \"plain\"", false},
     };
 
-    for (const Case &test : cases) {
+    for (const auto &test : s_aCases) {
         SCOPED_TRACE(test.pName);
         Medium medium;
         medium.file("files/one", std::string(300000, '1'));
@@ -293,11 +292,10 @@ TEST(Faults, MediumMayBeTheInstalledTree)
 /* The shell's command lines; "RUN" stands for the usual run. */
 TEST(Faults, SurroundingsThatTheShellCanMake)
 {
-    struct Case {
+    static const struct {
         const char *pCommand;
         const char *pErrors; /* what must stand in them; null for none at all */
-    };
-    const std::vector<Case> cases = {
+    } s_aCases[] = {
         {"(ulimit -f 100; RUN) 2>../errors >/dev/null", "Error: Copyfile writing file "},
         {"RUN 2>../errors >&-", nullptr},
         {"RUN 2>../errors >/dev/full", nullptr},
@@ -306,7 +304,7 @@ TEST(Faults, SurroundingsThatTheShellCanMake)
         {"TAR_OPTIONS=--to-command=false RUN 2>../errors >/dev/null", nullptr},
     };
 
-    for (const Case &test : cases) {
+    for (const auto &test : s_aCases) {
         SCOPED_TRACE(test.pCommand);
         Medium medium;
         medium.file("large", std::string(300000, 'l'));

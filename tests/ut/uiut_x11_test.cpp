@@ -5,7 +5,6 @@
 
 #include "ut/display.h"
 #include "ut/frameClose.h"
-#include "ut/uibuild.h"
 
 struct Uiut : OnDisplay {
     /* Asks and does the step once the box is up. */
@@ -195,32 +194,26 @@ TEST_F(Uiut, BoxOpenedByACallbackEndsWhenDestroyed)
 {
     static Uiut *s_pTest;
     static int s_iAnswer;
-    static const OV_WidgetRow s_aRows[] = {
-        {"dsOuter", nullptr, &xmDialogShellWidgetClass, ""},
-        {"mbOuter", "dsOuter", &xmMessageBoxWidgetClass, ""},
-        {nullptr, nullptr, nullptr, nullptr},
-    };
     auto asks = [](Widget, XtPointer, XtPointer) {
         s_iAnswer = s_pTest->ask("No", nullptr, destroyBox);
     };
-    Widget dialog = OV_instBuildDialog(parent, s_aRows, nullptr);
+    Widget dialog = XmCreateMessageDialog(parent, (char *)"mbOuter", nullptr, 0);
 
     s_pTest = this;
     s_iAnswer = -1;
     XtAddCallback(dialog, XmNcancelCallback, asks, nullptr);
     XtManageChild(dialog);
     runFor(application, 20);
-    closeFrame(XtParent(dialog));
+    pressKey(XtParent(dialog), XK_Escape);
     runFor(application, 200);
     EXPECT_EQ(1, s_iAnswer);
-    EXPECT_TRUE(XtIsManaged(dialog));
+    XtDestroyWidget(XtParent(dialog));
 }
 
 TEST_F(Uiut, AnyoneCanEndAWait)
 {
     int aPipe[2];
     auto ignores = [](XtPointer, int *, XtInputId *) {};
-    auto typed = [](Widget, XtPointer done, XEvent *, Boolean *) { *(int *)done = 1; };
     int bDone = 0;
 
     OV_instMainLoop(parent, nullptr);
@@ -233,17 +226,9 @@ TEST_F(Uiut, AnyoneCanEndAWait)
     /* a pipe that is never empty does not keep the user out */
     ASSERT_EQ(0, pipe(aPipe));
     ASSERT_EQ(1, write(aPipe[1], "x", 1));
-    Widget dialog =
-        buildSample(XtCreatePopupShell("dsBusy", xmDialogShellWidgetClass, parent, nullptr, 0));
     XtInputId input =
         XtAppAddInput(context(), aPipe[0], (XtPointer)XtInputReadMask, ignores, nullptr);
-    OV_instPopup(dialog, "", "");
-    XtAddEventHandler(dialog, KeyPressMask, False, typed, &bDone);
-    bDone = 0;
-    pressKey(dialog, XK_a);
-    OV_instMainLoop(dialog, &bDone);
-    EXPECT_EQ(1, bDone);
-    XtDestroyWidget(XtParent(dialog));
+    EXPECT_EQ(1, ask("No", nullptr, [] { pressKey(XtParent(openBox()), XK_Escape); }));
     XtRemoveInput(input);
     close(aPipe[0]);
     close(aPipe[1]);
@@ -272,9 +257,8 @@ TEST_F(Uiut, NoticeIsDrawnWithoutALoop)
     ASSERT_TRUE(first);
     EXPECT_EQ(IsViewable, mapState(first));
     EXPECT_GT(coloursOf(XtParent(first)), 2u) << "text on a ground";
-    for (int iChild :
-         {XmDIALOG_OK_BUTTON, XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON, XmDIALOG_SEPARATOR})
-        EXPECT_FALSE(XtIsManaged(boxChild(first, iChild)));
+    for (const char *pName : {"OK", "Cancel", "Help"})
+        EXPECT_FALSE(XtIsManaged(XtNameToWidget(first, pName)));
     closeFrame(XtParent(first));
     runFor(application, 50);
     EXPECT_EQ(first, openBox("mbMessage"));
