@@ -90,6 +90,8 @@ TEST(Faults, DamagedArchives)
         {"cut plain", "head -c 100000 plain > x; mv x plain", "Untar \"plain\"", false},
         {"a directory", "rm plain; mkdir plain", "Untar \"plain\"", true},
         {"sound, but padded", "tar -b 256 -cf plain files", "Untar \"plain\"", false},
+        {"sound, but padded beyond what a pipe holds", "tar -b 2560 -cf plain files",
+         "Untar \"plain\"", false},
     };
 
     for (const auto &test : s_aCases) {

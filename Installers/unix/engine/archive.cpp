@@ -189,6 +189,14 @@ static int pipeFailure(const Feed *pFeed)
     return -1;
 }
 
+/* Whoever read the pipe has gone. That ends the feeding; whether it is a failure is known once the
+ * command's status is, since one that has met the archive's end leaves the padding behind it. */
+static int leftEarly(Feed *pFeed)
+{
+    pFeed->bLeftEarly = true;
+    return 0;
+}
+
 static int readFailure(const Feed *pFeed)
 {
     OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't read file %s\n", pFeed->pPath);
@@ -210,7 +218,7 @@ static ssize_t feedByCopy(Feed *pFeed)
     if (iRead < 0)
         return readFailure(pFeed);
     if (OV_instWriteAll(pFeed->iPipe, caBlock, static_cast<size_t>(iRead)) < 0)
-        return pipeFailure(pFeed);
+        return errno == EPIPE ? leftEarly(pFeed) : pipeFailure(pFeed);
     return iRead;
 }
 
@@ -245,7 +253,7 @@ static ssize_t feedBlock(Feed *pFeed)
         if (iSent < 0 && errno == EAGAIN && isFull(pFeed->iPipe))
             waitForRoom(&iPause);
         else if (iSent < 0 && errno == EPIPE)
-            return pipeFailure(pFeed);
+            return leftEarly(pFeed);
         else if (iSent < 0 && errno != EINTR)
             return iDone ? static_cast<ssize_t>(iDone) : feedByCopy(pFeed);
         if (iSent == 0)
@@ -272,7 +280,7 @@ static void waitUntilTaken(Feed *pFeed)
     while (untakenBytes(pipeEnd.fd) > 0) {
         if (poll(&pipeEnd, 1, TAKEN_POLL_MSEC) <= 0 || !(pipeEnd.revents & POLLERR))
             continue;
-        pFeed->bLeftEarly = untakenBytes(pipeEnd.fd) > 0;
+        pFeed->bLeftEarly = pFeed->bLeftEarly || untakenBytes(pipeEnd.fd) > 0;
         return; /* nobody reads any more */
     }
 }
@@ -433,6 +441,9 @@ static int closeFeed(Feed *pFeed)
         /* Otherwise tar's own status is not examined: meant so. */
         (void)pipeFailure(pFeed); /* writes the record */
         iResult = 1;
+    } else if (pFeed->bLeftEarly) {
+        pFeed->ulFed = pFeed->ulSize; /* all there was */
+        reportFed(pFeed);
     }
     return iResult;
 }

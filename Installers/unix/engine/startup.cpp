@@ -9,6 +9,7 @@
 #include "description/reader.h"
 #include "engine/history.h"
 #include "engine/installer.h"
+#include "engine/records.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
@@ -57,6 +58,7 @@ void OV_instPrepareEnvironment()
     const char *pRedirect;
 
     openStandardStreams();
+    OV_instCatchBrokenPipes(); /* whoever stops reading what is printed stops no run */
     for (const char *const *ppName = s_apMisleading; *ppName; ppName++)
         (void)unsetenv(*ppName);   /* fails for bad names only */
     (void)putenv(s_caLibraryPath); /* fail without memory only, which the next steps notice */
