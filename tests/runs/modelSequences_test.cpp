@@ -208,7 +208,8 @@ static void runSequence(Medium &medium, InstallModel &model)
             model.run(marks, iConfig, step == REMOVE_ALL);
         ASSERT_EQ(model.tree, treeOnDisk(medium.dest));
         std::string log = medium.log(), told = "\nError during the installation\n";
-        ASSERT_EQ(model.bFailed, log.find(told, log.rfind("Starting Installation\n")) != log.npos);
+        ASSERT_EQ(model.bFailed, log.find(told, log.rfind("Starting Installation\n")) != log.npos)
+            << log;
     }
 }
 
