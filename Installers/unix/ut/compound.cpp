@@ -47,6 +47,7 @@ static const EscapeRow s_aEscapes[] = {
 
 /* Bytes that are no character travel as wide characters that no locale has. */
 static const wchar_t STRAY_BYTE = 0x7fffff00;
+static const wchar_t LAST_CHARACTER = 0x10ffff;
 
 /* A buffer that grows and is kept from text to text. */
 typedef struct Scratch {
@@ -174,7 +175,8 @@ wchar_t *OV_instWidenText(const char *pText)
     pWide = pTo = (wchar_t *)XtMalloc((Cardinal)((iLeft + 1) * sizeof(wchar_t)));
     for (mbstate_t state = {}; iLeft > 0; pTo++) {
         size_t iTaken = mbrtowc(pTo, pText, iLeft, &state);
-        if (iTaken == (size_t)-1 || iTaken == (size_t)-2) {
+        /* The library also reads the longer forms that stand for no character. */
+        if (iTaken == (size_t)-1 || iTaken == (size_t)-2 || *pTo > LAST_CHARACTER) {
             *pTo = STRAY_BYTE + (unsigned char)*pText;
             iTaken = 1;
             state = {};
