@@ -61,8 +61,8 @@ class Desk:
     def __init__(self, place):
         read, write_end = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-nolisten",
-             "tcp"], pass_fds=[write_end], stderr=subprocess.DEVNULL)
+            ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "1280x1024x24", "-noreset",
+             "-nolisten", "tcp"], pass_fds=[write_end], stderr=subprocess.DEVNULL)
         os.close(write_end)
         self.environment = {**os.environ, "DISPLAY": f":{os.read(read, 16).decode().strip()}",
                             "HOME": place}
