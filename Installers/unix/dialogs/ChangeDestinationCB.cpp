@@ -120,16 +120,21 @@ void OV_instChangeDestination(Widget parent)
 
 /* ---- the dialog ---- */
 
-static void showDestination(Widget widget)
+void OV_instShowDestination(Widget inDialog, const char *pSpaceLabel, const char *pFolderField)
 {
     char caSpace[OV_SIZE_TEXT] = "";
     const char *pRoot;
 
     OV_instGetFreeSpaceString(OV_instGetDestinationDirectory(), caSpace);
-    OV_instSetLiteralLabel(OV_instFindWidget(widget, "laChangeDestinationAvailableSpace"), caSpace);
+    OV_instSetLiteralLabel(OV_instFindWidget(inDialog, pSpaceLabel), caSpace);
     pRoot = OV_instGetRootDestinationDirectory();
-    XmTextFieldSetString(OV_instFindWidget(widget, "tfChangeDestination"),
+    XmTextFieldSetString(OV_instFindWidget(inDialog, pFolderField),
                          const_cast<char *>(pRoot ? pRoot : ""));
+}
+
+static void showDestination(Widget widget)
+{
+    OV_instShowDestination(widget, "laChangeDestinationAvailableSpace", "tfChangeDestination");
 }
 
 void OV_instChangeDestinationMapCB(Widget widget, XtPointer, XtPointer)

@@ -7,7 +7,6 @@
 
 #include <X11/xpm.h>
 #include <Xm/MessageB.h>
-#include <Xm/TextF.h>
 
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/ChangeDestination.h"
@@ -18,7 +17,6 @@
 #include "engine/moveFiles.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
-#include "engine/sizes.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/looks.h"
 #include "ut/owned.h"
@@ -174,14 +172,7 @@ void OV_instUISetMainDlg(Widget dialog, _OV_InstConfigList *pConfig)
 
 static void showDestination(Widget widget)
 {
-    char caSpace[OV_SIZE_TEXT] = "";
-    const char *pRoot;
-
-    OV_instGetFreeSpaceString(OV_instGetDestinationDirectory(), caSpace);
-    OV_instSetLiteralLabel(OV_instFindWidget(widget, "laMainDlgAvailableSpace"), caSpace);
-    pRoot = OV_instGetRootDestinationDirectory();
-    XmTextFieldSetString(OV_instFindWidget(widget, "txMainDlgFolder"),
-                         const_cast<char *>(pRoot ? pRoot : ""));
+    OV_instShowDestination(widget, "laMainDlgAvailableSpace", "txMainDlgFolder");
 }
 
 /* The keyboard starts at the page's first button, not at the one that leaves. */
