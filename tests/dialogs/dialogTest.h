@@ -11,13 +11,13 @@
 #include <Xm/ToggleB.h>
 
 #include "dialogs/sequence.h"
-#include "dialogs/userHome.h"
+#include "engine/userHome.h"
 #include "engine/engineTest.h"
 #include "engine/selection.h"
 #include "engine/sizes.h"
-#include "ut/display.h"
-#include "ut/HtmlHelp.h"
-#include "ut/frameClose.h"
+#include "toolkit/display.h"
+#include "ut/toolkit/HtmlHelp.h"
+#include "ut/toolkit/frameClose.h"
 #include "ut/privateFile.h"
 
 /* What is read, without notation. */

@@ -21,8 +21,8 @@
 #include "dialogs/SourcePrompt.h"
 #include "dialogs/Viewlog.h"
 #include "dialogs/Welcome.h"
-#include "ut/HtmlHelp.h"
-#include "ut/logViewer.h"
+#include "ut/toolkit/HtmlHelp.h"
+#include "ut/toolkit/logViewer.h"
 
 struct Gallery : DialogTest {
     using Look = std::function<void(const std::string &name, Widget dialog)>;

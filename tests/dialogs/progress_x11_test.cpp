@@ -8,7 +8,7 @@
 
 #include "dialogTest.h"
 #include "engine/history.h"
-#include "engine/progressReader.h"
+#include "dialogs/progressReader.h"
 
 /* ---- what is drawn ---- */
 

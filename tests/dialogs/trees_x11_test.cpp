@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "gallery.h"
+#include "dialogs/gallery.h"
 
 /* The widgets that a dialog has to have, by their parents ("*" where it may be any): "parent: kind
  * name label; kind name label", with "|" for line ends; a text of the moment is left out, and one

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Dialogs/UpdateUser.h"
-#include "Dialogs/environmentFile.h"
+#include "engine/environmentFile.h"
 
 #include <algorithm>
 

@@ -9,7 +9,7 @@
 #include <cwchar>
 #include <string>
 
-#include "ut/compound.h"
+#include "ut/toolkit/compound.h"
 
 extern "C" int LLVMFuzzerInitialize(int *piArgc, char ***papArgv);
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *pData, size_t lSize);

@@ -9,7 +9,7 @@
 
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { STATUS_QUIT = 10 };
 

@@ -3,8 +3,8 @@
 #include <Xm/DialogS.h>
 #include <Xm/MessageB.h>
 
-#include "dialogs/windowTitle.h"
-#include "ut/uibuild.h"
+#include "Dialogs/windowTitle.h"
+#include "ut/toolkit/uibuild.h"
 
 #define BOX(style, message)                                                                        \
     UI_SET("dialogStyle", style)                                                                   \

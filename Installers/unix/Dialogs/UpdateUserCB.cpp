@@ -15,15 +15,15 @@
 #include <Xm/TextF.h>
 #include <Xm/ToggleB.h>
 
-#include "Dialogs/environmentFile.h"
-#include "ut/bxutils.h"
-#include "ut/looks.h"
+#include "engine/environmentFile.h"
+#include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/privateFile.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
-#include "ut/uibuild.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/uiut.h"
 
 static const char s_caCut[] = "cut -d# -f1 | cut -d: -f1 | cut -d+ -f1";
 static const char s_caYpcat[] = "/usr/bin/ypcat";

@@ -11,7 +11,7 @@
 #include <Xm/TextF.h>
 #include <Xm/ToggleB.h>
 
-#include "ut/uibuild.h"
+#include "ut/toolkit/uibuild.h"
 
 #define RADIO UI_SET("indicatorOn", "INDICATOR_FILL") UI_SET("indicatorType", "ONE_OF_MANY_ROUND")
 

@@ -14,7 +14,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/debugLevel.h"
 #include "ut/owned.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 struct ModelFreed {
     void operator()(_OV_instCDinst *pRoot) const { OV_instFreeCDinst(pRoot); }

@@ -12,9 +12,9 @@
 #include "dialogs/firstPages.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/messageBox.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/owned.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 /* The text as the field can show it: without carriage returns and, where it is not in the user's
  * characters, byte by byte as Latin-1, since the field would show none of it. */

@@ -5,8 +5,8 @@
 #include <Xm/ScrolledW.h>
 #include <Xm/Text.h>
 
-#include "ut/uibuild.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/uiut.h"
 
 #define READ_ONLY                                                                                  \
     UI_SET("editMode", "MULTI_LINE_EDIT")                                                          \

@@ -12,13 +12,13 @@
 #include "dialogs/Maintenance.h"
 #include "dialogs/directoryBrowser.h"
 #include "dialogs/sequence.h"
-#include "dialogs/windowTitle.h"
+#include "Dialogs/windowTitle.h"
 #include "engine/destinationTrial.h"
 #include "engine/fileOps.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
 #include "ut/owned.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { FOLDER_MODE = 0755 };
 

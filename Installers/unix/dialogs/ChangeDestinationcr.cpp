@@ -9,7 +9,7 @@
 #include <Xm/RowColumn.h>
 #include <Xm/TextF.h>
 
-#include "ut/uibuild.h"
+#include "ut/toolkit/uibuild.h"
 
 #define INSTRUCTION                                                                                \
     ":::t\"Setup will install the program in the following destination directory.\""               \

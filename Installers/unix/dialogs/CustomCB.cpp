@@ -10,16 +10,16 @@
 
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
-#include "dialogs/windowTitle.h"
-#include "dialogs/wrappedLabel.h"
+#include "Dialogs/windowTitle.h"
+#include "ut/toolkit/wrappedLabel.h"
 #include "engine/configWalk.h"
-#include "engine/moveFiles.h"
-#include "engine/preInstall.h"
+#include "dialogs/moveFiles.h"
+#include "dialogs/preInstall.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
-#include "ut/bxutils.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/uiut.h"
 
 /* The dialog in use, and what was counted. The names of the counters are the wrong way round: what
  * is newly chosen is counted in iRemove. */

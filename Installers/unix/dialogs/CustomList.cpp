@@ -6,14 +6,14 @@
 #include <Xm/ScrolledW.h>
 #include <Xm/ToggleB.h>
 
-#include "dialogs/wrappedLabel.h"
+#include "ut/toolkit/wrappedLabel.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
-#include "ut/compound.h"
-#include "ut/looks.h"
-#include "ut/uibuild.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/compound.h"
+#include "ut/toolkit/looks.h"
+#include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/uiut.h"
 
 enum { ROW_GAP = 10 };
 

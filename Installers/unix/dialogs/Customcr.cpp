@@ -9,8 +9,8 @@
 #include <Xm/RowColumn.h>
 #include <Xm/ScrolledW.h>
 
-#include "ut/uibuild.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/uiut.h"
 
 /* The figures of a table end at one line. The text reserves the width for the longest of them. */
 #define FIGURE(longest)                                                                            \

@@ -4,7 +4,7 @@
 #include <Xm/Label.h>
 #include <Xm/PushB.h>
 
-#include "ut/uibuild.h"
+#include "ut/toolkit/uibuild.h"
 
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {

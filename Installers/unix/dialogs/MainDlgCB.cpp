@@ -12,15 +12,15 @@
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
-#include "dialogs/windowTitle.h"
-#include "dialogs/wrappedLabel.h"
-#include "engine/moveFiles.h"
+#include "Dialogs/windowTitle.h"
+#include "ut/toolkit/wrappedLabel.h"
+#include "dialogs/moveFiles.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/looks.h"
+#include "ut/toolkit/looks.h"
 #include "ut/owned.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { ONE_BUTTON_SLOT = 2, TEXT_WIDTH = 420 };
 

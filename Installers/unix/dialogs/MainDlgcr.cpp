@@ -9,7 +9,7 @@
 #include <Xm/RowColumn.h>
 #include <Xm/TextF.h>
 
-#include "ut/uibuild.h"
+#include "ut/toolkit/uibuild.h"
 
 /* A slot of the page: a large button, and the product and its description beside it. */
 #define SLOT(number, column)                                                                       \

@@ -8,16 +8,16 @@
 
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/sequence.h"
-#include "dialogs/windowTitle.h"
-#include "dialogs/wrappedLabel.h"
+#include "Dialogs/windowTitle.h"
+#include "ut/toolkit/wrappedLabel.h"
 #include "engine/configWalk.h"
 #include "engine/driver.h"
 #include "engine/installer.h"
 #include "engine/setupState.h"
-#include "ut/looks.h"
+#include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { MAINTENANCE_CONFIG = 2, WELCOME_WIDTH = 460 };
 

@@ -8,7 +8,7 @@
 #include <Xm/PushB.h>
 #include <Xm/RowColumn.h>
 
-#include "ut/uibuild.h"
+#include "ut/toolkit/uibuild.h"
 
 /* A button, and beside it in a column what it does. */
 #define ROW                                                                                        \

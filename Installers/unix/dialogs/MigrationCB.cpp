@@ -15,17 +15,17 @@
 
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/directoryBrowser.h"
-#include "dialogs/windowTitle.h"
-#include "dialogs/userHome.h"
+#include "Dialogs/windowTitle.h"
+#include "engine/userHome.h"
 #include "engine/fileOps.h"
-#include "engine/moveFiles.h"
+#include "dialogs/moveFiles.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/bxutils.h"
+#include "ut/toolkit/bxutils.h"
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { FOLDER_MODE = 0755, WORKING_SIZE = 256 };
 

@@ -11,9 +11,9 @@
 #include <Xm/TextF.h>
 #include <Xm/ToggleB.h>
 
-#include "dialogs/userHome.h"
-#include "ut/frameClose.h"
-#include "ut/uibuild.h"
+#include "engine/userHome.h"
+#include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/uibuild.h"
 
 #define DESCRIPTION                                                                                \
     ":::t\"Setup can automatically migrate any selected preferences from a previous version \""    \

@@ -5,9 +5,9 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/Reseller.h"
 #include "dialogs/firstPages.h"
-#include "dialogs/windowTitle.h"
-#include "ut/messageBox.h"
-#include "ut/uiut.h"
+#include "Dialogs/windowTitle.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/uiut.h"
 
 static const char s_caFile[] = ".setupinfo-ov-user";
 

@@ -8,12 +8,12 @@
 #include <Xm/MessageB.h>
 #include <Xm/Xm.h>
 
-#include "dialogs/windowTitle.h"
-#include "engine/progressReader.h"
-#include "ut/messageBox.h"
+#include "Dialogs/windowTitle.h"
+#include "dialogs/progressReader.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { NAME_WHOLE = 60, NAME_TAIL = 58, STATUS_QUIT = 10 };
 

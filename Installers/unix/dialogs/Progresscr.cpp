@@ -7,7 +7,7 @@
 #include <Xm/Label.h>
 #include <Xm/MessageB.h>
 
-#include "ut/uibuild.h"
+#include "ut/toolkit/uibuild.h"
 
 /* Reserves the label's width for the longest name that is shown. */
 #define WIDEST_NAME "RRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRRR"

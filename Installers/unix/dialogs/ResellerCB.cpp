@@ -5,8 +5,8 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/firstPages.h"
-#include "dialogs/windowTitle.h"
-#include "ut/uiut.h"
+#include "Dialogs/windowTitle.h"
+#include "ut/toolkit/uiut.h"
 
 static const char s_caFile[] = ".setupinfo-ov-reseller";
 

@@ -10,7 +10,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 static int g_iExitBrowseFlag; /* ends the browser's loop */
 

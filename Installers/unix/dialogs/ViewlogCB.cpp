@@ -2,8 +2,8 @@
 
 #include <Xm/Xm.h>
 
-#include "ut/logViewer.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/logViewer.h"
+#include "ut/toolkit/uiut.h"
 
 /* Ends the wait for the dialog. */
 static int ViewlogDone;

@@ -8,9 +8,9 @@
 #include <Xm/PushB.h>
 #include <initializer_list>
 
-#include "ut/looks.h"
-#include "ut/uibuild.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/looks.h"
+#include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/uiut.h"
 
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {

@@ -5,9 +5,9 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/Agreement.h"
 #include "dialogs/firstPages.h"
-#include "dialogs/windowTitle.h"
+#include "Dialogs/windowTitle.h"
 #include "engine/setupState.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { HEADING_WIDTH = 480 };
 

@@ -6,9 +6,9 @@
 #include <Xm/Label.h>
 #include <Xm/MessageB.h>
 
-#include "ut/bxutils.h"
-#include "ut/uibuild.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/uiut.h"
 
 #define HEADING UI_SET("renderTable.fontStyle", "Bold") UI_SET("renderTable.fontSize", "13")
 

@@ -10,15 +10,15 @@
 #include <Xm/List.h>
 #include <Xm/TextF.h>
 
-#include "dialogs/windowTitle.h"
+#include "Dialogs/windowTitle.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/bxutils.h"
-#include "ut/frameClose.h"
-#include "ut/looks.h"
-#include "ut/mnemonics.h"
+#include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/looks.h"
+#include "ut/toolkit/mnemonics.h"
 #include "ut/owned.h"
-#include "ut/uibuild.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/uiut.h"
 
 /* Names rather than paths in the lists, or a long path would leave the second list no room. */
 static const char s_caLooks[] = UI_SET("width", "500") UI_SET("height", "450")

@@ -2,7 +2,7 @@
 #ifndef OVINST_DIALOGS_FIELDROWS_H
 #define OVINST_DIALOGS_FIELDROWS_H
 
-#include "ut/uibuild.h"
+#include "ut/toolkit/uibuild.h"
 
 #define PAGE_FORM UI_SET("verticalSpacing", "10") UI_SET("horizontalSpacing", "8")
 

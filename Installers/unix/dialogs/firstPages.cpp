@@ -6,12 +6,12 @@
 #include <Xm/MessageB.h>
 #include <Xm/TextF.h>
 
-#include "dialogs/wrappedLabel.h"
-#include "ut/bxutils.h"
-#include "ut/looks.h"
+#include "ut/toolkit/wrappedLabel.h"
+#include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/privateFile.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { LINE_SIZE = 500, LONGEST_WORD = 36 };
 

@@ -11,10 +11,10 @@
 #include "dialogs/Viewlog.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
-#include "ut/messageBox.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { FIRST_CONFIG = 1 };
 

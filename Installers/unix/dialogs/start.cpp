@@ -10,13 +10,13 @@
 #include "engine/history.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
-#include "ut/HtmlHelp.h"
+#include "ut/toolkit/HtmlHelp.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/appResources.h"
-#include "ut/messageBox.h"
+#include "ut/toolkit/appResources.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { MAINTENANCE_CONFIG = 2 };
 

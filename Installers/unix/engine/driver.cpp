@@ -14,7 +14,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 /* One call of OV_instInstallPackList. */
 struct PackListRun {

@@ -13,7 +13,7 @@
 #include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 #define HISTORY_PLACE "%s/%s/%s"
 

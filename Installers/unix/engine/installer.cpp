@@ -13,7 +13,7 @@
 #include "engine/driver.h"
 #include "engine/fileOps.h"
 #include "engine/history.h"
-#include "engine/progressReader.h"
+#include "dialogs/progressReader.h"
 #include "engine/records.h"
 #include "engine/registry.h"
 #include "engine/selection.h"
@@ -23,12 +23,12 @@
 #include "engine/toolChest.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
-#include "ut/appResources.h"
+#include "ut/toolkit/appResources.h"
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { PIPE_SIZE = 1024 * 1024 }; /* so that the child seldom waits for the reader */
 

@@ -7,7 +7,7 @@
 #include "engine/setupState.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 enum { ANSWER_CONTINUE = 0, ANSWER_BROWSE = 1, ANSWER_ABORT = 2 };
 

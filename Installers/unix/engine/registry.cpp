@@ -11,7 +11,7 @@
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 #define REGISTRY_TOOL "${MWHOME}/bin-amd64_linux/mwperl ${MWHOME}/scripts/mwgeneric.pl"
 #define REGISTRY_TOOL_QUOTED                                                                       \

@@ -12,7 +12,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/uiut.h"
+#include "ut/toolkit/uiut.h"
 
 static const int64_t ONE_K = 1024;
 static const int64_t ONE_MEG = 1024 * ONE_K;

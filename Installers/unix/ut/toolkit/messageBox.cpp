@@ -1,0 +1,270 @@
+#include "ut/toolkit/messageBox.h"
+
+#include <X11/IntrinsicP.h>
+#include <X11/CoreP.h>
+#include <Xm/DialogS.h>
+#include <Xm/MessageB.h>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+#include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/compound.h"
+#include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/mnemonics.h"
+#include "ut/owned.h"
+#include "ut/strprint.h"
+#include "ut/toolkit/uiut.h"
+
+/* How long a notice may take to come up before it is drawn as far as it is, in milliseconds. */
+enum { NOTICE_PATIENCE = 300, NOTICE_STEP = 5 };
+
+/* A question on the screen. Boxes nest, so each has an answer of its own. */
+typedef struct OpenBox {
+    Widget box;       /* null once it is gone */
+    int MessageBoxId; /* 0 while waiting, then 1, 2 or 3 */
+    int iLast;        /* its last button */
+} OpenBox;
+
+static Widget MessageBox; /* the notice on the screen */
+
+static void forgetNotice(Widget box, XtPointer, XtPointer)
+{
+    if (MessageBox == box)
+        MessageBox = nullptr;
+}
+
+static void boxGone(Widget, XtPointer open, XtPointer)
+{
+    ((OpenBox *)open)->box = nullptr;
+}
+
+/* What a box can be opened below: a parent about to go would take it along unanswered. */
+static Widget livingParent(Widget parent)
+{
+    while (parent && parent->core.being_destroyed)
+        parent = XtParent(parent);
+    return parent;
+}
+
+/* Makes a message box without a separator in a shell of its own, not managed yet. */
+static Widget createBox(Widget parent, const char *pName)
+{
+    Widget shell = XtVaCreatePopupShell("Orvane Message", xmDialogShellWidgetClass, parent,
+                                        XmNallowShellResize, True, nullptr);
+    Widget box =
+        XtVaCreateWidget(pName, xmMessageBoxWidgetClass, shell, XmNautoUnmanage, False,
+                         XmNdialogStyle, XmDIALOG_FULL_APPLICATION_MODAL, XmNmessageAlignment,
+                         XmALIGNMENT_BEGINNING, XmNdefaultButtonType, XmDIALOG_OK_BUTTON, nullptr);
+
+    XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_SEPARATOR));
+    OV_instUseMnemonics(box);
+    return box;
+}
+
+/* Takes a box off the screen. Within nested loops its destruction may come much later. */
+static void dropBox(Widget box)
+{
+    XtUnmanageChild(box);
+    XtDestroyWidget(XtParent(box));
+}
+
+/* The callback of a box's buttons, given the button's number. */
+static void MessageBoxCB(Widget button, XtPointer number, XtPointer)
+{
+    Widget box = XtParent(button);
+    OpenBox *pOpen = nullptr;
+
+    XtVaGetValues(box, XmNuserData, &pOpen, nullptr);
+    if (!pOpen || pOpen->MessageBoxId)
+        return;
+    pOpen->MessageBoxId = (int)(intptr_t)number;
+    dropBox(box);
+}
+
+/* Labels a button and lets it answer, or removes it when it has no label. */
+static void setUpButton(OpenBox *pOpen, unsigned char child, const char *pLabel, int iNumber)
+{
+    Widget button = XmMessageBoxGetChild(pOpen->box, child);
+
+    if (!pLabel) {
+        XtUnmanageChild(button);
+        return;
+    }
+    OV_instUpdateLabelString(button, pLabel);
+    /* On the button itself: the box's own help callback would answer the F1 key as well. */
+    XtAddCallback(button, XmNactivateCallback, MessageBoxCB, (XtPointer)(intptr_t)iNumber);
+    pOpen->iLast = iNumber;
+}
+
+/* How many characters of ordinary text fit into three quarters of the screen. */
+static size_t columnsOfScreen(Widget label)
+{
+    static char s_caSample[] = "abcdefghijklmnopqrstuvwxyz./0123456789";
+    XmRenderTable table = nullptr;
+    XmString sample = XmStringCreateLocalized(s_caSample);
+
+    XtVaGetValues(label, XmNrenderTable, &table, nullptr);
+    size_t lWidth = table ? XmStringWidth(table, sample) : 0;
+    XmStringFree(sample);
+    size_t lRoom = (size_t)WidthOfScreen(XtScreenOfObject(label)) * 3 / 4;
+    return lRoom * (sizeof s_caSample - 1) / (lWidth ? lWidth : lRoom);
+}
+
+/* Breaks lines that are too long for the screen, at a blank where there is one: a path can have
+ * any length, and the buttons of a box wider than the screen cannot be reached. */
+static std::string foldLines(const char *pText, size_t lColumns)
+{
+    std::string folded(pText);
+    size_t lStart = 0;
+
+    while (folded.size() - lStart > lColumns) {
+        size_t lBreak = folded.find('\n', lStart);
+        if (lBreak > lStart + lColumns) {
+            lBreak = folded.rfind(' ', lStart + lColumns);
+            if (lBreak == std::string::npos || lBreak <= lStart) {
+                lBreak = lStart + lColumns;
+                while ((folded[lBreak] & 0xc0) == 0x80 && lBreak > lStart + 1)
+                    lBreak--; /* not within a character */
+                folded.insert(lBreak, 1, '\n');
+            }
+            folded[lBreak] = '\n';
+        }
+        lStart = lBreak + 1;
+    }
+    return folded;
+}
+
+static void setMessage(Widget box, const char *pText)
+{
+    Widget label = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
+
+    if (!pText)
+        pText = "";
+    if (OV_instIsCompoundText(pText)) /* breaks where its author wants it to */
+        OV_instUpdateLabelString(label, pText);
+    else
+        OV_instUpdateLabelString(label, foldLines(pText, columnsOfScreen(label)).c_str());
+}
+
+/* Waits for the answer to a box that is set up; how it ended is in the record. */
+static void waitForAnswer(OpenBox *pOpen)
+{
+    Widget box = pOpen->box;
+
+    XtAddCallback(box, XmNdestroyCallback, boxGone, pOpen);
+    XtManageChild(box);
+    OV_instMainLoop(box, &pOpen->MessageBoxId);
+    if (!pOpen->MessageBoxId)
+        pOpen->MessageBoxId = pOpen->iLast; /* destroyed from elsewhere */
+    if (pOpen->box) {                       /* dying: it must not come back to this record */
+        XtRemoveCallback(box, XmNdestroyCallback, boxGone, pOpen);
+        XtVaSetValues(box, XmNuserData, nullptr, nullptr);
+        OV_instPopdown(box);
+    }
+}
+
+/* The notice, unless it was inherited from the parent process with its display. */
+static Widget ownNotice()
+{
+    Widget main = OV_instGetMainTopLevelShell();
+
+    return MessageBox && main && XtDisplay(main) != XtDisplay(MessageBox) ? nullptr : MessageBox;
+}
+
+/* Waits until the window manager has put the shell on the screen, without running callbacks. */
+static void awaitWindow(Widget shell)
+{
+    XWindowAttributes state = {};
+
+    for (int i = 0; i < NOTICE_PATIENCE; i += NOTICE_STEP) {
+        if (!XGetWindowAttributes(XtDisplay(shell), XtWindow(shell), &state) ||
+            state.map_state == IsViewable)
+            return;
+        (void)usleep(NOTICE_STEP * 1000);
+    }
+}
+
+int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *pOk,
+                              const char *pCancel, const char *pHelp)
+{
+    parent = livingParent(parent);
+    if (!parent) {
+        printf("%s", pMessage ? pMessage : "");
+        printf("Returning %s\n", pOk ? pOk : "");
+        (void)fflush(stdout); /* both processes of a run print */
+        return 0;
+    }
+
+    OpenBox open = {createBox(parent, "mbOkCancel"), 0, 1};
+    XtVaSetValues(open.box, XmNuserData, &open, nullptr);
+    setUpButton(&open, XmDIALOG_OK_BUTTON, pOk ? pOk : "OK", 1);
+    setUpButton(&open, XmDIALOG_CANCEL_BUTTON, pCancel, 2);
+    setUpButton(&open, XmDIALOG_HELP_BUTTON, pHelp, 3);
+    setMessage(open.box, pMessage);
+    if (!pCancel && !pHelp) /* Escape, too, has something to press */
+        XtOverrideTranslations(open.box,
+                               XtParseTranslationTable("<Key>osfCancel: BulletinBoardReturn()"));
+    OV_instHandleFrameClose(open.box, nullptr);
+    waitForAnswer(&open);
+    return open.MessageBoxId - 1;
+}
+
+int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, const char *pHelp,
+                          const char *pFormat, ...)
+{
+    va_list args;
+    int iAnswer = 0;
+
+    if (!pFormat)
+        return 0;
+    va_start(args, pFormat);
+    char *pText = OV_instVStrprint(pFormat, args);
+    va_end(args);
+    if (!pText) {
+        fputs("Error: (OV_instError) can't build error message\n", stderr);
+        exit(1);
+    }
+    if (parent)
+        iAnswer = OV_instOkCancelMessageBox(parent, pText, pOk, pCancel, pHelp);
+    else
+        fputs(pText, stderr);
+    if (pText != OV_instStrPrint("")) /* the one empty text that is not on the heap */
+        free(pText);
+    return iAnswer;
+}
+
+void OV_instDisplayMessageBox(Widget parent, const char *pText)
+{
+    parent = livingParent(parent);
+    if (!parent)
+        return;
+    OV_instRemoveMessageBox();
+
+    Widget box = MessageBox = createBox(parent, "mbMessage");
+    XtAddCallback(box, XmNdestroyCallback, forgetNotice, nullptr);
+    for (unsigned char child : {XmDIALOG_OK_BUTTON, XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON})
+        XtUnmanageChild(XmMessageBoxGetChild(box, child));
+    setMessage(box, pText);
+    OV_instHandleFrameClose(box, nullptr); /* no button: the notice stays */
+    XtManageChild(box);
+    awaitWindow(XtParent(box));
+    for (Widget drawn : {XtParent(box), box, XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL),
+                         XmMessageBoxGetChild(box, XmDIALOG_SYMBOL_LABEL)})
+        XmUpdateDisplay(drawn);
+}
+
+void OV_instRemoveMessageBox()
+{
+    Widget box = ownNotice();
+
+    MessageBox = nullptr;
+    if (!box)
+        return;
+    Display *pDisplay = XtDisplay(box);
+    dropBox(box);
+    XFlush(pDisplay); /* the caller may be busy for long */
+}

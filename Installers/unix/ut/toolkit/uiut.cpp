@@ -1,0 +1,274 @@
+#include "ut/toolkit/uiut.h"
+
+#include <X11/IntrinsicP.h>
+#include <X11/CoreP.h>
+#include <X11/Shell.h>
+#include <Xm/Xm.h>
+#include <Xm/Text.h>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/mnemonics.h"
+#include "ut/owned.h"
+
+enum { OUTPUT_PIECE = 10240 };
+
+/* A wait, which ends early when its widget goes. */
+typedef struct Wait {
+    Widget widget; /* null once it is gone, and when there is nothing to watch */
+    int bGone;
+} Wait;
+
+static Widget MainTopLevelShell; /* the one that the process made last */
+static void (*s_fpMakeShell)();  /* makes the one that is still to be made; null when none is */
+
+static void forgetMainShell(Widget shell, XtPointer, XtPointer)
+{
+    if (MainTopLevelShell == shell)
+        MainTopLevelShell = nullptr;
+}
+
+static void noteGone(Widget, XtPointer wait, XtPointer)
+{
+    *(Wait *)wait = {nullptr, 1};
+}
+
+static int isDying(Widget widget)
+{
+    return widget->core.being_destroyed;
+}
+
+static void centre(Widget shell, Dimension width, Dimension height)
+{
+    Screen *pScreen = XtScreen(shell);
+
+    XtVaSetValues(shell, XmNx, (Position)(WidthOfScreen(pScreen) / 2 - width / 2), XmNy,
+                  (Position)(HeightOfScreen(pScreen) / 2 - height / 2), nullptr);
+}
+
+static void centreOn(Widget shell, Widget sized)
+{
+    Dimension width = 0;
+    Dimension height = 0;
+
+    XtVaGetValues(sized, XmNwidth, &width, XmNheight, &height, nullptr);
+    centre(shell, width, height);
+}
+
+/* Handles one thing that is ready, or waits for one. Taking turns keeps a busy pipe from shutting
+ * out the user, and the other way round. XtAppNextEvent would keep waiting for an X event after a
+ * timer or an input source has set the flag that the caller watches. */
+static void handleOne(XtAppContext app, int *pbEventLast)
+{
+    XtInputMask ready = XtAppPending(app);
+    XtInputMask others = ready & ~(XtInputMask)XtIMXEvent;
+
+    *pbEventLast = (ready & XtIMXEvent) && (!others || !*pbEventLast);
+    if (*pbEventLast)
+        XtAppProcessEvent(app, XtIMXEvent);
+    else
+        XtAppProcessEvent(app, others ? others : (XtInputMask)XtIMAll);
+}
+
+static void setLabel(Widget widget, XmString label)
+{
+    XtVaSetValues(widget, XmNlabelString, label, nullptr);
+    OV_instRenewMnemonic(widget);
+}
+
+Widget OV_instGetMainTopLevelShell()
+{
+    if (void (*fpMake)() = s_fpMakeShell) {
+        s_fpMakeShell = nullptr;
+        fpMake();
+    }
+    return MainTopLevelShell;
+}
+
+void OV_instMakeMainTopLevelShellLater(void (*fpMake)())
+{
+    MainTopLevelShell = nullptr;
+    s_fpMakeShell = fpMake;
+}
+
+Widget OV_instCreateMainTopLevelShell(Widget parent)
+{
+    MainTopLevelShell = nullptr;
+    if (!parent)
+        return nullptr;
+
+    const Dimension one = 1; /* a shell cannot be realized without a size */
+    Screen *pScreen = XtScreen(parent);
+    Widget shell = XtVaCreatePopupShell(
+        "TopLevelShell", topLevelShellWidgetClass, parent, XmNtitle, "", XmNiconName, "", XmNx,
+        (Position)(WidthOfScreen(pScreen) / 2), XmNy, (Position)(HeightOfScreen(pScreen) / 2),
+        XmNwidth, one, XmNheight, one, XmNallowShellResize, True, nullptr);
+
+    XtAddCallback(shell, XmNdestroyCallback, forgetMainShell, nullptr);
+    XtManageChild(shell);
+    XtRealizeWidget(shell);
+    centreOn(shell, shell);
+    MainTopLevelShell = shell;
+    return shell;
+}
+
+Widget OV_instGetShell(Widget widget)
+{
+    while (widget && !XtIsShell(widget))
+        widget = XtParent(widget);
+    return widget;
+}
+
+Widget OV_instGetTLShell(Widget widget)
+{
+    while (widget && !XtIsTopLevelShell(widget))
+        widget = XtParent(widget);
+    return widget;
+}
+
+Widget OV_instGetTopManager(Widget widget)
+{
+    while (widget && !XtIsShell(widget) && XtParent(widget) && !XtIsShell(XtParent(widget)))
+        widget = XtParent(widget);
+    return widget;
+}
+
+Widget OV_instFindWidget(Widget inDialog, const char *pName)
+{
+    Widget top = OV_instGetTopManager(inDialog);
+
+    if (!top || !pName)
+        return nullptr;
+    if (!XtIsShell(top) && !strcmp(XtName(top), pName))
+        return top;
+    return XtNameToWidget(top, (std::string("*") + pName).c_str());
+}
+
+void OV_instPopup(Widget widget, const char *pTitle, const char *pIconName)
+{
+    Widget shell = OV_instGetShell(widget);
+
+    if (!shell)
+        return;
+    XtVaSetValues(shell, XmNtitle, pTitle ? pTitle : "", XmNiconName, pIconName ? pIconName : "",
+                  nullptr);
+    if (widget != shell && !XtIsManaged(widget))
+        XtManageChild(widget);
+    if (!XtIsRealized(shell))
+        XtRealizeWidget(shell);
+    centreOn(shell, widget);
+    XtPopup(shell, XtGrabNone);
+}
+
+Widget OV_instCreateAndPopup(Widget (*fpBuild)(Widget parent))
+{
+    Widget shell = OV_instGetMainTopLevelShell();
+    Widget made = shell && fpBuild ? fpBuild(shell) : nullptr;
+    Dimension width = 0;
+    Dimension height = 0;
+    XtWidgetGeometry wanted = {};
+
+    if (!made)
+        return nullptr;
+    /* The shell is realized without contents and would force its size on them. */
+    (void)XtQueryGeometry(made, nullptr, &wanted);
+    XtVaGetValues(made, XmNwidth, &width, XmNheight, &height, nullptr);
+    XtVaSetValues(shell, XmNwidth, width > 1 ? width : wanted.width, XmNheight,
+                  height > 1 ? height : wanted.height, nullptr);
+    XtManageChild(made);
+    XtRealizeWidget(shell);
+    centreOn(shell, made);
+    XtPopup(shell, XtGrabNone);
+    return made;
+}
+
+void OV_instPopdown(Widget widget)
+{
+    Widget shell = OV_instGetShell(widget);
+
+    if (shell)
+        XtPopdown(shell);
+}
+
+void OV_instMainLoop(Widget widget, const int *piDone)
+{
+    if (!widget || !piDone)
+        return;
+
+    XtAppContext app = XtWidgetToApplicationContext(widget);
+    Wait wait = {isDying(widget) ? nullptr : widget, 0};
+    int bEventLast = 0;
+
+    if (wait.widget)
+        XtAddCallback(widget, XmNdestroyCallback, noteGone, &wait);
+    /* Within nested loops a widget may be dying for long before its callback is called. */
+    while (!*piDone && !wait.bGone && !(wait.widget && isDying(wait.widget)))
+        handleOne(app, &bEventLast);
+    if (wait.widget)
+        XtRemoveCallback(widget, XmNdestroyCallback, noteGone, &wait);
+}
+
+void OV_instDispatchPending()
+{
+    if (!MainTopLevelShell)
+        return;
+
+    XtAppContext app = XtWidgetToApplicationContext(MainTopLevelShell);
+    while (XtAppPending(app) & XtIMXEvent)
+        XtAppProcessEvent(app, XtIMXEvent);
+}
+
+void OV_instUpdateLabelString(Widget widget, const char *pText)
+{
+    Boolean ok = False;
+
+    if (!widget || !pText)
+        return;
+    XtArgVal label = CONVERT(widget, pText, XmRXmString, sizeof(XmString), &ok);
+    if (ok)
+        setLabel(widget, (XmString)label);
+}
+
+void OV_instSetLiteralLabel(Widget widget, const char *pText)
+{
+    if (!widget || !pText)
+        return;
+    XmString label = OV_instLiteralXmString(pText);
+    setLabel(widget, label);
+    XmStringFree(label);
+}
+
+int OV_instOutputCmdInTextWidget(Widget text, const char *pCommand)
+{
+    if (!text || !pCommand)
+        return -1;
+
+    char caPiece[OUTPUT_PIECE + 1];
+    OwnedPipe output(popen(pCommand, "r"));
+    if (!output)
+        return -1;
+    while (fgets(caPiece, sizeof caPiece, output.get()))
+        XmTextInsert(text, XmTextGetLastPosition(text), caPiece);
+    return pclose(output.release());
+}
+
+void OV_makeAllWidgetSameMaxWidth(Widget first, ...)
+{
+    Dimension widest = 0;
+    va_list widgets;
+
+    va_start(widgets, first);
+    for (Widget widget = first; widget; widget = va_arg(widgets, Widget)) {
+        Dimension width = 0;
+        XtVaGetValues(widget, XmNwidth, &width, nullptr);
+        widest = width > widest ? width : widest;
+    }
+    va_end(widgets);
+    va_start(widgets, first);
+    for (Widget widget = first; widget; widget = va_arg(widgets, Widget))
+        XtVaSetValues(widget, XmNwidth, widest, nullptr);
+    va_end(widgets);
+}

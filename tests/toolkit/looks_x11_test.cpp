@@ -1,0 +1,347 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "dialogs/gallery.h"
+
+struct Looks : Gallery {
+    /* A widget's place within its shell. */
+    struct Place {
+        int iX, iY, iRight, iBottom;
+    };
+    static Place placeOf(Widget widget)
+    {
+        int iX = 0, iY = 0;
+        for (Widget up = widget; !XtIsShell(up); up = XtParent(up)) {
+            iX += up->core.x;
+            iY += up->core.y;
+        }
+        return {iX, iY, iX + widget->core.width, iY + widget->core.height};
+    }
+    static bool isThere(Widget widget) { return XtIsManaged(widget); }
+    /* All that a user sees of a dialog. */
+    static std::vector<Widget> seenOf(Widget dialog)
+    {
+        std::vector<Widget> seen = {dialog};
+        for (size_t i = 0; i < seen.size(); i++) {
+            if (!XtIsComposite(seen[i]))
+                continue;
+            const WidgetList aChildren = resourceOf<WidgetList>(seen[i], XmNchildren);
+            const Cardinal iChildren = resourceOf<Cardinal>(seen[i], XmNnumChildren);
+            std::copy_if(aChildren, aChildren + iChildren, std::back_inserter(seen), isThere);
+        }
+        return seen;
+    }
+    static bool isButton(Widget widget)
+    {
+        return XmIsPushButton(widget) || XmIsPushButtonGadget(widget);
+    }
+    /* What scrolls shows a part of its contents on purpose. */
+    static bool isScrolled(Widget widget)
+    {
+        for (Widget up = XtParent(widget); !XtIsShell(up); up = XtParent(up))
+            if (XmIsScrolledWindow(up))
+                return true;
+        return false;
+    }
+    static void expectWithin(const std::string &what, int iWidth, int iHeight, Widget widget)
+    {
+        const CorePart &core = widget->core;
+        EXPECT_TRUE(core.x >= 0 && core.x + core.width <= iWidth && core.y >= 0 &&
+                    core.y + core.height <= iHeight)
+            << what << ": " << XtName(widget);
+    }
+    static void expectFits(const std::string &name, Widget dialog)
+    {
+        static const std::set<std::string> s_shortened = {
+            "laCustomFolderPath", "laCustomDescriptionItem", "laProgressDestination"};
+        expectWithin(name, WidthOfScreen(XtScreen(dialog)), HeightOfScreen(XtScreen(dialog)),
+                     XtParent(dialog));
+        for (Widget seen : seenOf(dialog)) {
+            if (seen == dialog || isScrolled(seen))
+                continue;
+            expectWithin(name, XtParent(seen)->core.width, XtParent(seen)->core.height, seen);
+            if (s_shortened.count(XtName(seen)) ||
+                !(isButton(seen) || XmIsLabel(seen) || XmIsLabelGadget(seen)))
+                continue;
+            XtWidgetGeometry wanted = {};
+            (void)XtQueryGeometry(seen, nullptr, &wanted);
+            /* In a form the ring of a default button takes a little of the margins. */
+            const int iRing = XmIsPushButton(seen) ? 4 : 0;
+            EXPECT_LE(wanted.width, seen->core.width + iRing) << name << ": " << XtName(seen);
+            EXPECT_LE(wanted.height, seen->core.height + iRing) << name << ": " << XtName(seen);
+        }
+    }
+    void showLongNames()
+    {
+        m_product = "Orvane Studio with Everything that Sixty Characters Can Hold";
+        for (m_place = "a/long/path/"; m_place.size() < 190;)
+            m_place += "directory" + std::to_string(m_place.size()) + "/";
+        ASSERT_EQ(60u, m_product.size());
+        ASSERT_LT(200u, (m_root + m_place).size());
+    }
+    /* Waits for what the server makes of real keys. */
+    void key(const std::string &name)
+    {
+        EXPECT_EQ(0, system(("xdotool key " + name).c_str())) << name;
+        runFor(s_application, 60);
+    }
+    /* The keyboard follows the pointer where there is no window manager. */
+    static void pointAt(Widget dialog)
+    {
+        XWarpPointer(XtDisplay(dialog), None, XtWindow(dialog), 0, 0, 0, 0, 3, 3);
+        XSetInputFocus(XtDisplay(dialog), XtWindow(XtParent(dialog)), RevertToParent, CurrentTime);
+        settle();
+    }
+};
+
+TEST_F(Looks, NothingIsCut)
+{
+    const struct {
+        bool bLongNames;
+        std::vector<std::string> words;
+    } aRows[] = {
+        {false, {}},
+        {false, {"-xrm", "*fontSize: 20"}},
+        {true, {}},
+        {true, {"-display", newScreen("800x600x24", "96")}},
+        {true, {"-display", newScreen("2560x1600x24", "192")}},
+    };
+
+    for (const auto &row : aRows) {
+        SCOPED_TRACE(testing::PrintToString(row.words));
+        if (row.bLongNames)
+            showLongNames();
+        reopen(row.words);
+        visitAll(expectFits);
+    }
+}
+
+/* What scrolls or takes text has the room, the box's buttons stay where they were from below. */
+TEST_F(Looks, LargerDialogsGiveTheirRoomToWhatNeedsIt)
+{
+    enum { MORE_WIDTH = 200, MORE_HEIGHT = 150 };
+
+    visitAll([](const std::string &name, Widget dialog) {
+        std::map<Widget, Place> before;
+        int iWider = 0, iHigher = 0, iScrolling = 0, iFields = 0;
+        Widget shell = XtParent(dialog);
+        for (Widget seen : seenOf(dialog))
+            before[seen] = placeOf(seen);
+        const int iBottom = before[dialog].iBottom;
+        const bool bPage = std::any_of(before.begin(), before.end(), [&](const auto &entry) {
+            return XtParent(entry.first) == dialog && XtIsComposite(entry.first);
+        }); /* a box with nothing but a message shares the room out */
+        XtVaSetValues(shell, XmNwidth, shell->core.width + MORE_WIDTH, XmNheight,
+                      shell->core.height + MORE_HEIGHT, nullptr);
+        settle();
+        for (const auto &[seen, place] : before) {
+            const Place now = placeOf(seen);
+            const std::string what = name + ": " + XtName(seen);
+            const bool bHigher = now.iBottom - now.iY >= place.iBottom - place.iY + MORE_HEIGHT / 2;
+            const bool bWider = now.iRight - now.iX > place.iRight - place.iX;
+            EXPECT_GE(dialog->core.width, now.iRight - before[dialog].iX) << what;
+            if (bPage && isButton(seen) && XtParent(seen) == dialog) {
+                EXPECT_EQ(iBottom - place.iY, dialog->core.height - now.iY) << what;
+            }
+            if (XmIsScrolledWindow(seen)) {
+                iScrolling++;
+                iHigher += bHigher;
+                iWider += bWider;
+            } else if (XmIsTextField(seen)) {
+                iFields++;
+                iWider += bWider;
+                EXPECT_EQ(place.iBottom - place.iY, now.iBottom - now.iY) << what;
+            }
+        }
+        EXPECT_EQ(iScrolling > 0, iHigher > 0) << name;
+        /* The main page's folder is in a row that lines its parts up from the left. */
+        EXPECT_EQ(iScrolling + iFields > 0 && name != "main page", iWider > 0) << name;
+    });
+}
+
+TEST_F(Looks, EveryButtonHasALetterOfItsOwn)
+{
+    visitAll([](const std::string &name, Widget dialog) {
+        std::set<int> letters;
+        for (Widget seen : seenOf(dialog)) {
+            if (!isButton(seen) || resourceOf<unsigned char>(seen, XmNlabelType) != XmSTRING)
+                continue;
+            const std::string text = labelOf(seen);
+            const int iLetter = (int)resourceOf<KeySym>(seen, XmNmnemonic);
+            EXPECT_NE(text.npos, text.find((char)iLetter)) << name << ": " << text;
+            EXPECT_TRUE(letters.insert(tolower(iLetter)).second) << name << ": " << text;
+        }
+    });
+}
+
+TEST_F(Looks, LettersPressTheButtons)
+{
+    fillModel();
+    Widget dialog = managed(CreatembNameOrg(main()));
+    pointAt(dialog);
+    XtVaSetValues(XmMessageBoxGetChild(dialog, XmDIALOG_CANCEL_BUTTON), XmNsensitive, False,
+                  nullptr);
+    key("x alt+e y"); /* it is insensitive */
+    EXPECT_EQ(nullptr, openBox("mbExitSetup"));
+    EXPECT_EQ("xy", textIn(OV_instFindWidget(dialog, "txNameOrgName")));
+    key("alt+o");
+    Widget confirmation = XtNameToWidget(XtParent(dialog), "*mbNameOrgConfirm");
+    ASSERT_NE(nullptr, confirmation);
+    key("alt+e"); /* the page below it is blocked */
+    pointAt(confirmation);
+    key("Caps_Lock alt+c Caps_Lock");
+    EXPECT_EQ(nullptr, XtNameToWidget(XtParent(dialog), "*mbNameOrgConfirm"));
+
+    const Step byLetter("mbOkCancel:", [this](Widget box) {
+        pointAt(box);
+        key("alt+n");
+    });
+    (void)whileUsed({byLetter}, [] {
+        EXPECT_EQ(1, OV_instOkCancelMessageBox(main(), "Sure?", "Yes", "No", nullptr));
+    });
+
+    Widget custom = customPage(1);
+    Widget ok = XtNameToWidget(custom, "OK");
+    EXPECT_EQ((KeySym)'C', resourceOf<KeySym>(ok, XmNmnemonic));
+    OV_instUpdateLabelString(ok, "OK");
+    EXPECT_EQ((KeySym)'O', resourceOf<KeySym>(ok, XmNmnemonic));
+    config(21)->iSelected = config(24)->iSelected = 0;
+    pointAt(custom);
+    key("alt+s");
+    EXPECT_EQ(1, config(21)->iSelected);
+    EXPECT_EQ(1, config(24)->iSelected);
+}
+
+/* From one stop of the keyboard to the next, around once. Stops that belong together, as buttons
+ * do, are passed with the arrows. */
+static std::vector<Widget> stopsOf(Widget dialog)
+{
+    std::vector<Widget> stops;
+
+    for (int i = 0; i < 40; i++) {
+        Widget focus = XmGetFocusWidget(dialog);
+        if (!focus || (!stops.empty() && focus == stops[0]))
+            break;
+        if (std::find(stops.begin(), stops.end(), focus) == stops.end())
+            stops.push_back(focus);
+        Widget before = focus;
+        (void)XmProcessTraversal(dialog, XmTRAVERSE_NEXT);
+        focus = XmGetFocusWidget(dialog);
+        if (focus != before && std::find(stops.begin(), stops.end(), focus) == stops.end())
+            continue;
+        (void)XmProcessTraversal(dialog, XmTRAVERSE_NEXT_TAB_GROUP);
+    }
+    return stops;
+}
+
+TEST_F(Looks, KeyboardGoesInVisualOrder)
+{
+    visitAll([](const std::string &name, Widget dialog) {
+        const bool bBrowser = name.find("browser") != name.npos; /* the toolkit's own order */
+        pointAt(dialog);
+        std::vector<Widget> stops = stopsOf(dialog);
+        std::string order;
+        Place last = {0, 0, 0, 0};
+        int iBack = -1;
+        for (Widget stop : stops) {
+            const Place place = placeOf(stop);
+            const int iDown = (place.iY + place.iBottom - last.iY - last.iBottom) / 2;
+            iBack += order.empty() || iDown < -12 || (iDown <= 12 && place.iX < last.iX);
+            last = place;
+            order += std::string(" ") + XtName(stop);
+        }
+        EXPECT_FALSE(stops.empty()) << name;
+        EXPECT_EQ(order.npos, order.find("daProgress")) << "nothing to do there";
+        EXPECT_GE(bBrowser ? 99 : 1, iBack) << name << order; /* it may begin in the middle */
+        for (Widget seen : seenOf(dialog))
+            EXPECT_TRUE(!(isButton(seen) || XmIsToggleButton(seen)) || !XtIsSensitive(seen) ||
+                        std::find(stops.begin(), stops.end(), seen) != stops.end())
+                << name << ": " << XtName(seen) << " not among" << order;
+    });
+}
+
+/* Return presses the button drawn as the default one, also from a field or a text, and Escape the
+ * one that leaves. Pages of large buttons have no default one: Return presses where the focus is.
+ */
+TEST_F(Looks, ReturnAndEscape)
+{
+    visitAll([](const std::string &name, Widget dialog) {
+        static int s_iOk, s_iCancel;
+        if (!XmIsMessageBox(dialog) || !strcmp(XtName(dialog), "mbOkCancel"))
+            return; /* those boxes have a test of their own */
+        const auto isThere = [&](const char *pName) {
+            return XtIsManaged(XtNameToWidget(dialog, pName));
+        };
+        const auto count = [](Widget, XtPointer counter, XtPointer) { ++*(int *)counter; };
+        XtRemoveAllCallbacks(dialog, XmNokCallback);
+        XtRemoveAllCallbacks(dialog, XmNcancelCallback);
+        XtAddCallback(dialog, XmNokCallback, count, &s_iOk);
+        XtAddCallback(dialog, XmNcancelCallback, count, &s_iCancel);
+        s_iOk = s_iCancel = 0;
+        if (isThere("OK")) {
+            pressKey(XtParent(dialog), XK_Return);
+            settle();
+            EXPECT_EQ(1, s_iOk) << name;
+            EXPECT_EQ(0, s_iCancel) << name;
+        }
+        s_iOk = 0;
+        pressKey(XtParent(dialog), XK_Escape);
+        settle();
+        EXPECT_EQ(isThere("Cancel"), s_iCancel) << name;
+        EXPECT_EQ(!isThere("Cancel"), s_iOk) << name;
+    });
+}
+
+/* ---- the user's resources ---- */
+
+/* Values that no fallback has, for resources that ours set; the classes are those that have them.
+ */
+static const struct {
+    const char *pLine;
+    const char *pResource;
+    const char *pClass;
+    long lValue;
+} s_aUser[] = {
+    {"*background: #123456", "background", nullptr, 0x123456},
+    {"*foreground: #abcdef", "foreground", nullptr, 0xabcdef},
+    {"*XmPushButton.marginWidth: 31", "marginWidth", "XmPushButton", 31},
+    {"*XmFrame.marginHeight: 23", "marginHeight", "XmFrame", 23},
+    {"*XmMessageBox.marginWidth: 29", "marginWidth", "XmMessageBox", 29},
+    {"*XmForm.verticalSpacing: 1", "verticalSpacing", "XmForm", 1},
+    {"*XmRowColumn.spacing: 17", "spacing", "XmRowColumn", 17},
+    {"*XmToggleButton.indicatorSize: 25", "indicatorSize", "XmToggleButton", 25},
+    {"*XmText.marginHeight: 9", "marginHeight", "XmText", 9},
+};
+
+TEST_F(Looks, UsersResourcesWin)
+{
+    std::string lines = "*XmLabel.alignment: ALIGNMENT_END\n*fontSize: 12\n"
+                        "*mbWelcome.okLabelString: On we go\n*dsWelcome.title: Mine\n"
+                        "*laMainDlg.labelString: Pick\n*mbWelcome*OK.mnemonic: w\n";
+    for (const auto &row : s_aUser)
+        lines += std::string(row.pLine) + "\n";
+    put("@/resources", lines);
+    setenv("XENVIRONMENT", full("@/resources").c_str(), 1);
+    reopen({});
+    unsetenv("XENVIRONMENT");
+    visitAll([](const std::string &name, Widget dialog) {
+        for (Widget seen : seenOf(dialog))
+            for (const auto &row : s_aUser) {
+                const char *pClass = XtClass(seen)->core_class.class_name;
+                if (XmIsGadget(seen) || (row.pClass && strcmp(row.pClass, pClass)))
+                    continue;
+                const long lValue = row.pClass ? (long)(resourceOf<Dimension>(seen, row.pResource))
+                                               : (long)resourceOf<Pixel>(seen, row.pResource);
+                EXPECT_EQ(row.lValue, lValue) << name << ": " << XtName(seen) << " " << row.pLine;
+            }
+    });
+    Widget welcome = managed(CreatembWelcome(main()));
+    Widget middle = OV_instFindWidget(welcome, "laWelcomeMiddle");
+    EXPECT_EQ("On we go", label(welcome, "OK"));
+    EXPECT_EQ((KeySym)'w', resourceOf<KeySym>(XtNameToWidget(welcome, "OK"), XmNmnemonic));
+    EXPECT_EQ(XmALIGNMENT_END, resourceOf<unsigned char>(middle, XmNalignment));
+    EXPECT_EQ("Pick", label(CreatembMainDlg(main()), "laMainDlg"));
+}
