@@ -10,6 +10,7 @@
 #include <Xm/TextF.h>
 #include <Xm/ToggleB.h>
 
+#include "dialogs/dialogFrontEnd.h"
 #include "dialogs/sequence.h"
 #include "engine/userHome.h"
 #include "engine/engineTest.h"
@@ -18,6 +19,7 @@
 #include "toolkit/display.h"
 #include "ut/toolkit/HtmlHelp.h"
 #include "ut/toolkit/frameClose.h"
+#include "ut/frontEnd.h"
 #include "ut/privateFile.h"
 
 /* What is read, without notation. */
@@ -200,6 +202,7 @@ struct DialogTest : EngineTest {
         setenv("DISPLAY", m_display.c_str(), 1);
         s_application = testApplication();
         ASSERT_NE(nullptr, s_application);
+        OV_instUseDialogs();
         OV_instInstallationMode = 0;
         SetDefaultUserHome(nullptr);
         describe("1 MainDlg 'T' 'D' '' 10\n10 Suite 'P' '' '' 1\n");
@@ -212,6 +215,7 @@ struct DialogTest : EngineTest {
             XtDestroyWidget(shell);
             settle();
         }
+        OV_instUseFrontEnd(nullptr);
         OV_instSetLastDlg(nullptr);
         OV_instSetPrivateDirectory(nullptr);
         OV_instSetHelpDirectory(nullptr);

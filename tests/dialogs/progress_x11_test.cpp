@@ -174,7 +174,7 @@ struct ProgressReader : Progress {
         SetProgressBarTotalSize(ulTotal);
         snprintf(g_caLogName, sizeof g_caLogName, "%s", full("@/log").c_str());
         OV_InitHistoryFile(OV_instGetDestinationDirectory(), "Product", "3.5");
-        OV_instCreateProgressBar(main(), aEnds[0], m_child, 0);
+        OV_instCreateProgressBar(main(), aEnds[0], m_child);
         const CorePart &core = main()->core;
         for (Cardinal i = 0; i < core.num_popups && !m_dialog; i++)
             m_dialog = XtNameToWidget(core.popup_list[i], "mbProgress");

@@ -14,7 +14,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/debugLevel.h"
 #include "ut/owned.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/frontEnd.h"
 
 struct ModelFreed {
     void operator()(_OV_instCDinst *pRoot) const { OV_instFreeCDinst(pRoot); }
@@ -100,14 +100,12 @@ static void *openModule(const char *pSourceDir, const char *pModule, OwnedText *
 {
     pPath->reset(OV_instBuildPath(pSourceDir, "SetupFiles", pModule, nullptr));
     if (!*pPath) {
-        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
-                              "Error: (readCdinst) Can't allocate memory");
+        OV_instTell("OK", "Error: (readCdinst) Can't allocate memory");
         return nullptr;
     }
     void *hModule = dlopen(pPath->get(), RTLD_LAZY);
     if (!hModule)
-        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
-                              "Error: unable to load %s", pPath->get());
+        OV_instTell("OK", "Error: unable to load %s", pPath->get());
     return hModule;
 }
 
@@ -120,26 +118,26 @@ static int checkSymbols(void *hModule, const char *pPath, const _OV_InstFunction
     int iResult = OV_INST_NO_ERROR;
 
     if (!pdVersion) {
-        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
-                              "Error: there is no version number in module\n"
-                              "Module: %s\nPackage: %s",
-                              pPath, pPackageName);
+        OV_instTell("OK",
+                    "Error: there is no version number in module\n"
+                    "Module: %s\nPackage: %s",
+                    pPath, pPackageName);
         iResult = OV_INST_EXIT_SETUP;
     } else if (*pdVersion != OV_MODULE_VERSION) {
-        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
-                              "Error: version number of module is invalid\n"
-                              "Module: %s\nPackage: %s\n"
-                              "Current version: %f\nRequired version: %f",
-                              pPath, pPackageName, *pdVersion, OV_MODULE_VERSION);
+        OV_instTell("OK",
+                    "Error: version number of module is invalid\n"
+                    "Module: %s\nPackage: %s\n"
+                    "Current version: %f\nRequired version: %f",
+                    pPath, pPackageName, *pdVersion, OV_MODULE_VERSION);
         iResult = OV_INST_EXIT_SETUP;
     }
     for (const char *pName : apNames) {
         if (dlsym(hModule, pName))
             continue;
-        OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "OK", nullptr, nullptr,
-                              "Error: missing function in module\n"
-                              "Module: %s\nPackage: %s\nFunction: %s",
-                              pFunction->pModule, pPackageName, pName);
+        OV_instTell("OK",
+                    "Error: missing function in module\n"
+                    "Module: %s\nPackage: %s\nFunction: %s",
+                    pFunction->pModule, pPackageName, pName);
         iResult = OV_INST_EXIT_SETUP;
     }
     return iResult;

@@ -33,7 +33,6 @@ enum {
 static struct {
     int iFd;
     pid_t iChild;
-    int iRemoveAll;
     XtInputId input;    /* 0 while the pipe is not read */
     XtIntervalId watch; /* the child is looked after while the pipe is read */
     Widget progress;    /* the message box; null when there is none */
@@ -156,7 +155,7 @@ static void abortRun()
     (void)signal(SIGCHLD, SIG_IGN);
     OV_instKillRun(s_reader.iChild);
     (void)waitpid(s_reader.iChild, nullptr, WNOHANG);
-    if (!OV_instMaintenanceExists() && !s_reader.iRemoveAll)
+    if (!OV_instMaintenanceExists() && !OV_instRemovesAll())
         OV_RemoveHistoryFile(OV_instGetDestinationDirectory());
     exit(1);
 }
@@ -327,11 +326,10 @@ void UpdateProgressBar(XtPointer, int *piFd, XtInputId *)
         showInTime(nullptr, nullptr);
 }
 
-void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild, int iRemoveAll)
+void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild)
 {
     s_reader.iFd = iFd;
     s_reader.iChild = iChild;
-    s_reader.iRemoveAll = iRemoveAll;
     s_reader.installError = 0;
     s_reader.iPercent = -1;
     s_reader.splitter = OV_instNewSplitter(CARRY_SIZE - 1);

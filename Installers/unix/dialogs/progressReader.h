@@ -9,7 +9,7 @@
 /* Creates the progress dialog under parent, unmanaged, remembers the child's id in it, and reads
  * iFd from the toolkit's loop from now on. The process ends in here: with status 0 at the
  * completion marker, 1 when the run is aborted or the child dies. */
-void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild, int iRemoveAll);
+void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild);
 
 /* While the user is asked whether to go on: the child and the commands that it runs stand still,
  * and no record is read, not even one that is in the pipe already. */

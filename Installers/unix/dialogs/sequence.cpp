@@ -18,8 +18,6 @@
 
 enum { FIRST_CONFIG = 1 };
 
-int OV_instInstallationMode = 0;
-
 static _OV_InstConfigList *configOf(XtPointer pConfig)
 {
     return static_cast<_OV_InstConfigList *>(pConfig);

@@ -7,9 +7,6 @@
 
 #include "description/model.h"
 
-/* 0 for a new installation, 1 once Add/Remove of the maintenance dialog was chosen. */
-extern int OV_instInstallationMode;
-
 /* Shows a page or a list in place of the dialog that the widget belongs to (null: there is none),
  * with the configuration shown until now as its parent. Callbacks; the client data is the
  * configuration. */

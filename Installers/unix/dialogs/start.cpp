@@ -7,6 +7,7 @@
 #include "description/reader.h"
 #include "dialogs/Maintenance.h"
 #include "dialogs/Welcome.h"
+#include "dialogs/dialogFrontEnd.h"
 #include "engine/history.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
@@ -87,6 +88,7 @@ int OV_instStartDialogs(int argc, char **argv, char *pDescription, char *pDestin
         return 1;
     }
     (void)OV_instCreateMainTopLevelShell(shell);
+    OV_instUseDialogs();
     readDescription(description.get());
     /* Only a description that names no destination takes the one of the options. */
     (void)OV_instSetRootDestination(CDInstPtr->pInstallDir ? CDInstPtr->pInstallDir

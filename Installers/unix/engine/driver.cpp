@@ -12,9 +12,9 @@
 #include "engine/registry.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
+#include "ut/frontEnd.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
-#include "ut/toolkit/uiut.h"
 
 /* One call of OV_instInstallPackList. */
 struct PackListRun {
@@ -145,7 +145,7 @@ static int callFunction(PackListRun *pRun, _OV_InstOper *pOper)
         OV_instGetCommonDestinationDirectory() ? OV_instGetCommonDestinationDirectory() : ""));
     _OV_CustomData data = {};
 
-    data.pTls = OV_instGetMainTopLevelShell();
+    data.pTls = OV_instFrontEnd()->fpModuleShell();
     data.fpUpdate = pRun->pStream;
     data.pRootDest = root.get();
     data.pCommonDest = common.get();
@@ -254,7 +254,7 @@ static bool runPackage(PackListRun *pRun, _OV_InstPackage *pPackage, int *piMask
     for (_OV_InstOper *pOper = pPackage->pOperHead; pOper; pOper = pOper->pNext) {
         const OperRow *pRow = rowOf(pOper);
 
-        OV_instDispatchPending();
+        OV_instFrontEnd()->fpDispatchPending();
         if (!pRow) {
             fprintf(stderr, "Error:Undefined operation %d\n", pOper->iType);
             return false;

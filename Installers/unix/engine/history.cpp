@@ -10,10 +10,10 @@
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
+#include "ut/frontEnd.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
 
 #define HISTORY_PLACE "%s/%s/%s"
 
@@ -266,8 +266,7 @@ static void showVersions(const char *pFormat, const char *pProductName, const ch
     if (recorded && strlen(pRecorded) > 1)
         cutNewline(recorded.get());
     OwnedText message(OV_instStrPrint(pFormat, pProductName, recorded ? recorded.get() : ""));
-    (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), message.get(), "OK", nullptr,
-                                    nullptr);
+    (void)OV_instAsk(message.get(), "OK");
 }
 
 int CompareProductVersions(const char *pProductName, const char *pProductVersion,

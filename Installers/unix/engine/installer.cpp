@@ -13,7 +13,6 @@
 #include "engine/driver.h"
 #include "engine/fileOps.h"
 #include "engine/history.h"
-#include "dialogs/progressReader.h"
 #include "engine/records.h"
 #include "engine/registry.h"
 #include "engine/selection.h"
@@ -23,28 +22,22 @@
 #include "engine/toolChest.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
-#include "ut/toolkit/appResources.h"
 #include "ut/debugLevel.h"
+#include "ut/frontEnd.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
 
 enum { PIPE_SIZE = 1024 * 1024 }; /* so that the child seldom waits for the reader */
 
-static struct {
-    int sRemoveAll; /* of the current run */
-} s_run;
+/* The pipe of a run: its two ends, the latter as the stream that records go to. */
+struct RunPipe {
+    OwnedFd fromChild;
+    OwnedFile toParent;
+};
 
-static Widget mainShell()
-{
-    return OV_instGetMainTopLevelShell();
-}
-
-static void tellUser(const char *pText)
-{
-    (void)OV_instOkCancelMessageBox(mainShell(), pText, "OK", nullptr, nullptr);
-}
+/* What a bare fork has left in this process. */
+static OV_InterfaceRun s_interface;
 
 /* ---- the child ---- */
 
@@ -150,43 +143,20 @@ static void dieWithParent(pid_t iParent)
  * interrupt key is the way to end it. */
 static void leadGroup(pid_t iChild)
 {
-    if (mainShell())
+    if (OV_instHasDialogs())
         (void)setpgid(iChild, iChild); /* fails when the child is gone, and then nobody minds */
 }
 
-static void openOwnDisplay()
-{
-    static char s_caName[] = "ovint Installer thread";
-    char *apNames[] = {s_caName, nullptr};
-
-    (void)OV_instCreateMainTopLevelShell(OV_instOpenApplicationAs(1, apNames));
-}
-
-/* The parent's connection is left alone, and not even closed by the protocol: the server would
- * think that the parent has gone. The child gets one of its own, for the media prompt and modules,
- * but few runs need it, and opening it takes longer than many files. Where there cannot be one, the
- * child asks nobody. */
-static void leaveParentsDisplay()
-{
-    /* The toolkit's font cache still speaks to the parent's connection now and then. */
-    OwnedFd nowhere(open("/dev/null", O_RDWR | O_CLOEXEC));
-
-    (void)dup3(nowhere.iFd, ConnectionNumber(XtDisplay(mainShell())), O_CLOEXEC);
-    OV_instMakeMainTopLevelShellLater(openOwnDisplay);
-}
-
 [[noreturn]] static void childMain(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
-                                   pid_t iParent, FILE *pRead, FILE *pWrite)
+                                   pid_t iParent, RunPipe *pPipe)
 {
-    int iMask;
-
     dieWithParent(iParent);
     leadGroup(0);
-    (void)fclose(pRead);
+    pPipe->fromChild.reset(-1);
     (void)signal(SIGCHLD, SIG_DFL);
-    if (mainShell())
-        leaveParentsDisplay();
-    iMask = OV_instRunInstallation(pRoot, pConfig, s_run.sRemoveAll, pWrite);
+    OV_instFrontEnd()->fpEnterChild();
+    int iMask =
+        OV_instRunInstallation(pRoot, pConfig, OV_instRemovesAll(), pPipe->toParent.release());
     (void)fflush(nullptr); /* _exit leaves the parent's exit handlers alone, and buffers too */
     _exit(iMask ? (iMask & 0xff ? iMask & 0xff : 1) : 0);
 }
@@ -208,25 +178,28 @@ static void setTotal(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
     SetProgressBarTotalSize(ulTotal);
 }
 
-/* The pipe as two streams, its ends closed in whatever commands the child starts. 0 or 1. */
-static int openPipe(OwnedFile *pRead, OwnedFile *pWrite)
+/* Opens the pipe, its ends closed in whatever commands the child starts. Null, or what failed, out
+ * of the two texts given. */
+static const char *openPipe(RunPipe *pPipe, const char *pNoPipe, const char *pNoStream)
 {
     int aEnds[2];
 
-    if (pipe2(aEnds, O_CLOEXEC) < 0) {
-        fputs("Error creating pipe\n", stderr);
-        return 1;
-    }
+    if (pipe2(aEnds, O_CLOEXEC) < 0)
+        return pNoPipe;
     (void)fcntl(aEnds[1], F_SETPIPE_SZ, PIPE_SIZE); /* the default will do */
-    pRead->reset(fdopen(aEnds[0], "r"));
-    pWrite->reset(fdopen(aEnds[1], "w"));
-    if (*pRead && *pWrite)
-        return 0;
-    fputs("Could not convert pipe to stream\n", stderr);
-    for (int i = 0; i < 2; i++)
-        if (!(i ? *pWrite : *pRead))
-            (void)close(aEnds[i]);
-    return 1;
+    pPipe->fromChild.reset(aEnds[0]);
+    pPipe->toParent.reset(fdopen(aEnds[1], "w"));
+    if (pPipe->toParent)
+        return nullptr;
+    (void)close(aEnds[1]); /* nothing was written */
+    return pNoStream;
+}
+
+/* The process twice, the pipe's ends in both. What pends in streams would be printed by both. */
+static pid_t forkFlushed()
+{
+    (void)fflush(nullptr);
+    return fork();
 }
 
 /* Opens the log of a description that names one. 0, or 1 when its place cannot be made. */
@@ -237,7 +210,7 @@ static int startLog(const _OV_instCDinst *pRoot, const char *pDest, FILE *pStrea
     OwnedText path(OV_instBuildPath(pDest, pRoot->pLogFile, nullptr));
     OwnedText directory(path ? OV_instDirname(path.get()) : nullptr);
     if (!directory || OV_instMkdir(directory.get(), OV_DIRECTORY_MODE, pStream) < 0) {
-        tellUser("Error while setting up logfile");
+        (void)OV_instAsk("Error while setting up logfile", "OK");
         return 1;
     }
     (void)OV_instInitLogfileAndTimeStamp(
@@ -249,7 +222,7 @@ static void logMode(const _OV_instCDinst *pRoot)
 {
     if (OV_instMaintenanceExists())
         (void)OV_instUpdateLogfile("Running in Maintenance mode\n"); /* the log is optional */
-    if (s_run.sRemoveAll)
+    if (OV_instRemovesAll())
         (void)OV_instUpdateLogfile("Removing All Files\n");
     else if (pRoot->bChestRC)
         (void)OV_instAddSinclude(nullptr, OV_instGetRootDestinationDirectory()); /* it tells */
@@ -262,18 +235,16 @@ void OV_instChildHandler(int iSignal)
     (void)signal(iSignal, OV_instChildHandler);
 }
 
-static int followRun(pid_t iChild, OwnedFile *pRead, OwnedFile *pWrite)
+/* Shows the status until the child is done, and waits for it. */
+static void followOnStatusLine(OwnedFd *pFromChild, pid_t iChild)
 {
-    int bGone;
+    int bGone = OV_instReadRecords(pFromChild->iFd, GetProgressBarTotalSize(), iChild);
 
-    pWrite->reset();
-    bGone = OV_instReadRecords(fileno(pRead->get()), GetProgressBarTotalSize(), iChild);
-    pRead->reset(); /* first: a child that is still writing must not wait for us */
+    pFromChild->reset(-1); /* first: a child that is still writing must not wait for us */
     while (!bGone && waitpid(iChild, nullptr, 0) < 0 && errno == EINTR)
         ;
     printf("\n");
     (void)fflush(stdout);
-    return 0;
 }
 
 /* ---- starting a run ---- */
@@ -283,14 +254,22 @@ static bool canStart(const _OV_instCDinst *pRoot, const _OV_InstConfigList *pCon
     return pRoot && pConfig && GetRootDestinationDirectory(pRoot) && GetDestinationDirectory(pRoot);
 }
 
+/* The run as somebody follows it: the front end, or the status line. */
+static void follow(OwnedFd *pFromChild, pid_t iChild)
+{
+    leadGroup(iChild);
+    if (OV_instFrontEnd()->fpFollowRun)
+        OV_instFrontEnd()->fpFollowRun(pFromChild->release(), iChild);
+    else
+        followOnStatusLine(pFromChild, iChild);
+}
+
 int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll)
 {
-    OwnedFile fromChild;
-    OwnedFile toParent;
+    RunPipe ends;
     pid_t iParent = getpid();
-    pid_t iChild;
 
-    s_run.sRemoveAll = iRemoveAll;
+    OV_instSetRemovesAll(iRemoveAll != 0);
     if (!canStart(pRoot, pConfig)) {
         fputs("Invalid arguments to CommandLineInstall\n", stderr);
         return 1;
@@ -298,57 +277,51 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
     OV_instSetGuardedRoot(GetRootDestinationDirectory(pRoot)); /* the header may have named it */
     OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
     setTotal(pRoot, pConfig);
-    if (openPipe(&fromChild, &toParent) != 0)
+    if (const char *pFailed =
+            openPipe(&ends, "Error creating pipe\n", "Could not convert pipe to stream\n")) {
+        fputs(pFailed, stderr);
         return 1;
+    }
     (void)signal(SIGCHLD, OV_instChildHandler);
     OV_instCatchBrokenPipes();
     if (OV_instMkdir(dest.get(), OV_DIRECTORY_MODE, nullptr) < 0) {
-        tellUser("Unable to create install directory");
+        (void)OV_instAsk("Unable to create install directory", "OK");
         return 1;
     }
-    if (startLog(pRoot, dest.get(), toParent.get()) != 0)
+    if (startLog(pRoot, dest.get(), ends.toParent.get()) != 0)
         return 1;
     logMode(pRoot);
-    (void)fflush(nullptr); /* or the child would print what is pending once more */
-    iChild = fork();
+    pid_t iChild = forkFlushed();
     if (iChild < 0) {
         fputs("Can't fork\n", stderr);
         return 1;
     }
     if (iChild == 0)
-        childMain(pRoot, pConfig, iParent, fromChild.release(), toParent.release());
-    if (!mainShell())
-        return followRun(iChild, &fromChild, &toParent);
-    leadGroup(iChild);
-    OV_instCreateProgressBar(mainShell(), fileno(fromChild.release()), iChild, iRemoveAll);
+        childMain(pRoot, pConfig, iParent, &ends);
+    ends.toParent.reset(); /* or the pipe would never end */
+    follow(&ends.fromChild, iChild);
     return 0;
 }
 
-int OV_instInterfaceInstall(_OV_instCDinst *, const char *, FILE **ppStream, pid_t *piChild)
+int OV_instInterfaceInstall(_OV_instCDinst *, const char *)
 {
-    int aEnds[2];
-    FILE *pRead;
-    FILE *pWrite;
+    RunPipe ends;
 
-    if (pipe2(aEnds, O_CLOEXEC) < 0) {
-        fputs("Could not create a pipe\n", stderr);
-        exit(1);
-    }
-    pRead = fdopen(aEnds[0], "r");
-    pWrite = fdopen(aEnds[1], "w");
-    if (!pRead || !pWrite) {
-        fputs("Could not convert pipe to stream\n", stderr);
+    if (const char *pFailed =
+            openPipe(&ends, "Could not create a pipe\n", "Could not convert pipe to stream\n")) {
+        fputs(pFailed, stderr);
         exit(1);
     }
     (void)signal(SIGCHLD, OV_instChildHandler);
-    (void)fflush(nullptr); /* or the child would print what is pending once more */
-    *piChild = fork();
-    if (*piChild < 0) {
-        (void)fclose(pRead);
-        (void)fclose(pWrite);
+    s_interface = {nullptr, forkFlushed()};
+    if (s_interface.iChild < 0)
         return -1;
-    }
-    (void)fclose(*piChild ? pWrite : pRead);
-    *ppStream = *piChild ? pRead : pWrite;
+    s_interface.pStream =
+        s_interface.iChild ? fdopen(ends.fromChild.release(), "r") : ends.toParent.release();
     return 0;
+}
+
+const OV_InterfaceRun *OV_instInterfaceRun()
+{
+    return &s_interface;
 }

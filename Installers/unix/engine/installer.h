@@ -8,7 +8,7 @@
 
 #include "description/model.h"
 
-/* Starts a run over pConfig. Without a display it returns when the child is done and has been
+/* Starts a run over pConfig. Without dialogs it returns when the child is done and has been
  * waited for; its exit status is not part of the result. 0, or 1 when the run could not be
  * started (told to the user). */
 int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll);
@@ -18,10 +18,17 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
 int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll,
                            FILE *pStream);
 
-/* A bare fork with a pipe: 0 in both processes, each with the end it needs in *ppStream and the
- * child's id (0 in the child) in *piChild; -1 when there can be no child. */
-int OV_instInterfaceInstall(_OV_instCDinst *pRoot, const char *pPath, FILE **ppStream,
-                            pid_t *piChild);
+/* A bare fork with a pipe, for an interface of another kind; nothing uses it today. 0 in both
+ * processes, -1 when there can be no child; without a pipe the process ends with status 1. */
+int OV_instInterfaceInstall(_OV_instCDinst *pRoot, const char *pPath);
+
+/* What the fork has left to this process: the end of the pipe that it needs, for the caller to
+ * close, and the child's id, 0 in the child. */
+struct OV_InterfaceRun {
+    FILE *pStream; /* null without memory */
+    pid_t iChild;
+};
+const OV_InterfaceRun *OV_instInterfaceRun();
 
 /* The handler of the child's exit; it only installs itself again. */
 void OV_instChildHandler(int iSignal);

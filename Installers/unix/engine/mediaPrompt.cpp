@@ -2,29 +2,23 @@
 
 #include <cstdlib>
 
-#include "dialogs/SourcePrompt.h"
 #include "engine/records.h"
 #include "engine/setupState.h"
+#include "ut/frontEnd.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
 
 enum { ANSWER_CONTINUE = 0, ANSWER_BROWSE = 1, ANSWER_ABORT = 2 };
 
 int OV_instAbortRetryMessageBox(FILE *, const char *pLabel, const char *pFile, char **ppSource)
 {
-    int iAnswer;
-
     if (!ppSource) {
         puts("NULL pSource passed to OV_instAbortRetryMessageBox");
         return ANSWER_CONTINUE;
     }
     OwnedText message(OV_instStrPrint("%s: %s", pLabel, pFile));
-    iAnswer = OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), message.get(), "Continue",
-                                        "Browse...", "Abort");
-    if (iAnswer == ANSWER_BROWSE)
-        OV_instBrowseForSource(pFile, ppSource, OV_instGetSourceDirectory());
-    return iAnswer;
+    return OV_instFrontEnd()->fpAskForMedium(message.get(), pFile, OV_instGetSourceDirectory(),
+                                             ppSource);
 }
 
 int OV_instQueryForSource(FILE *pStream, const char *pLabel, const char *pFile)

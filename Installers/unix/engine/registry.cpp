@@ -7,11 +7,11 @@
 #include "engine/records.h"
 #include "engine/setupState.h"
 #include "ut/OVinstExpand.h"
+#include "ut/frontEnd.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
 
 #define REGISTRY_TOOL "${MWHOME}/bin-amd64_linux/mwperl ${MWHOME}/scripts/mwgeneric.pl"
 #define REGISTRY_TOOL_QUOTED                                                                       \
@@ -42,7 +42,7 @@ static int selfRegFailure(FILE *pStream, int iPlace)
 
 static bool hasDisplay()
 {
-    return getenv("DISPLAY") || OV_instGetMainTopLevelShell();
+    return getenv("DISPLAY") || OV_instHasDialogs();
 }
 
 static char *expandDestination(const char *pText, const char *pDest)

@@ -10,6 +10,7 @@
 #include "ut/owned.h"
 
 _OV_instCDinst *CDInstPtr = nullptr;
+int OV_instInstallationMode = 0;
 
 static struct {
     char runningDirectory[OV_INST_PATH_SIZE];
@@ -17,8 +18,9 @@ static struct {
     const char *pRedirect;
     uint64_t s_ulTotalSize;
     _OV_InstConfigList *pConfigToInstall;
-    int iMaintenanceExists;
-} s_state = {"", ".", "> /dev/null", 0, nullptr, 0};
+    bool bMaintenanceExists;
+    bool bRemovesAll;
+} s_state = {"", ".", "> /dev/null", 0, nullptr, false, false};
 
 static const char s_caCommon[] = "Orvane"; /* the directory that products share */
 
@@ -224,12 +226,22 @@ void SetConfigToInstall(_OV_InstConfigList *pConfig)
     s_state.pConfigToInstall = pConfig;
 }
 
-int OV_instMaintenanceExists()
+bool OV_instMaintenanceExists()
 {
-    return s_state.iMaintenanceExists;
+    return s_state.bMaintenanceExists;
 }
 
 void OV_instSetMaintenanceExists()
 {
-    s_state.iMaintenanceExists = 1;
+    s_state.bMaintenanceExists = true;
+}
+
+bool OV_instRemovesAll()
+{
+    return s_state.bRemovesAll;
+}
+
+void OV_instSetRemovesAll(bool bRemovesAll)
+{
+    s_state.bRemovesAll = bRemovesAll;
 }

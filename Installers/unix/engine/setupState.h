@@ -61,8 +61,15 @@ void SetProgressBarTotalSize(uint64_t ulTotal);
 _OV_InstConfigList *GetConfigToInstall();
 void SetConfigToInstall(_OV_InstConfigList *pConfig);
 
-/* Whether the maintenance dialog was ever created in this run. */
-int OV_instMaintenanceExists();
+/* What kind of run this is. The mode is 0 for a new installation, 1 once the user has chosen to
+ * maintain the one that is there. Whether the maintenance dialog was ever created is another
+ * matter: it offers that choice, and removes all without it. */
+extern int OV_instInstallationMode;
+bool OV_instMaintenanceExists();
 void OV_instSetMaintenanceExists();
+
+/* Whether the run that was started last removes everything. */
+bool OV_instRemovesAll();
+void OV_instSetRemovesAll(bool bRemovesAll);
 
 #endif

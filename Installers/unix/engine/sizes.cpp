@@ -10,9 +10,9 @@
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
+#include "ut/frontEnd.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
 
 static const int64_t ONE_K = 1024;
 static const int64_t ONE_MEG = 1024 * ONE_K;
@@ -78,7 +78,7 @@ static uint64_t functionSize(_OV_InstOper *pOper, const _OV_InstPackage *pPackag
 {
     _OV_CustomData data = {};
 
-    data.pTls = OV_instGetMainTopLevelShell();
+    data.pTls = OV_instFrontEnd()->fpModuleShell();
     data.pDest = pDest;
     data.pFrom = pFrom;
     data.pData = pOper->body.function.pData;
@@ -86,9 +86,8 @@ static uint64_t functionSize(_OV_InstOper *pOper, const _OV_InstPackage *pPackag
     data.iSize = static_cast<int32_t>(lBlock);
     data.ovPass = OV_CUSTOM_SIZE;
     if (OV_instCustomFunction(pOper, &data, nullptr) != OV_INST_NO_ERROR) {
-        (void)OV_instDisplayMessage(OV_instGetMainTopLevelShell(), "Exit", nullptr, nullptr,
-                                    "Error: Internal error getting size of package '%s' (%s)\n",
-                                    pPackage->pName, pOper->body.function.pFunction);
+        OV_instTell("Exit", "Error: Internal error getting size of package '%s' (%s)\n",
+                    pPackage->pName, pOper->body.function.pFunction);
         exit(1);
     }
     return static_cast<uint64_t>(static_cast<int64_t>(data.iSize));
@@ -353,7 +352,6 @@ int OV_instEnoughSpace(const _OV_InstConfigList *pConfig)
     diskSpace2String(lFree, caFree);
     OwnedText message(
         OV_instStrPrint("Not Enough Disk Space\n%s Needed, Only %s Available", caNeeded, caFree));
-    (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), message.get(), "OK", nullptr,
-                                    nullptr);
+    (void)OV_instAsk(message.get(), "OK");
     return 0;
 }

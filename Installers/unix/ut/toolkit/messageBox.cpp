@@ -17,6 +17,7 @@
 #include "ut/toolkit/mnemonics.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/frontEnd.h"
 #include "ut/toolkit/uiut.h"
 
 /* How long a notice may take to come up before it is drawn as far as it is, in milliseconds. */
@@ -192,12 +193,8 @@ int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *p
                               const char *pCancel, const char *pHelp)
 {
     parent = livingParent(parent);
-    if (!parent) {
-        printf("%s", pMessage ? pMessage : "");
-        printf("Returning %s\n", pOk ? pOk : "");
-        (void)fflush(stdout); /* both processes of a run print */
-        return 0;
-    }
+    if (!parent)
+        return OV_instPrinting.fpAsk(pMessage, pOk, pCancel, pHelp);
 
     OpenBox open = {createBox(parent, "mbOkCancel"), 0, 1};
     XtVaSetValues(open.box, XmNuserData, &open, nullptr);
@@ -217,24 +214,16 @@ int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, c
                           const char *pFormat, ...)
 {
     va_list args;
-    int iAnswer = 0;
 
     if (!pFormat)
         return 0;
     va_start(args, pFormat);
-    char *pText = OV_instVStrprint(pFormat, args);
+    OwnedPrint text(OV_instVMessage(pFormat, args));
     va_end(args);
-    if (!pText) {
-        fputs("Error: (OV_instError) can't build error message\n", stderr);
-        exit(1);
-    }
     if (parent)
-        iAnswer = OV_instOkCancelMessageBox(parent, pText, pOk, pCancel, pHelp);
-    else
-        fputs(pText, stderr);
-    if (pText != OV_instStrPrint("")) /* the one empty text that is not on the heap */
-        free(pText);
-    return iAnswer;
+        return OV_instOkCancelMessageBox(parent, text.get(), pOk, pCancel, pHelp);
+    OV_instPrinting.fpTell(text.get(), pOk);
+    return 0;
 }
 
 void OV_instDisplayMessageBox(Widget parent, const char *pText)

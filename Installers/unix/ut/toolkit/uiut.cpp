@@ -23,7 +23,6 @@ typedef struct Wait {
 } Wait;
 
 static Widget MainTopLevelShell; /* the one that the process made last */
-static void (*s_fpMakeShell)();  /* makes the one that is still to be made; null when none is */
 
 static void forgetMainShell(Widget shell, XtPointer, XtPointer)
 {
@@ -81,17 +80,7 @@ static void setLabel(Widget widget, XmString label)
 
 Widget OV_instGetMainTopLevelShell()
 {
-    if (void (*fpMake)() = s_fpMakeShell) {
-        s_fpMakeShell = nullptr;
-        fpMake();
-    }
     return MainTopLevelShell;
-}
-
-void OV_instMakeMainTopLevelShellLater(void (*fpMake)())
-{
-    MainTopLevelShell = nullptr;
-    s_fpMakeShell = fpMake;
 }
 
 Widget OV_instCreateMainTopLevelShell(Widget parent)

@@ -16,9 +16,6 @@ Widget OV_instGetMainTopLevelShell();
  * not touch. For a null parent the result is null, and there is no main shell from then on. */
 Widget OV_instCreateMainTopLevelShell(Widget parent);
 
-/* Forgets the main shell; fpMake makes another, or none, when somebody asks for it first. */
-void OV_instMakeMainTopLevelShellLater(void (*fpMake)());
-
 /* The nearest shell, or top-level shell, at or above the widget; null if there is none. */
 Widget OV_instGetShell(Widget widget);
 Widget OV_instGetTLShell(Widget widget);
