@@ -9,7 +9,7 @@
 #include <Xm/Xm.h>
 
 #include "Dialogs/windowTitle.h"
-#include "dialogs/progressReader.h"
+#include "dialogs/runWatch.h"
 #include "ut/toolkit/messageBox.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"

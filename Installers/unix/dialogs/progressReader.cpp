@@ -6,13 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <Xm/Xm.h>
 
 #include "dialogs/Progress.h"
+#include "dialogs/runWatch.h"
 #include "dialogs/sequence.h"
 #include "engine/history.h"
 #include "engine/records.h"
@@ -26,16 +26,12 @@
 
 enum {
     CARRY_SIZE = 5000,
-    WATCH_MSEC = 1000,
     SHOW_MSEC = 20 /* as often as anybody can see; drawing more would slow the child down */
 };
 
 static struct {
-    int iFd;
     pid_t iChild;
-    XtInputId input;    /* 0 while the pipe is not read */
-    XtIntervalId watch; /* the child is looked after while the pipe is read */
-    Widget progress;    /* the message box; null when there is none */
+    Widget progress; /* the message box; null when there is none */
     OV_RecordSplitter splitter;
     uint64_t ulSum;
     int installError;
@@ -47,50 +43,6 @@ static struct {
 static Widget mainShell()
 {
     return OV_instGetMainTopLevelShell();
-}
-
-static void watchChild(XtPointer, XtIntervalId *);
-
-static void listen(bool bOn)
-{
-    if (bOn == (s_reader.input != 0))
-        return;
-    if (bOn) {
-        XtAppContext app = XtWidgetToApplicationContext(mainShell());
-
-        s_reader.input = XtAppAddInput(app, s_reader.iFd, (XtPointer)XtInputReadMask,
-                                       UpdateProgressBar, nullptr);
-        s_reader.watch = XtAppAddTimeOut(app, WATCH_MSEC, watchChild, nullptr);
-    } else {
-        XtRemoveInput(s_reader.input);
-        XtRemoveTimeOut(s_reader.watch);
-        s_reader.input = 0;
-    }
-}
-
-/* ---- signals ---- */
-
-static void signalRun(pid_t iChild, int iSignal)
-{
-    if (iChild > 0 && kill(-iChild, iSignal) < 0)
-        (void)kill(iChild, iSignal); /* it leads no group (yet), or is gone */
-}
-
-void OV_instPauseRun(pid_t iChild)
-{
-    listen(false);
-    signalRun(iChild, SIGSTOP);
-}
-
-void OV_instResumeRun(pid_t iChild)
-{
-    signalRun(iChild, SIGCONT);
-    listen(true);
-}
-
-void OV_instKillRun(pid_t iChild)
-{
-    signalRun(iChild, SIGKILL);
 }
 
 static void destroyProgress(Widget, XtPointer, XtPointer)
@@ -151,7 +103,7 @@ static void onCount(const char *pLine)
 
 static void abortRun()
 {
-    listen(false);
+    OV_instUnwatchRun();
     (void)signal(SIGCHLD, SIG_IGN);
     OV_instKillRun(s_reader.iChild);
     (void)waitpid(s_reader.iChild, nullptr, WNOHANG);
@@ -170,7 +122,7 @@ static void tellResult(bool bSuccess)
 
 static void finishRun()
 {
-    listen(false);
+    OV_instUnwatchRun();
     OV_instPopupAfterMoveDataDialogs(mainShell());
     tellResult(!s_reader.installError);
     /* The child would die with us before its last steps, which follow the marker. */
@@ -189,25 +141,11 @@ static void takeDownProgress()
 /* The pipe ended without the completion marker. */
 static void childDied()
 {
-    listen(false);
+    OV_instUnwatchRun();
     OV_instRemoveMessageBox();
     takeDownProgress();
     tellResult(false);
     exit(1);
-}
-
-/* A process that the child left behind may keep the pipe open for ever. */
-static void watchChild(XtPointer, XtIntervalId *)
-{
-    siginfo_t info = {};
-    struct pollfd pipeEnd = {s_reader.iFd, POLLIN, 0};
-
-    if (waitid(P_PID, static_cast<id_t>(s_reader.iChild), &info, WEXITED | WNOHANG | WNOWAIT) ==
-            0 &&
-        info.si_pid && poll(&pipeEnd, 1, 0) == 0)
-        childDied();
-    s_reader.watch =
-        XtAppAddTimeOut(XtWidgetToApplicationContext(mainShell()), WATCH_MSEC, watchChild, nullptr);
 }
 
 /* ---- markers ---- */
@@ -314,7 +252,7 @@ void UpdateProgressBar(XtPointer, int *piFd, XtInputId *)
     if (iRead < 0 && (errno == EINTR || errno == EAGAIN))
         return;
     if (iRead < 0) {
-        listen(false);
+        OV_instUnwatchRun();
         (void)OV_instOkCancelMessageBox(mainShell(), "Internal error: UpdateProgressBar", "OK",
                                         nullptr, nullptr);
         exit(1);
@@ -328,7 +266,6 @@ void UpdateProgressBar(XtPointer, int *piFd, XtInputId *)
 
 void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild)
 {
-    s_reader.iFd = iFd;
     s_reader.iChild = iChild;
     s_reader.installError = 0;
     s_reader.iPercent = -1;
@@ -337,5 +274,5 @@ void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild)
     XtVaSetValues(s_reader.progress, XmNuserData,
                   reinterpret_cast<XtPointer>(static_cast<intptr_t>(iChild)), nullptr);
     XtAddCallback(s_reader.progress, XmNdestroyCallback, destroyProgress, nullptr);
-    listen(true);
+    OV_instWatchRun(parent, iFd, iChild, UpdateProgressBar, childDied);
 }

@@ -11,14 +11,6 @@
  * completion marker, 1 when the run is aborted or the child dies. */
 void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild);
 
-/* While the user is asked whether to go on: the child and the commands that it runs stand still,
- * and no record is read, not even one that is in the pipe already. */
-void OV_instPauseRun(pid_t iChild);
-void OV_instResumeRun(pid_t iChild);
-
-/* Ends the child and the commands that it runs. */
-void OV_instKillRun(pid_t iChild);
-
 /* The toolkit's input handler for the pipe. */
 void UpdateProgressBar(XtPointer pClient, int *piFd, XtInputId *pInput);
 
