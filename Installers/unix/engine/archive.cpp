@@ -26,6 +26,7 @@
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
+#include "ut/text.h"
 
 static const char s_caBunzip2[] = "bunzip2";
 static const char s_caTar[] = "tar --no-same-owner -xBof - 2> /dev/null";
@@ -36,11 +37,6 @@ enum {
     ROOM_FIRST_USEC = 400, /* long enough for tar to take a good part of the pipe */
     ROOM_MOST_USEC = 6400
 };
-
-static bool isText(const char *pText)
-{
-    return pText && pText[0];
-}
 
 /* ---- decompressing one file ---- */
 
@@ -109,7 +105,7 @@ int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64
     int iResult;
     bool bModeFailed;
 
-    if (!isText(pSource) || !isText(pTarget)) {
+    if (!OV_instIsText(pSource) || !OV_instIsText(pTarget)) {
         OV_instSendUpdate(pStream, "-1 Uncompress invalid parameters\n");
         return 1;
     }
@@ -462,7 +458,7 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
     struct stat info;
     int iResult;
 
-    if (!pTar || !isText(pTar->pArchive)) {
+    if (!pTar || !OV_instIsText(pTar->pArchive)) {
         OV_instSendUpdate(pStream, "-1 Untar invalid parameters\n");
         return 1;
     }
