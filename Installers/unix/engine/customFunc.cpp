@@ -4,9 +4,9 @@
 #include <cstring>
 #include <dlfcn.h>
 
+#include "description/modules.h"
 #include "engine/records.h"
 #include "engine/setupState.h"
-#include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
 #include "ut/owned.h"
 #include "ut/text.h"
@@ -46,7 +46,7 @@ static void unloadModule(_OV_InstFunction *pFunction)
 
 static int loadModule(_OV_InstFunction *pFunction, const char *pFrom, FILE *pStream)
 {
-    OwnedText path(OV_instBuildPath(pFrom, "SetupFiles", pFunction->pModule, nullptr));
+    OwnedText path(OV_instModulePath(pFrom, pFunction->pModule));
 
     if (!path) {
         fputs("-1 Can't allocate memory\n", stderr); /* not into the pipe: meant so */
