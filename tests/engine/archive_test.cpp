@@ -2,7 +2,7 @@
 
 #include "engine/archive.h"
 #include "engine/engineTest.h"
-#include "engine/records.h"
+#include "ut/brokenPipes.h"
 
 struct Archive : EngineTest {
     void SetUp() override

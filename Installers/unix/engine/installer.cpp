@@ -23,6 +23,7 @@
 #include "engine/toolChest.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
+#include "ut/brokenPipes.h"
 #include "ut/toolkit/appResources.h"
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
