@@ -16,8 +16,6 @@
 #include "ut/strprint.h"
 #include "ut/toolkit/uiut.h"
 
-enum { FIRST_CONFIG = 1 };
-
 int OV_instInstallationMode = 0;
 
 static _OV_InstConfigList *configOf(XtPointer pConfig)
@@ -76,7 +74,7 @@ void _DisplayPreviousDlg(Widget widget)
 
 void OV_instShowFirstMainDlg()
 {
-    _OV_InstConfigList *pFirst = OV_instGetConfigFromId(CDInstPtr, FIRST_CONFIG);
+    _OV_InstConfigList *pFirst = OV_instGetConfigFromId(CDInstPtr, OV_FIRST_CONFIG);
 
     if (!pFirst) {
         (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(),

@@ -1,8 +1,6 @@
 #include "engine/unattended.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 
 #include "description/reader.h"
 #include "engine/history.h"
@@ -10,22 +8,17 @@
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
-#include "ut/owned.h"
-
-enum { UNATTENDED_CONFIG = 3 };
 
 static int installAll()
 {
-    _OV_InstConfigList *pConfig = OV_instGetConfigFromId(CDInstPtr, UNATTENDED_CONFIG);
+    _OV_InstConfigList *pConfig = OV_instGetConfigFromId(CDInstPtr, OV_UNATTENDED_CONFIG);
 
     OV_instMarkAllConfig(pConfig, 1);
     if (OV_instSetSizes(CDInstPtr) == -1) {
         fputs("Error: during setting installation size\n", stderr);
         return 1;
     }
-    OwnedText dest(strdup(OV_instGetDestinationDirectory()));
-    (void)OV_UpdateSuiteHistory(CDInstPtr, pConfig, CDInstPtr->pSuiteHead, dest.get(),
-                                OV_instGetProductName(), OV_instGetProductVersion());
+    (void)OV_instFindInstallation(OV_UNATTENDED_CONFIG); /* what is installed is kept */
     if (OV_instCommandLineInstall(CDInstPtr, pConfig, 0) != 0) {
         fputs("Error: during installation\n", stderr);
         return 1;
