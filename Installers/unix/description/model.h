@@ -191,9 +191,6 @@ struct _OV_InstConfigList {
     void *pData; /* one of the three records above, by iType */
     _OV_InstConfigList *pNext;
     _OV_InstConfigList *pParent;
-    int32_t iWalk; /* marks of the walk through the tree: which one, how often, being inside */
-    int32_t iVisits;
-    int32_t iInside;
 };
 
 struct _OV_InstIndex; /* by name and id, beside the lists; see modelIndex.h */
