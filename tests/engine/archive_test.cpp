@@ -2,7 +2,7 @@
 
 #include "engine/archive.h"
 #include "engine/engineTest.h"
-#include "engine/records.h"
+#include "ut/brokenPipes.h"
 
 struct Archive : EngineTest {
     void SetUp() override
@@ -79,30 +79,4 @@ TEST_F(Archive, NamedFilesBecomeWritableWhereTheRunStarted)
               runLines("Untar 't' 1 'ro' 1 'unknown' 1 '/proc/self/limits' 1"));
     EXPECT_EQ(0651u, modeOf("@/cwd/ro"));
     EXPECT_EQ(0451u, modeOf("D/ro")) << "not where it is unpacked: meant so";
-}
-
-TEST_F(Archive, CompressedFileIsUncompressed)
-{
-    const auto uncompress = [this](const std::string &names) {
-        const std::string target = full(names.substr(names.find('|') + 1));
-        const int iResult = OV_instUncompress(names.substr(0, names.find('|')).c_str(),
-                                              target.c_str(), 0640, 9, m_pipe.pStream, 0);
-        return std::to_string(iResult) + " " + records();
-    };
-    load("");
-    put("M/f `x` $y", "f");
-    put("M/plain", "not compressed");
-    ASSERT_EQ(0, shell("bzip2 'M/f `x` $y'"));
-    /* The decompressor tells as well. */
-    (void)told([&] {
-        expectRows(uncompress, R"(
-            f `x` $y.bz2|D/new/f  => 0 +1 M/f `x` $y.bz2 D/new/f\n
-            f `x` $y.bz2|D/file/f => 1 -1 Uncompress can't create destination directory for:\n
-                                     D/file/f\n
-            f `x` $y.bz2|D/new    => 1 0 Can't create file D/new\n
-            plain|D/x             => 1 -1 Uncompress couldn't close input file M/plain\n
-            plain|                => 1 -1 Uncompress invalid parameters\n)");
-    });
-    EXPECT_EQ("f", got("D/new/f"));
-    EXPECT_EQ(0640u, modeOf("D/new/f"));
 }

@@ -117,7 +117,7 @@ TEST_F(PlantedFiles, AHistoryOfAStrangersLeadsNowhere)
     const std::string history = full(s_apFiles[1]);
 
     fs::create_directories(full("@/elsewhere"));
-    put(history, "HistoryFileVersion 2\nProduct\n3.5\n" + full("@/elsewhere") + "\n");
+    put(s_apFiles[1], "HistoryFileVersion 2\nProduct\n3.5\n" + full("@/elsewhere") + "\n");
     EXPECT_EQ(full("@/elsewhere"), source());
     ASSERT_EQ(0, chmod(history.c_str(), 0664));
     EXPECT_EQ(before, source());

@@ -17,12 +17,12 @@ struct Selection : EngineTest {
         EngineTest::SetUp();
         load(s_caTree);
     }
-    static std::string walked(int iFirst, int iThroughPages = 0)
+    static std::string walked(int iFirst, bool bThroughPages = false)
     {
-        OwnedWalk walk(OV_instStartWalk(CDInstPtr, config(iFirst), iThroughPages));
+        OwnedWalk walk(OV_instStartWalk(CDInstPtr, config(iFirst), bThroughPages));
         std::string visits;
         while (OV_ConfigVisit *pVisit = OV_instNextVisit(walk.get()))
-            visits += (pVisit->iLeaving ? "-" : "+") + std::to_string(pVisit->pConfig->iId);
+            visits += (pVisit->bLeaving ? "-" : "+") + std::to_string(pVisit->pConfig->iId);
         return visits;
     }
 };
@@ -31,8 +31,12 @@ TEST_F(Selection, WalkEntersMembersInTableOrderAndNothingThatItIsInside)
 {
     EXPECT_EQ("+3+4-4+5+6-6+7-7-5+8-8-3", walked(3));
     EXPECT_EQ("+2-2", walked(2)) << "a page holds no members";
-    EXPECT_EQ("+2+3+4-4+5+6-6+7-7-5+8-8-3-2", walked(2, 1)) << "but leads to its successor";
-    EXPECT_EQ("", walked(90, 1));
+    EXPECT_EQ("+2+3+4-4+5+6-6+7-7-5+8-8-3-2", walked(2, true)) << "but leads to its successor";
+    EXPECT_EQ("", walked(90, true));
+    OwnedWalk outer(OV_instStartWalk(CDInstPtr, config(3)));
+    EXPECT_EQ(config(3), OV_instNextEntry(outer.get())->pConfig);
+    EXPECT_EQ("+3+4-4+5+6-6+7-7-5+8-8-3", walked(3)) << "walks may nest";
+    EXPECT_EQ(config(4), OV_instNextEntry(outer.get())->pConfig);
     const auto loadCycles = [this] {
         load("Suite 'A'\nConfigBegin\n3 CusDlg '' '' '' 0 5 4 3\n4 CusDlg '' '' '' 0 6 3\n"
              "5 CusDlg '' '' '' 0 6 6 5\n6 Suite 'A' '' '' 0\nConfigEnd\n");

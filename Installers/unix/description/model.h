@@ -39,6 +39,13 @@ enum OV_InstConfigType {
     OV_CONFIG_COUNT
 };
 
+/* The configurations that setup begins with, by their ids. */
+enum OV_InstEntryConfig {
+    OV_FIRST_CONFIG = 1,       /* the first page of a new installation */
+    OV_MAINTENANCE_CONFIG = 2, /* what is offered where the product is installed */
+    OV_UNATTENDED_CONFIG = 3   /* what a run without dialogs installs */
+};
+
 enum { OV_MAINDLG_CHILDREN = 4, OV_CUSDLG_CHILDREN = 256 };
 
 /* Both end with a null entry. */
@@ -184,9 +191,6 @@ struct _OV_InstConfigList {
     void *pData; /* one of the three records above, by iType */
     _OV_InstConfigList *pNext;
     _OV_InstConfigList *pParent;
-    int32_t iWalk; /* marks of the walk through the tree: which one, how often, being inside */
-    int32_t iVisits;
-    int32_t iInside;
 };
 
 struct _OV_InstIndex; /* by name and id, beside the lists; see modelIndex.h */

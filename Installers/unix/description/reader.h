@@ -13,11 +13,6 @@ _OV_instCDinst *OV_instReadCDinst(const char *pPath, void (*progress)());
 /* Reads the body lines from the file's position on and checks the modules. 0 or -1. */
 int readCdinst(FILE *pFile, _OV_instCDinst *pRoot, void (*progress)(), int *piLine);
 
-/* Loads the module of every Function operation for a moment and looks for what setup needs in it.
- * 0 when all are usable, 100 otherwise (told in message boxes); a module that cannot be loaded ends
- * the check. */
-int validateModule(_OV_instCDinst *pRoot);
-
 /* The progress callback of unattended runs: turns the spinner by one. */
 void parseUpdate();
 

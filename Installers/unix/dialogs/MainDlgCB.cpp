@@ -9,6 +9,7 @@
 #include <Xm/MessageB.h>
 
 #include "Dialogs/ExitConfirmation.h"
+#include "description/modules.h"
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
@@ -17,7 +18,6 @@
 #include "dialogs/moveFiles.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
-#include "ut/OVinstFileUtils.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uiut.h"
@@ -65,8 +65,7 @@ void OV_instSetPixmapOnWidget(Widget widget, const _OV_InstIcon *pIcon)
     if (!widget || !pIcon || !pIcon->pIcon1 || !*pIcon->pIcon1 || !pIcon->pIcon2 || !*pIcon->pIcon2)
         return;
 
-    OwnedText path(
-        OV_instBuildPath(OV_instGetCdinstDirectory(), "SetupFiles", pIcon->pIcon1, nullptr));
+    OwnedText path(OV_instModulePath(OV_instGetCdinstDirectory(), pIcon->pIcon1));
     if (!path) {
         fputs("Error: OV_instSetPixmapOnWidget, memory allocation error\n", stderr);
         exit(1);

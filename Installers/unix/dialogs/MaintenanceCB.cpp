@@ -19,7 +19,7 @@
 #include "ut/strprint.h"
 #include "ut/toolkit/uiut.h"
 
-enum { MAINTENANCE_CONFIG = 2, WELCOME_WIDTH = 460 };
+enum { WELCOME_WIDTH = 460 };
 
 static struct {
     Widget dialog; /* the one made last; null when it is gone */
@@ -40,7 +40,7 @@ void OV_instMaintenanceUse(Widget dialog)
 
 static _OV_InstConfigList *maintenanceConfig()
 {
-    return OV_instGetConfigFromId(CDInstPtr, MAINTENANCE_CONFIG);
+    return OV_instGetConfigFromId(CDInstPtr, OV_MAINTENANCE_CONFIG);
 }
 
 /* Whether the only thing that could be added or removed is everything. */

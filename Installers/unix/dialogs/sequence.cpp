@@ -16,8 +16,6 @@
 #include "ut/strprint.h"
 #include "ut/toolkit/uiut.h"
 
-enum { FIRST_CONFIG = 1 };
-
 static _OV_InstConfigList *configOf(XtPointer pConfig)
 {
     return static_cast<_OV_InstConfigList *>(pConfig);
@@ -74,7 +72,7 @@ void _DisplayPreviousDlg(Widget widget)
 
 void OV_instShowFirstMainDlg()
 {
-    _OV_InstConfigList *pFirst = OV_instGetConfigFromId(CDInstPtr, FIRST_CONFIG);
+    _OV_InstConfigList *pFirst = OV_instGetConfigFromId(CDInstPtr, OV_FIRST_CONFIG);
 
     if (!pFirst) {
         (void)OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(),

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include "description/reader.h"
 #include "dialogs/Maintenance.h"
@@ -18,8 +17,6 @@
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/uiut.h"
-
-enum { MAINTENANCE_CONFIG = 2 };
 
 [[noreturn]] static void stop(const char *pMessage)
 {
@@ -54,22 +51,12 @@ static void setHelpDirectory()
     OV_instSetHelpDirectory(path.get());
 }
 
-/* Whether the product is installed in the destination. */
-static int checkHistory()
-{
-    OwnedText dest(strdup(OV_instGetDestinationDirectory()));
-
-    return OV_UpdateSuiteHistory(CDInstPtr, OV_instGetConfigFromId(CDInstPtr, MAINTENANCE_CONFIG),
-                                 CDInstPtr->pSuiteHead, dest.get(), OV_instGetProductName(),
-                                 OV_instGetProductVersion());
-}
-
 static Widget createFirstDialog()
 {
     Widget parent = OV_instGetMainTopLevelShell();
     Widget dialog;
 
-    if (!checkHistory())
+    if (!OV_instFindInstallation(OV_MAINTENANCE_CONFIG))
         return CreatembWelcome(parent);
     dialog = CreatembMaintenance(parent);
     OV_DisableAddButtonIfNecessary();

@@ -5,29 +5,23 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
-#include <filesystem>
 #include <poll.h>
-#include <string>
-#include <string_view>
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
-#include <unordered_map>
-#include <vector>
 
 #include "engine/confined.h"
 #include "engine/fileOps.h"
-#include "engine/mediaPrompt.h"
+#include "engine/memberPlaces.h"
 #include "engine/records.h"
-#include "engine/setupState.h"
+#include "engine/uncompress.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
-#include "ut/shellWord.h"
 #include "ut/strprint.h"
+#include "ut/text.h"
 
-static const char s_caBunzip2[] = "bunzip2";
 static const char s_caTar[] = "tar --no-same-owner -xBof - 2> /dev/null";
 
 enum {
@@ -36,112 +30,6 @@ enum {
     ROOM_FIRST_USEC = 400, /* long enough for tar to take a good part of the pipe */
     ROOM_MOST_USEC = 6400
 };
-
-static bool isText(const char *pText)
-{
-    return pText && pText[0];
-}
-
-/* ---- decompressing one file ---- */
-
-static int uncompressBlocks(FILE *pFrom, FILE *pTo, const char *pSource, const char *pTarget,
-                            FILE *pStream)
-{
-    char caBlock[OV_COPY_BLOCK];
-    size_t iRead;
-
-    while ((iRead = fread(caBlock, 1, sizeof(caBlock), pFrom)) > 0) {
-        if (fwrite(caBlock, 1, iRead, pTo) != iRead) {
-            OV_instSendUpdate(pStream, "-1 Uncompress couldn't write to %s\n", pTarget);
-            return 1;
-        }
-        OV_instSendUpdate(pStream, "+%zu %s %s\n", iRead, pSource, pTarget);
-    }
-    if (!ferror(pFrom))
-        return 0;
-    OV_instSendUpdate(pStream, "-1 Uncompress couldn't read file %s\n", pSource);
-    return 1;
-}
-
-/* The decompressor reading pPath's file of the medium; asks for other media while it cannot be
- * started. *ppPath is the path tried last, for the caller to free. Null when it is given up. */
-static FILE *openCompressed(const char *pSource, FILE *pStream, char **ppPath)
-{
-    for (;;) {
-        *ppPath = OV_instBuildPath(OV_instGetSourceDirectory(), pSource, nullptr);
-        OwnedText word(OV_instShellWord(*ppPath));
-        OwnedText command(word ? OV_instStrPrint("%s -c %s", s_caBunzip2, word.get()) : nullptr);
-        FILE *pPipe;
-
-        if (!command) {
-            OV_instSendUpdate(pStream, "-1 memory error\n");
-            return nullptr;
-        }
-        pPipe = popen(command.get(), "re");
-        if (pPipe)
-            return pPipe;
-        free(*ppPath);
-        *ppPath = nullptr;
-        if (!OV_instQueryForSource(pStream, "Can't open compressed file", pSource))
-            return nullptr;
-    }
-}
-
-static FILE *openUncompressed(const char *pTarget, FILE *pStream)
-{
-    FILE *pTo;
-
-    if (OV_instMakeParent(pTarget) < 0) {
-        OV_instSendUpdate(pStream, "-1 Uncompress can't create destination directory for:\n%s\n",
-                          pTarget);
-        return nullptr;
-    }
-    pTo = OV_instGuardedFopen(pTarget, "w");
-    if (!pTo) /* begins with 0, so that nobody is asked: meant so */
-        OV_instSendUpdate(pStream, "0 Can't create file %s\n", pTarget);
-    return pTo;
-}
-
-int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
-                      FILE *pStream, int iDelete)
-{
-    char *pPath = nullptr;
-    int iResult;
-    bool bModeFailed;
-
-    if (!isText(pSource) || !isText(pTarget)) {
-        OV_instSendUpdate(pStream, "-1 Uncompress invalid parameters\n");
-        return 1;
-    }
-    if (iDelete) {
-        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* a file that stays is no failure */
-        return 0;
-    }
-    OwnedPipe from(openCompressed(pSource, pStream, &pPath));
-    OwnedText path(pPath);
-    if (!from)
-        return 1;
-    OwnedFile to(openUncompressed(pTarget, pStream));
-    if (!to)
-        return 1;
-    iResult = uncompressBlocks(from.get(), to.get(), pPath, pTarget, pStream);
-    if (pclose(from.release()) != 0) {
-        OV_instSendUpdate(pStream, "-1 Uncompress couldn't close input file %s\n", pPath);
-        iResult = 1;
-    }
-    bModeFailed = fchmod(fileno(to.get()), static_cast<mode_t>(iMode & 07777)) < 0;
-    if (fclose(to.release()) != 0) {
-        OV_instSendUpdate(pStream, "-1 Uncompress couldn't close destination file %s\n", pTarget);
-        iResult = 1;
-    }
-    if (bModeFailed) {
-        OV_instSendUpdate(pStream, "-1 Couldn't change mode of %s\n", pTarget);
-        iResult = 1;
-    }
-    return iResult;
-}
-
-/* ---- unpacking an archive ---- */
 
 /* What one unpacking works with. */
 struct Feed {
@@ -299,74 +187,6 @@ static int feedArchive(Feed *pFeed)
     return 0;
 }
 
-/* The path that an opened directory really has; empty when /proc does not tell. */
-static std::string realPathOf(int iDirectory)
-{
-    std::error_code failed;
-
-    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(iDirectory), failed);
-}
-
-/* Where an archive's members go. */
-struct Destinations {
-    const char *pDest;
-    OV_Confinement *pConfinement;
-    std::vector<std::string> allowed;                  /* real paths, each with a slash behind it */
-    std::unordered_map<std::string_view, bool> exists; /* directories below pDest that were tried */
-};
-
-static bool isAllowed(const Destinations *pWhere, const std::string &directory)
-{
-    for (const std::string &above : pWhere->allowed)
-        if (directory.compare(0, above.size(), above) == 0)
-            return true;
-    return false;
-}
-
-/* Looks at one directory; what a trusted link leads out of the destination to is written to as
- * well. False when it cannot be: a stranger's link, which tar would follow, or too many places. */
-static bool allowDirectory(Destinations *pWhere, std::string_view directory, bool *pbExists)
-{
-    OwnedText path(OV_instBuildPath(pWhere->pDest, std::string(directory).c_str(), nullptr));
-    OwnedFd opened(path ? OV_instGuardedOpenDir(path.get()) : -1);
-
-    *pbExists = opened.iFd >= 0;
-    if (opened.iFd < 0)
-        return errno != ELOOP;
-    std::string real = realPathOf(opened.iFd) + "/";
-    if (isAllowed(pWhere, real))
-        return true;
-    pWhere->allowed.push_back(real);
-    return OV_instAllowBelow(pWhere->pConfinement, opened.release()) == 0;
-}
-
-/* All directories on the way to a member, from the top to the first that does not exist yet. */
-static bool allowMember(Destinations *pWhere, const char *pMember)
-{
-    for (const char *pSlash = strchr(pMember, '/'); pSlash; pSlash = strchr(pSlash + 1, '/')) {
-        std::string_view directory(pMember, static_cast<size_t>(pSlash - pMember));
-        auto [known, bNew] = pWhere->exists.emplace(directory, true);
-
-        if (bNew && !allowDirectory(pWhere, directory, &known->second))
-            return false;
-        if (!known->second)
-            break;
-    }
-    return true;
-}
-
-static bool allowMembers(const _OV_InstTar *pTar, const char *pDest, OV_Confinement *pConfinement)
-{
-    Destinations where = {pDest, pConfinement, {realPathOf(pConfinement->aDirs[0]) + "/"}, {}};
-
-    for (int32_t i = 0; i < pTar->iCount; i++)
-        if (!allowMember(&where, pTar->apMembers[i]))
-            return false;
-    /* Without members nothing is known of trusted links in the way, which may be followed. */
-    pConfinement->bOff = pTar->iCount == 0;
-    return true;
-}
-
 /* Starts the command with pDest as its working directory, and able to write only there. 0 or 1. */
 static int startCommand(Feed *pFeed, const char *pDest, OV_Confinement *pConfinement)
 {
@@ -383,7 +203,7 @@ static int startCommand(Feed *pFeed, const char *pDest, OV_Confinement *pConfine
         return 1;
     }
     (void)OV_instAllowBelow(pConfinement, iDirectory); /* the first one fits */
-    if (allowMembers(pFeed->pTar, pDest, pConfinement))
+    if (OV_instAllowMembers(pFeed->pTar, pDest, pConfinement))
         pFeed->iPipe =
             OV_instStartConfined(pFeed->pCommand, iDirectory, pConfinement, &pFeed->iCommand);
     if (pFeed->iPipe < 0) {
@@ -450,7 +270,8 @@ static int closeFeed(Feed *pFeed)
 
 static char *untarCommand(int iCompressed)
 {
-    return iCompressed ? OV_instStrPrint("%s | %s", s_caBunzip2, s_caTar) : strdup(s_caTar);
+    return iCompressed ? OV_instStrPrint("%s | %s", OV_instDecompressor(), s_caTar)
+                       : strdup(s_caTar);
 }
 
 int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64_t, int iCompressed,
@@ -462,7 +283,7 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
     struct stat info;
     int iResult;
 
-    if (!pTar || !isText(pTar->pArchive)) {
+    if (!pTar || !OV_instIsText(pTar->pArchive)) {
         OV_instSendUpdate(pStream, "-1 Untar invalid parameters\n");
         return 1;
     }

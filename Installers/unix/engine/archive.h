@@ -1,4 +1,4 @@
-/* Compressed files and archives of the medium. Reporting and results are as in fileOps.h. */
+/* Archives of the medium: feeding them to tar. Reporting and results are as in fileOps.h. */
 #ifndef OVINST_ENGINE_ARCHIVE_H
 #define OVINST_ENGINE_ARCHIVE_H
 
@@ -6,10 +6,6 @@
 #include <cstdio>
 
 #include "description/model.h"
-
-/* Copies a compressed file of the medium uncompressed. 0 or 1. */
-int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
-                      FILE *pStream, int iDelete);
 
 /* Has tar unpack the entry's archive into pDest, which must exist. The entry's files are reported
  * as the archive is fed, so by its fraction and not by what tar has done; tar's own exit status is

@@ -1,72 +1,79 @@
 #include "engine/configWalk.h"
 
-#include <cstdlib>
 #include <deque>
-#include <new>
+#include <unordered_map>
 
 enum { MAX_VISITS = 64 };
 
-/* The marks of visits stand in the configurations themselves; iVisits counts for the walk named by
- * iWalk, iInside is cleared when the visit is left or the walk is freed. A deque keeps the visits
- * in place. */
+/* What a walk remembers of a configuration that leads further. */
+struct Passage {
+    int iVisits;
+    bool bInside;
+};
+
+/* A deque keeps the visits in place. */
 struct OV_ConfigWalk {
     _OV_instCDinst *pRoot;
     _OV_InstConfigList *pFirst;
-    int iThroughPages;
-    std::deque<OV_ConfigVisit> *pVisits;
-    int iLeave; /* the innermost visit was returned as left */
+    bool bThroughPages;
+    bool bLeave; /* the innermost visit was returned as left */
+    std::deque<OV_ConfigVisit> visits;
+    std::unordered_map<const _OV_InstConfigList *, Passage> passages;
 };
 
-static int s_iLastWalk = 0;
-
-static void enter(OV_ConfigWalk *pWalk, _OV_InstConfigList *pConfig)
+/* A suite leads no further, so any number of groups share it and nothing is remembered of it: most
+ * configurations of a large description are suites, and most walks are over one alone. */
+static bool leadsFurther(const _OV_InstConfigList *pConfig)
 {
-    OV_ConfigVisit *pGroup = pWalk->pVisits->empty() ? nullptr : &pWalk->pVisits->back();
+    return pConfig->iType != OV_CONFIG_SUITE;
+}
 
-    pConfig->iInside = 1;
-    pConfig->iVisits = pConfig->iWalk == s_iLastWalk ? pConfig->iVisits + 1 : 1;
-    pConfig->iWalk = s_iLastWalk;
-    pWalk->pVisits->push_back({pConfig, pGroup, 0, 0, 1, 0});
+static OV_ConfigVisit *enter(OV_ConfigWalk *pWalk, _OV_InstConfigList *pConfig)
+{
+    OV_ConfigVisit *pGroup = pWalk->visits.empty() ? nullptr : &pWalk->visits.back();
+
+    if (leadsFurther(pConfig)) {
+        Passage *pPassage = &pWalk->passages[pConfig];
+        pPassage->iVisits++;
+        pPassage->bInside = true;
+    }
+    pWalk->visits.push_back({pConfig, pGroup, false, false, 1, 0});
+    return &pWalk->visits.back();
+}
+
+static void leave(OV_ConfigWalk *pWalk)
+{
+    const _OV_InstConfigList *pConfig = pWalk->visits.back().pConfig;
+
+    if (leadsFurther(pConfig))
+        pWalk->passages[pConfig].bInside = false;
+    pWalk->visits.pop_back();
 }
 
 OV_ConfigWalk *OV_instStartWalk(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
-                                int iThroughPages)
+                                bool bThroughPages)
 {
-    OV_ConfigWalk *pWalk =
-        new (std::nothrow) OV_ConfigWalk{pRoot, pConfig, iThroughPages, nullptr, 0};
-
-    if (!pWalk)
-        return nullptr;
-    pWalk->pVisits = new (std::nothrow) std::deque<OV_ConfigVisit>;
-    if (!pWalk->pVisits) {
-        delete pWalk;
-        return nullptr;
-    }
-    s_iLastWalk++;
-    return pWalk;
+    return new OV_ConfigWalk{pRoot, pConfig, bThroughPages, false, {}, {}};
 }
 
 void OV_instFreeWalk(OV_ConfigWalk *pWalk)
 {
-    if (!pWalk)
-        return;
-    for (OV_ConfigVisit &visit : *pWalk->pVisits)
-        visit.pConfig->iInside = 0;
-    delete pWalk->pVisits;
     delete pWalk;
 }
 
-static bool mayEnter(const _OV_InstConfigList *pConfig)
+static bool mayEnter(const OV_ConfigWalk *pWalk, const _OV_InstConfigList *pConfig)
 {
-    if (!pConfig || pConfig->iInside)
+    if (!pConfig)
         return false;
-    if (pConfig->iType == OV_CONFIG_SUITE) /* leads no further, so any number of groups share it */
+    if (!leadsFurther(pConfig))
         return true;
-    return pConfig->iWalk != s_iLastWalk || pConfig->iVisits < MAX_VISITS;
+    auto known = pWalk->passages.find(pConfig);
+    return known == pWalk->passages.end() ||
+           (!known->second.bInside && known->second.iVisits < MAX_VISITS);
 }
 
 /* The next member of a group that may be entered, or null. */
-static _OV_InstConfigList *nextOfGroup(OV_ConfigWalk *pWalk, OV_ConfigVisit *pVisit)
+static _OV_InstConfigList *nextOfGroup(const OV_ConfigWalk *pWalk, OV_ConfigVisit *pVisit)
 {
     int iMost = 0;
     const int32_t *aChildren = OV_instGetConfigChildren(pVisit->pConfig, &iMost);
@@ -74,49 +81,41 @@ static _OV_InstConfigList *nextOfGroup(OV_ConfigWalk *pWalk, OV_ConfigVisit *pVi
     while (pVisit->iNextChild < iMost && aChildren[pVisit->iNextChild] >= 1) {
         _OV_InstConfigList *pMember =
             OV_instGetConfigFromId(pWalk->pRoot, aChildren[pVisit->iNextChild++]);
-        if (mayEnter(pMember))
+        if (mayEnter(pWalk, pMember))
             return pMember;
     }
     return nullptr;
 }
 
-static _OV_InstConfigList *nextMember(OV_ConfigWalk *pWalk, OV_ConfigVisit *pVisit)
+static _OV_InstConfigList *nextMember(const OV_ConfigWalk *pWalk, OV_ConfigVisit *pVisit)
 {
-    _OV_InstConfigList *pConfig = pVisit->pConfig;
+    const _OV_InstConfigList *pConfig = pVisit->pConfig;
 
     if (pConfig->iType == OV_CONFIG_CUSDLG)
         return nextOfGroup(pWalk, pVisit);
-    if (pConfig->iType != OV_CONFIG_SUITE && pWalk->iThroughPages && !pVisit->iNextChild++)
-        return mayEnter(pConfig->pNext) ? pConfig->pNext : nullptr;
+    if (pConfig->iType != OV_CONFIG_SUITE && pWalk->bThroughPages && !pVisit->iNextChild++)
+        return mayEnter(pWalk, pConfig->pNext) ? pConfig->pNext : nullptr;
     return nullptr;
 }
 
 OV_ConfigVisit *OV_instNextVisit(OV_ConfigWalk *pWalk)
 {
-    _OV_InstConfigList *pMember;
-
-    if (!pWalk)
-        return nullptr;
-    if (pWalk->pFirst) {
-        enter(pWalk, pWalk->pFirst);
+    if (_OV_InstConfigList *pFirst = pWalk->pFirst) {
         pWalk->pFirst = nullptr;
-        return &pWalk->pVisits->back();
+        return enter(pWalk, pFirst);
     }
-    if (pWalk->iLeave) {
-        pWalk->iLeave = 0;
-        pWalk->pVisits->back().pConfig->iInside = 0;
-        pWalk->pVisits->pop_back();
+    if (pWalk->bLeave) {
+        pWalk->bLeave = false;
+        leave(pWalk);
     }
-    if (pWalk->pVisits->empty())
+    if (pWalk->visits.empty())
         return nullptr;
-    pMember = nextMember(pWalk, &pWalk->pVisits->back());
-    if (pMember) {
-        enter(pWalk, pMember);
-        return &pWalk->pVisits->back();
-    }
-    pWalk->iLeave = 1;
-    pWalk->pVisits->back().iLeaving = 1;
-    return &pWalk->pVisits->back();
+    OV_ConfigVisit *pVisit = &pWalk->visits.back();
+    if (_OV_InstConfigList *pMember = nextMember(pWalk, pVisit))
+        return enter(pWalk, pMember);
+    pWalk->bLeave = true;
+    pVisit->bLeaving = true;
+    return pVisit;
 }
 
 OV_ConfigVisit *OV_instNextEntry(OV_ConfigWalk *pWalk)
@@ -125,6 +124,6 @@ OV_ConfigVisit *OV_instNextEntry(OV_ConfigWalk *pWalk)
 
     do {
         pVisit = OV_instNextVisit(pWalk);
-    } while (pVisit && pVisit->iLeaving);
+    } while (pVisit && pVisit->bLeaving);
     return pVisit;
 }

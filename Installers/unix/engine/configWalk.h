@@ -2,7 +2,8 @@
  * tree are built. It visits a group's members in table order, skips ids that name nothing, and
  * needs no stack of the process. A description is not checked for being a tree: the walk does not
  * enter a configuration that it is already inside, and enters no group more than 64 times, so that
- * configurations which refer to each other end the walk instead of keeping it going. */
+ * configurations which refer to each other end the walk instead of keeping it going. A walk keeps
+ * all of this to itself and leaves no marks: walks may nest, and several may go on side by side. */
 #ifndef OVINST_ENGINE_CONFIGWALK_H
 #define OVINST_ENGINE_CONFIGWALK_H
 
@@ -11,24 +12,24 @@
 
 #include "description/model.h"
 
-/* A configuration being visited. iFound and lFactor are the visitor's own: 0 and 1 when the visit
- * begins. */
+/* A configuration being visited. bFound and lFactor are the visitor's own: false and 1 when the
+ * visit begins. */
 struct OV_ConfigVisit {
     _OV_InstConfigList *pConfig;
     OV_ConfigVisit *pGroup; /* the visit of the group it was reached through; null at the start */
-    int iLeaving;           /* 0 before its members, 1 after them */
-    int iFound;
+    bool bLeaving;          /* false before its members, true after them */
+    bool bFound;
     int64_t lFactor;
     int iNextChild; /* the walk's own */
 };
 
 struct OV_ConfigWalk;
 
-/* The walk over pConfig (null: visits nothing); null only without memory. One walk at a time;
- * free it in any case. With iThroughPages a configuration that is neither a group nor a suite
- * leads on to its successor in the description's list, as if that were its one member. */
+/* The walk over pConfig (null: visits nothing); free it in any case. With bThroughPages a
+ * configuration that is neither a group nor a suite leads on to its successor in the description's
+ * list, as if that were its one member. */
 OV_ConfigWalk *OV_instStartWalk(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
-                                int iThroughPages = 0);
+                                bool bThroughPages = false);
 void OV_instFreeWalk(OV_ConfigWalk *pWalk);
 
 /* The next visit: each configuration is returned when it is entered and once more when it is left;

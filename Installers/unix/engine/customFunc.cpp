@@ -4,11 +4,12 @@
 #include <cstring>
 #include <dlfcn.h>
 
+#include "description/modules.h"
 #include "engine/records.h"
 #include "engine/setupState.h"
-#include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
 #include "ut/owned.h"
+#include "ut/text.h"
 
 enum { MAX_MODULES = 100 };
 
@@ -45,7 +46,7 @@ static void unloadModule(_OV_InstFunction *pFunction)
 
 static int loadModule(_OV_InstFunction *pFunction, const char *pFrom, FILE *pStream)
 {
-    OwnedText path(OV_instBuildPath(pFrom, "SetupFiles", pFunction->pModule, nullptr));
+    OwnedText path(OV_instModulePath(pFrom, pFunction->pModule));
 
     if (!path) {
         fputs("-1 Can't allocate memory\n", stderr); /* not into the pipe: meant so */
@@ -73,18 +74,14 @@ static void *findFunction(_OV_InstFunction *pFunction, const char *pName, FILE *
     return pAddress;
 }
 
-static bool isText(const char *pText)
-{
-    return pText && pText[0];
-}
-
 int OV_instCustomFunction(_OV_InstOper *pOper, _OV_CustomData *pData, FILE *pStream)
 {
     _OV_InstFunction *pFunction = pOper ? &pOper->body.function : nullptr;
     void *pInit;
     int iResult;
 
-    if (!pFunction || !pData || !isText(pFunction->pModule) || !isText(pFunction->pFunction)) {
+    if (!pFunction || !pData || !OV_instIsText(pFunction->pModule) ||
+        !OV_instIsText(pFunction->pFunction)) {
         OV_instSendUpdate(pStream, "-1 Custom Function invalid parameters\n");
         return OV_INST_EXIT_SETUP;
     }

@@ -7,12 +7,9 @@
 
 #include "engine/history.h"
 #include "engine/setupState.h"
-#include "ut/owned.h"
-
-enum { MAINTENANCE_CONFIG = 2 };
 
 struct OV_DestinationTrial {
-    int bFound;
+    bool bFound;
     std::string destination; /* what follows is of the time before */
     std::string source;
     std::vector<int32_t *> marks; /* every mark that a check can set, and its value */
@@ -33,34 +30,24 @@ static void noteMarks(OV_DestinationTrial *pTrial)
         pTrial->values.push_back(*pMark);
 }
 
-static int check()
-{
-    const char *pDest = OV_instGetDestinationDirectory();
-    OwnedText dest(pDest ? strdup(pDest) : nullptr); /* the getter's buffer changes below */
-
-    return OV_UpdateSuiteHistory(CDInstPtr, OV_instGetConfigFromId(CDInstPtr, MAINTENANCE_CONFIG),
-                                 CDInstPtr->pSuiteHead, dest.get(), OV_instGetProductName(),
-                                 OV_instGetProductVersion());
-}
-
 OV_DestinationTrial *OV_instTryDestination(const char *pPath)
 {
     if (!CDInstPtr)
         return nullptr;
     const char *pOld = CDInstPtr->pInstallDir ? CDInstPtr->pInstallDir : "";
     const char *pSource = CDInstPtr->pSourceDir ? CDInstPtr->pSourceDir : "";
-    OwnedTrial trial(new OV_DestinationTrial{0, pOld, pSource, {}, {}});
+    OwnedTrial trial(new OV_DestinationTrial{false, pOld, pSource, {}, {}});
 
     noteMarks(trial.get());
     if (OV_instSetRootDestination(pPath) < 0)
         return nullptr;
-    trial->bFound = check();
+    trial->bFound = OV_instFindInstallation(OV_MAINTENANCE_CONFIG);
     if (!trial->bFound) /* a tree elsewhere that turned out to be useless */
         (void)OV_instSetRootDestination(pPath);
     return trial.release();
 }
 
-int OV_instFoundInstallation(const OV_DestinationTrial *pTrial)
+bool OV_instFoundInstallation(const OV_DestinationTrial *pTrial)
 {
     return pTrial->bFound;
 }

@@ -13,7 +13,7 @@ struct OV_DestinationTrial;
 OV_DestinationTrial *OV_instTryDestination(const char *pPath);
 
 /* Whether there is an installation to maintain; its marks are then set. */
-int OV_instFoundInstallation(const OV_DestinationTrial *pTrial);
+bool OV_instFoundInstallation(const OV_DestinationTrial *pTrial);
 
 /* Puts everything back to what it was before the trial. */
 void OV_instUndoTrial(const OV_DestinationTrial *pTrial);

@@ -11,6 +11,7 @@
 #include "engine/records.h"
 #include "engine/registry.h"
 #include "engine/setupState.h"
+#include "engine/uncompress.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/frontEnd.h"
 #include "ut/guard.h"

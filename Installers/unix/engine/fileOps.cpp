@@ -13,13 +13,9 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
+#include "ut/text.h"
 
 static const int MODE_BITS = 07777;
-
-static bool isText(const char *pText)
-{
-    return pText && pText[0];
-}
 
 /* ---- removing ---- */
 
@@ -298,7 +294,7 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
     int iResult;
     bool bModeFailed;
 
-    if (!isText(pSource) || !isText(pTarget)) {
+    if (!OV_instIsText(pSource) || !OV_instIsText(pTarget)) {
         OV_instSendUpdate(pStream, "-1 Copyfile invalid parameters\n");
         return 1;
     }

@@ -259,6 +259,16 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
     return 1;
 }
 
+bool OV_instFindInstallation(int iConfig)
+{
+    const char *pDest = OV_instGetDestinationDirectory();
+    OwnedText dest(pDest ? strdup(pDest) : nullptr); /* the check may move the destination */
+
+    return OV_UpdateSuiteHistory(CDInstPtr, OV_instGetConfigFromId(CDInstPtr, iConfig),
+                                 CDInstPtr->pSuiteHead, dest.get(), OV_instGetProductName(),
+                                 OV_instGetProductVersion()) != 0;
+}
+
 static void showVersions(const char *pFormat, const char *pProductName, const char *pRecorded)
 {
     OwnedText recorded(strdup(pRecorded));

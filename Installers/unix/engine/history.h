@@ -22,6 +22,10 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
                           _OV_InstSuiteList *pSuites, const char *pDest, const char *pProductName,
                           const char *pProductVersion);
 
+/* The check of the description in use for its own destination: true for an earlier installation,
+ * which is then marked from the configuration of that id down. */
+bool OV_instFindInstallation(int iConfig);
+
 /* Warns when the leading numbers of the versions differ. Always 1: a difference never stops the
  * check. */
 int CompareProductVersions(const char *pProductName, const char *pProductVersion,

@@ -22,6 +22,7 @@
 #include "engine/toolChest.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/OVinstLogfile.h"
+#include "ut/brokenPipes.h"
 #include "ut/debugLevel.h"
 #include "ut/frontEnd.h"
 #include "ut/guard.h"

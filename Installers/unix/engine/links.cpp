@@ -10,6 +10,7 @@
 #include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/text.h"
 
 /* One link to be made: pLast in iParent is to lead to the target. */
 struct Link {
@@ -55,11 +56,6 @@ static bool isDirectory(const char *pPath)
     OwnedFd directory(OV_instGuardedOpenDir(pPath));
 
     return directory.iFd >= 0;
-}
-
-static bool isText(const char *pText)
-{
-    return pText && pText[0];
 }
 
 /* The link's parent directory, opened; it is made when it is missing. -1 when it cannot be. */
@@ -134,7 +130,7 @@ static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *p
 static int linkOperation(const LinkKind *pKind, const char *pDirectory, const char *pTarget,
                          const char *pName, int64_t lSize, FILE *pStream, int iDelete)
 {
-    if (!isText(pDirectory) || !isText(pTarget) || !isText(pName)) {
+    if (!OV_instIsText(pDirectory) || !OV_instIsText(pTarget) || !OV_instIsText(pName)) {
         OV_instSendUpdate(pStream, "-1 %s invalid parameters\n", pKind->pWord);
         return 1;
     }

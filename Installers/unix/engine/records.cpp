@@ -1,11 +1,9 @@
 #include "engine/records.h"
 
 #include <cctype>
-#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
-#include <initializer_list>
 
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
 {
@@ -17,19 +15,6 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     (void)vfprintf(pStream, pFormat, args); /* a reader that is gone is noticed by its signal */
     va_end(args);
     (void)fflush(pStream);
-}
-
-/* A handler, unlike "ignore", does not survive exec. */
-static void failedWrite(int) {}
-
-void OV_instCatchBrokenPipes()
-{
-    struct sigaction action = {};
-
-    action.sa_handler = failedWrite;
-    action.sa_flags = SA_RESTART;
-    for (int iSignal : {SIGPIPE, SIGXFSZ})
-        (void)sigaction(iSignal, &action, nullptr); /* fails for bad arguments only */
 }
 
 OV_RecordSplitter OV_instNewSplitter(size_t iLimit)

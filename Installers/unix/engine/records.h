@@ -24,11 +24,6 @@
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     __attribute__((format(printf, 2, 3)));
 
-/* From now on a write into a pipe that nobody reads, or past the limit of a file's size, fails
- * instead of ending the process. Commands that are started afterwards have the default actions
- * back. */
-void OV_instCatchBrokenPipes();
-
 /* Bytes on their way to becoming lines. iLimit is the longest piece handed out; a line that is
  * longer comes in several. */
 struct OV_RecordSplitter {

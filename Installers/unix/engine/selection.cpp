@@ -46,11 +46,11 @@ static void markFound(_OV_InstConfigList *pConfig, int iState)
     pConfig->iSelected = iState;
 }
 
-/* 1 when this suite configuration stands for pSuite and was marked. */
-static int markSuite(_OV_InstConfigList *pConfig, _OV_InstSuiteList *pSuite, int iState)
+/* Whether this suite configuration stands for pSuite; it was marked then. */
+static bool markSuite(_OV_InstConfigList *pConfig, _OV_InstSuiteList *pSuite, int iState)
 {
     if (suiteOf(pConfig) != pSuite)
-        return 0;
+        return false;
     markFound(pConfig, iState);
     if (!pSuite)
         puts("Null pList to UpdateInstalledFlag");
@@ -58,28 +58,30 @@ static int markSuite(_OV_InstConfigList *pConfig, _OV_InstSuiteList *pSuite, int
     for (_OV_InstPackageNode *pNode = pSuite ? pSuite->pPackHead : nullptr; pNode;
          pNode = pNode->pNext)
         pNode->pPackage->iInstalled = 1;
-    return 1;
+    return true;
 }
 
 int OV_instFindAndMarkConfig(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
                              _OV_InstSuiteList *pSuite, int iState)
 {
-    int iFound = 0;
-    OwnedWalk walk(OV_instStartWalk(pRoot, pConfig, 1));
+    bool bFound = false;
+    OwnedWalk walk(OV_instStartWalk(pRoot, pConfig, true));
 
     while (OV_ConfigVisit *pVisit = OV_instNextVisit(walk.get())) {
-        if (!pVisit->iLeaving)
+        if (!pVisit->bLeaving)
             continue;
         if (pVisit->pConfig->iType == OV_CONFIG_SUITE)
-            pVisit->iFound = markSuite(pVisit->pConfig, pSuite, iState);
+            pVisit->bFound = markSuite(pVisit->pConfig, pSuite, iState);
         else if (pVisit->pConfig->iType != OV_CONFIG_CUSDLG)
-            pVisit->iFound = 0; /* a page leads on but reports nothing */
-        else if (pVisit->iFound)
+            pVisit->bFound = false; /* a page leads on but reports nothing */
+        else if (pVisit->bFound)
             markFound(pVisit->pConfig, iState);
-        if (pVisit->iFound)
-            (pVisit->pGroup ? pVisit->pGroup->iFound : iFound) = 1;
+        if (pVisit->pGroup)
+            pVisit->pGroup->bFound = pVisit->pGroup->bFound || pVisit->bFound;
+        else
+            bFound = pVisit->bFound;
     }
-    return iFound;
+    return bFound ? 1 : 0;
 }
 
 int OV_instIsAllConfigSelected(_OV_InstConfigList *pConfig, int iTestSelf)

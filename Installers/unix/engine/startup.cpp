@@ -6,14 +6,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "description/reader.h"
-#include "engine/history.h"
-#include "engine/installer.h"
-#include "engine/records.h"
-#include "engine/selection.h"
 #include "engine/setupState.h"
-#include "engine/sizes.h"
+#include "engine/unattended.h"
 #include "ut/OVinstFileUtils.h"
+#include "ut/brokenPipes.h"
 #include "ut/debugLevel.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
@@ -21,8 +17,6 @@
 static const char s_caVersion[] = "Setup Version=0311-11:57";
 static const char s_caDefaultDestination[] = "/usr/Orvane/";
 static const char s_caDescription[] = "cdinst.dat";
-
-enum { UNATTENDED_CONFIG = 3 };
 
 /* putenv keeps the very strings. */
 static char s_caLibraryPath[] = "LD_LIBRARY_PATH=";
@@ -208,46 +202,6 @@ static void completeOptions(Options *pOptions, const char *pProgram)
     }
 }
 
-/* ---- the unattended run ---- */
-
-static int installUnattended()
-{
-    _OV_InstConfigList *pConfig = OV_instGetConfigFromId(CDInstPtr, UNATTENDED_CONFIG);
-
-    OV_instMarkAllConfig(pConfig, 1);
-    if (OV_instSetSizes(CDInstPtr) == -1) {
-        fputs("Error: during setting installation size\n", stderr);
-        return 1;
-    }
-    OwnedText dest(strdup(OV_instGetDestinationDirectory()));
-    (void)OV_UpdateSuiteHistory(CDInstPtr, pConfig, CDInstPtr->pSuiteHead, dest.get(),
-                                OV_instGetProductName(), OV_instGetProductVersion());
-    if (OV_instCommandLineInstall(CDInstPtr, pConfig, 0) != 0) {
-        fputs("Error: during installation\n", stderr);
-        return 1;
-    }
-    OV_instFreeCDinst(CDInstPtr);
-    CDInstPtr = nullptr;
-    return 0;
-}
-
-[[noreturn]] static void runUnattended(Options *pOptions)
-{
-    int iStatus;
-
-    CDInstPtr = OV_instReadCDinst(pOptions->pDescription, parseUpdate);
-    if (!CDInstPtr) {
-        fprintf(stderr, "Error: reading %s\n", pOptions->pDescription);
-        exit(1);
-    }
-    printf("\n");
-    (void)OV_instSetRootDestination(pOptions->pDestination); /* a missing one is noticed next */
-    iStatus = installUnattended();
-    free(pOptions->pDescription);
-    free(pOptions->pDestination);
-    exit(iStatus);
-}
-
 void OV_instProcessArgs(int argc, char **argv, char **ppDescription, char **ppDestination)
 {
     Options options = {nullptr, nullptr, 0, 0};
@@ -259,8 +213,12 @@ void OV_instProcessArgs(int argc, char **argv, char **ppDescription, char **ppDe
     readOptions(argc, argv, &options);
     checkRoot(&options, pNoRoot);
     completeOptions(&options, argv[0]);
-    if (options.bCommandLine)
-        runUnattended(&options);
+    if (options.bCommandLine) {
+        const int iStatus = OV_instRunUnattended(options.pDescription, options.pDestination);
+        free(options.pDescription);
+        free(options.pDestination);
+        exit(iStatus);
+    }
     *ppDescription = options.pDescription;
     *ppDestination = options.pDestination;
 }

@@ -1,4 +1,4 @@
-/* The start-up of a run: the environment, the options, and the whole unattended run. */
+/* The start-up of a run: the environment and the options. */
 #ifndef OVINST_ENGINE_STARTUP_H
 #define OVINST_ENGINE_STARTUP_H
 
@@ -8,7 +8,7 @@
 void OV_instPrepareEnvironment();
 
 /* Processes the options. Returns for the graphical mode only, with the description's path and the
- * default destination as new strings; an unattended run is carried out in here. Ends the process
+ * default destination as new strings; an unattended run is carried out from here. Ends the process
  * with status 1 for a wrong option, with the run's status for an unattended run. */
 void OV_instProcessArgs(int argc, char **argv, char **ppDescription, char **ppDestination);
 

@@ -1,0 +1,118 @@
+#include "engine/uncompress.h"
+
+#include <cstdlib>
+#include <sys/stat.h>
+
+#include "engine/fileOps.h"
+#include "engine/mediaPrompt.h"
+#include "engine/records.h"
+#include "engine/setupState.h"
+#include "ut/OVinstFileUtils.h"
+#include "ut/guard.h"
+#include "ut/owned.h"
+#include "ut/shellWord.h"
+#include "ut/strprint.h"
+#include "ut/text.h"
+
+const char *OV_instDecompressor()
+{
+    return "bunzip2";
+}
+
+static int uncompressBlocks(FILE *pFrom, FILE *pTo, const char *pSource, const char *pTarget,
+                            FILE *pStream)
+{
+    char caBlock[OV_COPY_BLOCK];
+    size_t iRead;
+
+    while ((iRead = fread(caBlock, 1, sizeof(caBlock), pFrom)) > 0) {
+        if (fwrite(caBlock, 1, iRead, pTo) != iRead) {
+            OV_instSendUpdate(pStream, "-1 Uncompress couldn't write to %s\n", pTarget);
+            return 1;
+        }
+        OV_instSendUpdate(pStream, "+%zu %s %s\n", iRead, pSource, pTarget);
+    }
+    if (!ferror(pFrom))
+        return 0;
+    OV_instSendUpdate(pStream, "-1 Uncompress couldn't read file %s\n", pSource);
+    return 1;
+}
+
+/* The decompressor reading pPath's file of the medium; asks for other media while it cannot be
+ * started. *ppPath is the path tried last, for the caller to free. Null when it is given up. */
+static FILE *openCompressed(const char *pSource, FILE *pStream, char **ppPath)
+{
+    for (;;) {
+        *ppPath = OV_instBuildPath(OV_instGetSourceDirectory(), pSource, nullptr);
+        OwnedText word(OV_instShellWord(*ppPath));
+        OwnedText command(word ? OV_instStrPrint("%s -c %s", OV_instDecompressor(), word.get())
+                               : nullptr);
+        FILE *pPipe;
+
+        if (!command) {
+            OV_instSendUpdate(pStream, "-1 memory error\n");
+            return nullptr;
+        }
+        pPipe = popen(command.get(), "re");
+        if (pPipe)
+            return pPipe;
+        free(*ppPath);
+        *ppPath = nullptr;
+        if (!OV_instQueryForSource(pStream, "Can't open compressed file", pSource))
+            return nullptr;
+    }
+}
+
+static FILE *openUncompressed(const char *pTarget, FILE *pStream)
+{
+    FILE *pTo;
+
+    if (OV_instMakeParent(pTarget) < 0) {
+        OV_instSendUpdate(pStream, "-1 Uncompress can't create destination directory for:\n%s\n",
+                          pTarget);
+        return nullptr;
+    }
+    pTo = OV_instGuardedFopen(pTarget, "w");
+    if (!pTo) /* begins with 0, so that nobody is asked: meant so */
+        OV_instSendUpdate(pStream, "0 Can't create file %s\n", pTarget);
+    return pTo;
+}
+
+int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
+                      FILE *pStream, int iDelete)
+{
+    char *pPath = nullptr;
+    int iResult;
+    bool bModeFailed;
+
+    if (!OV_instIsText(pSource) || !OV_instIsText(pTarget)) {
+        OV_instSendUpdate(pStream, "-1 Uncompress invalid parameters\n");
+        return 1;
+    }
+    if (iDelete) {
+        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* a file that stays is no failure */
+        return 0;
+    }
+    OwnedPipe from(openCompressed(pSource, pStream, &pPath));
+    OwnedText path(pPath);
+    if (!from)
+        return 1;
+    OwnedFile to(openUncompressed(pTarget, pStream));
+    if (!to)
+        return 1;
+    iResult = uncompressBlocks(from.get(), to.get(), pPath, pTarget, pStream);
+    if (pclose(from.release()) != 0) {
+        OV_instSendUpdate(pStream, "-1 Uncompress couldn't close input file %s\n", pPath);
+        iResult = 1;
+    }
+    bModeFailed = fchmod(fileno(to.get()), static_cast<mode_t>(iMode & 07777)) < 0;
+    if (fclose(to.release()) != 0) {
+        OV_instSendUpdate(pStream, "-1 Uncompress couldn't close destination file %s\n", pTarget);
+        iResult = 1;
+    }
+    if (bModeFailed) {
+        OV_instSendUpdate(pStream, "-1 Couldn't change mode of %s\n", pTarget);
+        iResult = 1;
+    }
+    return iResult;
+}

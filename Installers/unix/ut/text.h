@@ -1,0 +1,11 @@
+/* A question that is asked of many a text. */
+#ifndef OVINST_UT_TEXT_H
+#define OVINST_UT_TEXT_H
+
+/* Whether there is anything in pText, which may be null. */
+inline bool OV_instIsText(const char *pText)
+{
+    return pText && pText[0];
+}
+
+#endif
