@@ -31,8 +31,18 @@ TEST(SplitRecords, HandsOutEachLineWhenItsEndArrives)
         +1 a\n+2| |b\n            => +1 a|+2 b|;
         +1 a|\n|+2                => +1 a|;+2|
         \n\na\n                   => ||a|;
-        12345678\nx\n             => 12345678||x|;
-        12345678912345678\n+1 a\n => 12345678|91234567|8|+1 a|;
-        1234567|89|1\nb           => 12345678|91|;b|
+        12345678\nx\n             => 12345678|x|;
+        12345678912345678\n+1 a\n => 12345678|+1 a|;
+        1234567|89|1\nb           => 12345678|;b|
+        1234567891|-1 b           => ;12345678|
         a0b\nc\n                  => a|c|;)");
+}
+
+TEST(SendUpdate, WritesNoRecordBesidesItsOwn)
+{
+    Records pipe;
+
+    OV_instSendUpdate(pipe.pStream, "+%zu %s %s\n", static_cast<size_t>(7), "a\n-1 b", "\n\n# c\n");
+    OV_instSendUpdate(pipe.pStream, "-1 of:\n%s %ld %d%s\n", "x%sy", -5000000000L, 3, "");
+    EXPECT_EQ("+7 a?-1 b ??# c?\n-1 of:\nx%sy -5000000000 3\n", pipe.take());
 }

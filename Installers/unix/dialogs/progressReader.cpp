@@ -247,7 +247,7 @@ static void onRecord(const char *pLine, void *)
 void UpdateProgressBar(XtPointer, int *piFd, XtInputId *)
 {
     char caBytes[CARRY_SIZE];
-    ssize_t iRead = read(*piFd, caBytes, sizeof(caBytes) - 1 - s_reader.splitter.iUsed);
+    ssize_t iRead = read(*piFd, caBytes, sizeof(caBytes) - 1);
 
     if (iRead < 0 && (errno == EINTR || errno == EAGAIN))
         return;

@@ -4,6 +4,39 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <sys/types.h>
+
+/* A text within a record: a line end in it would begin a record of its own. */
+static void putText(FILE *pStream, const char *pText)
+{
+    for (size_t iLength; *pText; pText += iLength) {
+        iLength = strcspn(pText, "\n");
+        (void)fwrite(pText, 1, iLength, pStream);
+        if (!iLength) {
+            iLength = 1;
+            (void)putc('?', pStream);
+        }
+    }
+}
+
+/* Writes what the directive at pFormat stands for and returns what follows it. */
+static const char *putDirective(FILE *pStream, const char *pFormat, va_list *pArgs)
+{
+    const char *pEnd = pFormat + 1 + strspn(pFormat + 1, "zl");
+    bool bLong = pEnd[-1] == 'l';
+
+    if (*pEnd == 's')
+        putText(pStream, va_arg(*pArgs, const char *));
+    else if (*pEnd == 'd' && bLong)
+        fprintf(pStream, "%ld", va_arg(*pArgs, long));
+    else if (*pEnd == 'd' && pEnd[-1] == 'z')
+        fprintf(pStream, "%zd", va_arg(*pArgs, ssize_t));
+    else if (*pEnd == 'u' && pEnd[-1] == 'z')
+        fprintf(pStream, "%zu", va_arg(*pArgs, size_t));
+    else
+        fprintf(pStream, "%d", va_arg(*pArgs, int));
+    return pEnd + 1;
+}
 
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
 {
@@ -12,7 +45,13 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     if (!pStream || !pFormat)
         return;
     va_start(args, pFormat);
-    (void)vfprintf(pStream, pFormat, args); /* a reader that is gone is noticed by its signal */
+    while (*pFormat) { /* a reader that is gone is noticed by its signal */
+        size_t iPlain = strcspn(pFormat, "%");
+        (void)fwrite(pFormat, 1, iPlain, pStream);
+        pFormat += iPlain;
+        if (*pFormat)
+            pFormat = putDirective(pStream, pFormat, &args);
+    }
     va_end(args);
     (void)fflush(pStream);
 }
@@ -36,25 +75,30 @@ static void handOut(OV_RecordSplitter *pSplitter, void (*onLine)(const char *, v
     onLine(pSplitter->pBuffer, pContext);
 }
 
+/* Copies what still fits of a line; the rest of one that is longer is passed over. */
+static void keep(OV_RecordSplitter *pSplitter, const char *pBytes, size_t iCount)
+{
+    size_t iRoom = pSplitter->iLimit - pSplitter->iUsed;
+
+    if (iCount > iRoom)
+        iCount = iRoom;
+    memcpy(pSplitter->pBuffer + pSplitter->iUsed, pBytes, iCount);
+    pSplitter->iUsed += iCount;
+}
+
 void OV_instSplitRecords(OV_RecordSplitter *pSplitter, const char *pBytes, size_t iCount,
                          void (*onLine)(const char *, void *), void *pContext)
 {
     const char *pEnd = pBytes + iCount;
 
-    while (pBytes < pEnd) {
-        size_t iRoom = pSplitter->iLimit - pSplitter->iUsed;
-        size_t iLeft = static_cast<size_t>(pEnd - pBytes);
-        size_t iTake = iLeft < iRoom ? iLeft : iRoom;
-        const char *pNewline = static_cast<const char *>(memchr(pBytes, '\n', iTake));
+    while (const void *pFound = memchr(pBytes, '\n', static_cast<size_t>(pEnd - pBytes))) {
+        const char *pNewline = static_cast<const char *>(pFound);
 
-        if (pNewline)
-            iTake = static_cast<size_t>(pNewline - pBytes);
-        memcpy(pSplitter->pBuffer + pSplitter->iUsed, pBytes, iTake);
-        pSplitter->iUsed += iTake;
-        pBytes += iTake + (pNewline ? 1 : 0);
-        if (pNewline || pSplitter->iUsed == pSplitter->iLimit)
-            handOut(pSplitter, onLine, pContext);
+        keep(pSplitter, pBytes, static_cast<size_t>(pNewline - pBytes));
+        handOut(pSplitter, onLine, pContext);
+        pBytes = pNewline + 1;
     }
+    keep(pSplitter, pBytes, static_cast<size_t>(pEnd - pBytes));
 }
 
 void OV_instSplitRest(OV_RecordSplitter *pSplitter, void (*onLine)(const char *, void *),

@@ -20,12 +20,14 @@
 #define OV_RECORD_LOG "#Log:" /* a prefix; the rest of the line goes into the setup log */
 
 /* Formats into the pipe stream and flushes it, so that the reader sees every record at once and
- * in order. Nothing for a null stream or format. */
+ * in order. The directives are %s, %d, %ld, %zd and %zu; a line end within a text becomes "?",
+ * since nothing of the medium's or the user's may look like a record. Nothing for a null stream or
+ * format. */
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     __attribute__((format(printf, 2, 3)));
 
-/* Bytes on their way to becoming lines. iLimit is the longest piece handed out; a line that is
- * longer comes in several. */
+/* Bytes on their way to becoming lines. Of a line longer than iLimit the beginning is handed out
+ * and the rest passed over. */
 struct OV_RecordSplitter {
     char *pBuffer; /* room for iLimit + 1 bytes */
     size_t iLimit;
