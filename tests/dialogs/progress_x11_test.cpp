@@ -197,12 +197,18 @@ struct ProgressReader : Progress {
         return std::to_string((drawn.filled(fill()) * 100 + drawn.iWidth - 1) / drawn.iWidth) +
                "% " + file() + " " + label(m_dialog, "laProgressAction");
     }
-    /* The child's state as the kernel tells it, Z for one that is gone. */
+    /* The child's state as the kernel tells it, Z for one that is gone. A signal is on its way for
+     * as long as a busy machine does not let the child run. */
     char childState() const
     {
-        const std::string stat = readFile("/proc/" + std::to_string(m_child) + "/stat");
-        const size_t end = stat.rfind(')');
-        return end == stat.npos ? 'Z' : stat[end + 2];
+        char cState = 'R';
+        for (int i = 0; i < 100 && cState == 'R'; i++) {
+            usleep(i ? 10000 : 0);
+            const std::string stat = readFile("/proc/" + std::to_string(m_child) + "/stat");
+            const size_t end = stat.rfind(')');
+            cState = end == stat.npos ? 'Z' : stat[end + 2];
+        }
+        return cState;
     }
     /* Feeds records at which the process ends. Told on standard error: every question in between
      * with the child's state, then what is left of the child and of the history. */

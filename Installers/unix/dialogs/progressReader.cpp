@@ -34,7 +34,8 @@ static struct {
     Widget progress; /* the message box; null when there is none */
     OV_RecordSplitter splitter;
     uint64_t ulSum;
-    int installError;
+    int installError;   /* something was told as an error */
+    bool bFailed;       /* the run's passes, by their marker */
     int iPercent;       /* what is still to be shown: -1 for nothing */
     XtIntervalId shown; /* runs while what was shown last is new */
     char caShown[CARRY_SIZE];
@@ -123,6 +124,7 @@ static void tellResult(bool bSuccess)
 static void finishRun()
 {
     OV_instUnwatchRun();
+    OV_instLogEnd(s_reader.bFailed);
     OV_instPopupAfterMoveDataDialogs(mainShell());
     tellResult(!s_reader.installError);
     /* The child would die with us before its last steps, which follow the marker. */
@@ -182,6 +184,7 @@ static void debugBox(const char *pText)
 static void onFailure()
 {
     s_reader.installError = 1;
+    s_reader.bFailed = true;
     debugBox("Error 1");
 }
 
@@ -268,6 +271,7 @@ void OV_instCreateProgressBar(Widget parent, int iFd, pid_t iChild)
 {
     s_reader.iChild = iChild;
     s_reader.installError = 0;
+    s_reader.bFailed = false;
     s_reader.iPercent = -1;
     s_reader.splitter = OV_instNewSplitter(CARRY_SIZE - 1);
     s_reader.progress = CreatembProgress(parent);

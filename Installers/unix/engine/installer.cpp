@@ -116,12 +116,8 @@ int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, i
     iMask |= runPasses(&run, s_install, 2, OV_INST_INSTALL_MODE);
     iMask |= copyDescription(&run, iRemoveAll);
     iMask |= runRegistryAndPost(&run);
-    if (iMask) {
-        (void)OV_instUpdateLogfile("Error during the installation\n"); /* the log is optional */
+    if (iMask)
         OV_instSendUpdate(pStream, "%s\n", OV_RECORD_ERROR);
-    } else {
-        (void)OV_instUpdateLogfile("Installation Completed\n");
-    }
     synchronise(run.pDest);
     OV_instSendUpdate(pStream, "%s\n", OV_RECORD_COMPLETED);
     (void)fclose(pStream); /* everything was flushed */

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <sys/types.h>
 
+#include "ut/OVinstLogfile.h"
+
 /* A text within a record: a line end in it would begin a record of its own. */
 static void putText(FILE *pStream, const char *pText)
 {
@@ -54,6 +56,12 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     }
     va_end(args);
     (void)fflush(pStream);
+}
+
+void OV_instLogEnd(bool bFailed)
+{
+    (void)OV_instUpdateLogfile(bFailed ? "Error during the installation\n" /* the log is optional */
+                                       : "Installation Completed\n");
 }
 
 OV_RecordSplitter OV_instNewSplitter(size_t iLimit)

@@ -26,6 +26,10 @@
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     __attribute__((format(printf, 2, 3)));
 
+/* The log's last line of a run. Written by the reading side at the last record, behind whatever the
+ * records before it have put into the log. */
+void OV_instLogEnd(bool bFailed);
+
 /* Bytes on their way to becoming lines. Of a line longer than iLimit the beginning is handed out
  * and the rest passed over. */
 struct OV_RecordSplitter {

@@ -47,6 +47,7 @@ void OV_instProcessUpdate(const char *pLine, uint64_t ulTotal)
 /* What the records of a run are handled with. */
 struct RunStatus {
     uint64_t ulTotal;
+    bool bFailed;    /* the run's passes, by their marker */
     bool bCompleted; /* the last marker was seen */
 };
 
@@ -54,9 +55,13 @@ static void onRecord(const char *pLine, void *pContext)
 {
     RunStatus *pStatus = static_cast<RunStatus *>(pContext);
 
-    if (strcmp(pLine, OV_RECORD_COMPLETED) == 0)
-        pStatus->bCompleted = true;
     OV_instProcessUpdate(pLine, pStatus->ulTotal);
+    if (strcmp(pLine, OV_RECORD_ERROR) == 0)
+        pStatus->bFailed = true;
+    if (strcmp(pLine, OV_RECORD_COMPLETED) != 0)
+        return;
+    pStatus->bCompleted = true;
+    OV_instLogEnd(pStatus->bFailed);
 }
 
 /* Waits up to a second for the pipe. 1 when it can be read, 0 when not yet, -1 for a failure. */
@@ -110,7 +115,7 @@ static void tellUnfinished()
 int OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild)
 {
     OV_RecordSplitter splitter = OV_instNewSplitter(RECORD_LIMIT);
-    RunStatus status = {ulTotal, false};
+    RunStatus status = {ulTotal, false, false};
     bool bGone = false;
     int iReady;
 
