@@ -1,7 +1,5 @@
 #include "Dialogs/ExitConfirmation.h"
 
-#include <X11/IntrinsicP.h>
-#include <X11/CoreP.h>
 #include <Xm/MessageB.h>
 #include <cstdlib>
 #include <initializer_list>
@@ -10,6 +8,7 @@
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { STATUS_QUIT = 10 };
 
@@ -45,11 +44,6 @@ static void raiseBox(Widget box)
         XMapRaised(XtDisplay(shell), XtWindow(shell));
 }
 
-static bool isDying(Widget widget)
-{
-    return widget->core.being_destroyed;
-}
-
 /* Where the dialog that asked goes, too, nobody must return into the callback of its button: the
  * wait then takes the place of the toolkit's main loop. */
 static void questionGone(Widget, XtPointer question, XtPointer)
@@ -59,7 +53,7 @@ static void questionGone(Widget, XtPointer question, XtPointer)
     if (s_pOpen == pQuestion)
         s_pOpen = nullptr;
     pQuestion->box = nullptr;
-    if (!isDying(pQuestion->parent))
+    if (!OV_instIsDying(pQuestion->parent))
         pQuestion->ExitConfirmationDone = 1;
 }
 
@@ -76,7 +70,7 @@ static void waitForAnswer(Question *pQuestion)
 
     XtAddCallback(pQuestion->box, XmNdestroyCallback, questionGone, pQuestion);
     XtManageChild(pQuestion->box);
-    while (!pQuestion->ExitConfirmationDone && !(pQuestion->box && isDying(pQuestion->box)))
+    while (!pQuestion->ExitConfirmationDone && !(pQuestion->box && OV_instIsDying(pQuestion->box)))
         XtAppProcessEvent(app, XtIMAll);
     if (pQuestion->box) { /* it must not come back to this record */
         XtRemoveCallback(pQuestion->box, XmNdestroyCallback, questionGone, pQuestion);
@@ -88,7 +82,7 @@ static void waitForAnswer(Question *pQuestion)
 
 void OV_exitSetupConfirmation(Widget parent, const char *pMessage, const char *pProduct)
 {
-    if (!parent || isDying(parent))
+    if (!parent || OV_instIsDying(parent))
         return;
     if (s_pOpen) {
         raiseBox(s_pOpen->notice ? s_pOpen->notice : s_pOpen->box);

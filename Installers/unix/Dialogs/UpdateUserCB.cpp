@@ -23,7 +23,9 @@
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 static const char s_caCut[] = "cut -d# -f1 | cut -d: -f1 | cut -d+ -f1";
 static const char s_caYpcat[] = "/usr/bin/ypcat";

@@ -18,7 +18,9 @@
 #include "engine/setupState.h"
 #include "engine/sizes.h"
 #include "ut/owned.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { FOLDER_MODE = 0755 };
 

@@ -21,6 +21,7 @@
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { ONE_BUTTON_SLOT = 2, TEXT_WIDTH = 420 };
 

@@ -17,7 +17,9 @@
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { WELCOME_WIDTH = 460 };
 

@@ -25,7 +25,8 @@
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { FOLDER_MODE = 0755, WORKING_SIZE = 256 };
 

@@ -10,7 +10,9 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 static int g_iExitBrowseFlag; /* ends the browser's loop */
 

@@ -4,6 +4,7 @@
 
 #include "ut/toolkit/logViewer.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* Ends the wait for the dialog. */
 static int ViewlogDone;

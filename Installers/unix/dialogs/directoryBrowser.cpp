@@ -19,6 +19,7 @@
 #include "ut/owned.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* Names rather than paths in the lists, or a long path would leave the second list no room. */
 static const char s_caLooks[] = UI_SET("width", "500") UI_SET("height", "450")

@@ -12,6 +12,7 @@
 #include "ut/owned.h"
 #include "ut/privateFile.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { LINE_SIZE = 500, LONGEST_WORD = 36 };
 

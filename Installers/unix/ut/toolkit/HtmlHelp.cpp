@@ -21,7 +21,9 @@
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/uibuild.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 static const char s_caFirstBrowser[] = "/usr/bin/firefox";
 static const char s_caMakersSite[] = "https://www.orvane.example/";

@@ -26,6 +26,7 @@
 #include "ut/owned.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { CHECK_DELAY = 1500, QUIT_ENTRY = 3 };
 enum { PIECE = 65536 };

@@ -1,7 +1,5 @@
 #include "ut/toolkit/messageBox.h"
 
-#include <X11/IntrinsicP.h>
-#include <X11/CoreP.h>
 #include <Xm/DialogS.h>
 #include <Xm/MessageB.h>
 #include <cstdarg>
@@ -19,6 +17,7 @@
 #include "ut/strprint.h"
 #include "ut/frontEnd.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* How long a notice may take to come up before it is drawn as far as it is, in milliseconds. */
 enum { NOTICE_PATIENCE = 300, NOTICE_STEP = 5 };
@@ -46,7 +45,7 @@ static void boxGone(Widget, XtPointer open, XtPointer)
 /* What a box can be opened below: a parent about to go would take it along unanswered. */
 static Widget livingParent(Widget parent)
 {
-    while (parent && parent->core.being_destroyed)
+    while (OV_instIsDying(parent))
         parent = XtParent(parent);
     return parent;
 }
