@@ -7,6 +7,7 @@
 
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
 
@@ -17,6 +18,7 @@ struct Question {
     Widget parent;
     Widget box;    /* null once it is gone */
     Widget notice; /* null until the user has chosen to leave */
+    bool bStay;    /* the dialog that asked goes, too: see questionGone */
     int ExitConfirmationDone;
 };
 
@@ -53,8 +55,7 @@ static void questionGone(Widget, XtPointer question, XtPointer)
     if (s_pOpen == pQuestion)
         s_pOpen = nullptr;
     pQuestion->box = nullptr;
-    if (!OV_instIsDying(pQuestion->parent))
-        pQuestion->ExitConfirmationDone = 1;
+    pQuestion->bStay = OV_instIsDying(pQuestion->parent);
 }
 
 static void noticeGone(Widget, XtPointer, XtPointer)
@@ -69,13 +70,11 @@ static void waitForAnswer(Question *pQuestion)
     XtAppContext app = XtWidgetToApplicationContext(pQuestion->parent);
 
     XtAddCallback(pQuestion->box, XmNdestroyCallback, questionGone, pQuestion);
-    XtManageChild(pQuestion->box);
-    while (!pQuestion->ExitConfirmationDone && !(pQuestion->box && OV_instIsDying(pQuestion->box)))
+    OV_instRunDialog(pQuestion->box, &pQuestion->ExitConfirmationDone);
+    while (pQuestion->bStay)
         XtAppProcessEvent(app, XtIMAll);
-    if (pQuestion->box) { /* it must not come back to this record */
+    if (pQuestion->box) /* it must not come back to this record */
         XtRemoveCallback(pQuestion->box, XmNdestroyCallback, questionGone, pQuestion);
-        OV_instPopdown(pQuestion->box);
-    }
     if (s_pOpen == pQuestion)
         s_pOpen = nullptr;
 }
@@ -90,7 +89,7 @@ void OV_exitSetupConfirmation(Widget parent, const char *pMessage, const char *p
     }
     OwnedText text(
         OV_instStrPrint("%s%s", "Are you sure you want to Exit?\n", pMessage ? pMessage : ""));
-    Question question = {parent, CreatembExitSetup(parent), nullptr, 0};
+    Question question = {parent, CreatembExitSetup(parent), nullptr, false, 0};
     hideButtons(question.box, {XmDIALOG_SEPARATOR, XmDIALOG_HELP_BUTTON});
     showMessage(question.box, text ? text.get() : "");
     Sproduct = pProduct ? pProduct : "";

@@ -24,7 +24,7 @@
 #include "ut/strprint.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/messageBox.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/widgetTree.h"
 
 static const char s_caCut[] = "cut -d# -f1 | cut -d: -f1 | cut -d+ -f1";
@@ -241,17 +241,12 @@ void OV_instUpdateUser(Widget parent, const char *pDestination)
 {
     if (!parent || !pDestination)
         return;
-    UpdateUserExit = 0;
     GenerateOrvane = 0;
     destinationDirectory = pDestination;
     Widget dialog = s_dialog = CreatembUpdateUser(parent);
     XtAddCallback(dialog, XmNdestroyCallback, forget, nullptr);
-    XtManageChild(dialog);
-    OV_instMainLoop(dialog, &UpdateUserExit);
+    OV_instRunDialog(dialog, &UpdateUserExit);
     closeUserList();
-    if (s_dialog != dialog)
-        return;
-    XtUnmanageChild(dialog); /* within nested loops the destruction may come much later */
-    XtDestroyWidget(OV_instGetShell(dialog));
-    s_dialog = nullptr;
+    if (s_dialog == dialog) /* not gone yet */
+        s_dialog = nullptr;
 }

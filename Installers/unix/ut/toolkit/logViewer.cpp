@@ -24,6 +24,7 @@
 #include "ut/guard.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
@@ -127,12 +128,11 @@ static void MessageBoxCB(Widget box, XtPointer done, XtPointer)
 {
     int *piDone = nullptr;
 
-    XtVaGetValues(box, XmNuserData, &piDone, nullptr);
-    if (!piDone || *piDone)
+    if (OV_instIsDying(box)) /* nobody waits for it any more */
         return;
-    *piDone = (int)(intptr_t)done;
-    XtUnmanageChild(box); /* within nested loops the destruction may come much later */
-    XtDestroyWidget(XtParent(box));
+    XtVaGetValues(box, XmNuserData, &piDone, nullptr);
+    *piDone = static_cast<int>(reinterpret_cast<intptr_t>(done));
+    OV_instTakeDown(box);
 }
 
 static void HelpCB(Widget widget, XtPointer, XtPointer)
@@ -228,8 +228,7 @@ void ViewLogfile(Widget parent)
         XmTextSetHighlight(text, 0, insertFile(text, 0, log.get()), XmHIGHLIGHT_NORMAL);
         log.reset();
     }
-    XtManageChild(box);
-    OV_instMainLoop(box, &iDone);
+    OV_instRunDialog(box, &iDone);
 }
 
 /* ---- the stand-alone viewer ---- */

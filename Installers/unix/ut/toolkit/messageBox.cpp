@@ -13,6 +13,7 @@
 #include "ut/toolkit/compound.h"
 #include "ut/toolkit/frameClose.h"
 #include "ut/toolkit/mnemonics.h"
+#include "ut/toolkit/modal.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/frontEnd.h"
@@ -23,11 +24,11 @@
 enum { NOTICE_PATIENCE = 300, NOTICE_STEP = 5 };
 
 /* A question on the screen. Boxes nest, so each has an answer of its own. */
-typedef struct OpenBox {
-    Widget box;       /* null once it is gone */
+struct OpenBox {
+    Widget box;
     int MessageBoxId; /* 0 while waiting, then 1, 2 or 3 */
     int iLast;        /* its last button */
-} OpenBox;
+};
 
 static Widget MessageBox; /* the notice on the screen */
 
@@ -35,11 +36,6 @@ static void forgetNotice(Widget box, XtPointer, XtPointer)
 {
     if (MessageBox == box)
         MessageBox = nullptr;
-}
-
-static void boxGone(Widget, XtPointer open, XtPointer)
-{
-    ((OpenBox *)open)->box = nullptr;
 }
 
 /* What a box can be opened below: a parent about to go would take it along unanswered. */
@@ -65,24 +61,17 @@ static Widget createBox(Widget parent, const char *pName)
     return box;
 }
 
-/* Takes a box off the screen. Within nested loops its destruction may come much later. */
-static void dropBox(Widget box)
-{
-    XtUnmanageChild(box);
-    XtDestroyWidget(XtParent(box));
-}
-
 /* The callback of a box's buttons, given the button's number. */
 static void MessageBoxCB(Widget button, XtPointer number, XtPointer)
 {
     Widget box = XtParent(button);
     OpenBox *pOpen = nullptr;
 
-    XtVaGetValues(box, XmNuserData, &pOpen, nullptr);
-    if (!pOpen || pOpen->MessageBoxId)
+    if (OV_instIsDying(box)) /* nobody waits for it any more */
         return;
-    pOpen->MessageBoxId = (int)(intptr_t)number;
-    dropBox(box);
+    XtVaGetValues(box, XmNuserData, &pOpen, nullptr);
+    pOpen->MessageBoxId = static_cast<int>(reinterpret_cast<intptr_t>(number));
+    OV_instTakeDown(box);
 }
 
 /* Labels a button and lets it answer, or removes it when it has no label. */
@@ -150,23 +139,6 @@ static void setMessage(Widget box, const char *pText)
         OV_instUpdateLabelString(label, foldLines(pText, columnsOfScreen(label)).c_str());
 }
 
-/* Waits for the answer to a box that is set up; how it ended is in the record. */
-static void waitForAnswer(OpenBox *pOpen)
-{
-    Widget box = pOpen->box;
-
-    XtAddCallback(box, XmNdestroyCallback, boxGone, pOpen);
-    XtManageChild(box);
-    OV_instMainLoop(box, &pOpen->MessageBoxId);
-    if (!pOpen->MessageBoxId)
-        pOpen->MessageBoxId = pOpen->iLast; /* destroyed from elsewhere */
-    if (pOpen->box) {                       /* dying: it must not come back to this record */
-        XtRemoveCallback(box, XmNdestroyCallback, boxGone, pOpen);
-        XtVaSetValues(box, XmNuserData, nullptr, nullptr);
-        OV_instPopdown(box);
-    }
-}
-
 /* The notice, unless it was inherited from the parent process with its display. */
 static Widget ownNotice()
 {
@@ -205,8 +177,8 @@ int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *p
         XtOverrideTranslations(open.box,
                                XtParseTranslationTable("<Key>osfCancel: BulletinBoardReturn()"));
     OV_instHandleFrameClose(open.box, nullptr);
-    waitForAnswer(&open);
-    return open.MessageBoxId - 1;
+    OV_instRunDialog(open.box, &open.MessageBoxId);
+    return (open.MessageBoxId ? open.MessageBoxId : open.iLast) - 1; /* or destroyed elsewhere */
 }
 
 int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, const char *pHelp,
@@ -253,6 +225,6 @@ void OV_instRemoveMessageBox()
     if (!box)
         return;
     Display *pDisplay = XtDisplay(box);
-    dropBox(box);
+    OV_instTakeDown(box);
     XFlush(pDisplay); /* the caller may be busy for long */
 }
