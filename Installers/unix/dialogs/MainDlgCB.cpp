@@ -14,7 +14,7 @@
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
-#include "ut/toolkit/wrappedLabel.h"
+#include "ut/toolkit/foldText.h"
 #include "dialogs/moveFiles.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"

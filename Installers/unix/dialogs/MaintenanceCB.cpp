@@ -9,7 +9,7 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
-#include "ut/toolkit/wrappedLabel.h"
+#include "ut/toolkit/foldText.h"
 #include "engine/configWalk.h"
 #include "engine/driver.h"
 #include "engine/installer.h"

@@ -21,6 +21,7 @@
 #include "ut/toolkit/HtmlHelp.h"
 #include "ut/OVinstLogfile.h"
 #include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/foldText.h"
 #include "ut/guard.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
@@ -151,31 +152,15 @@ static std::string textSize(Widget parent)
            "\nheight: " + std::to_string(std::min<int>(TEXT_SIZE, iMostHeight)) + "\n";
 }
 
-/* The path as the box's message, broken behind slashes where it is wider than the text below it. */
+/* The path as the box's message, no wider than the text below it. */
 static void showPath(Widget box, Widget text)
 {
     Widget label = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
-    std::string path = displayable(g_caLogName);
-    XmRenderTable table = nullptr;
+    const std::string path = displayable(g_caLogName);
     Dimension width = 0;
 
     XtVaGetValues(text, XmNwidth, &width, nullptr);
-    XtVaGetValues(label, XmNrenderTable, &table, nullptr);
-    XmString whole = OV_instLiteralXmString(path.c_str());
-    size_t lWidth = XmStringWidth(table, whole);
-    XmStringFree(whole);
-    size_t lColumns = lWidth > width ? path.size() * width / lWidth + 1 : path.size();
-    for (size_t lStart = 0; path.size() - lStart > lColumns; lStart++) {
-        size_t lBreak = path.rfind('/', lStart + lColumns - 1) + 1; /* 0 when there is none */
-        if (lBreak <= lStart) {
-            lBreak = lStart + lColumns;
-            while ((path[lBreak] & 0xc0) == 0x80 && lBreak > lStart + 1)
-                lBreak--; /* not within a character */
-        }
-        path.insert(lBreak, 1, '\n');
-        lStart = lBreak;
-    }
-    OV_instSetLiteralLabel(label, path.c_str());
+    OV_instSetLiteralLabel(label, OV_instFoldText(label, path.c_str(), width, "/").c_str());
     XtManageChild(label);
 }
 

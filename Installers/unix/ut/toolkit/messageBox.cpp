@@ -6,11 +6,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <unistd.h>
 
-#include "ut/toolkit/bxutils.h"
-#include "ut/toolkit/compound.h"
+#include "ut/toolkit/foldText.h"
 #include "ut/toolkit/frameClose.h"
 #include "ut/toolkit/mnemonics.h"
 #include "ut/toolkit/modal.h"
@@ -22,6 +20,7 @@
 
 /* How long a notice may take to come up before it is drawn as far as it is, in milliseconds. */
 enum { NOTICE_PATIENCE = 300, NOTICE_STEP = 5 };
+enum { WIDTH_PERCENT = 70 }; /* how much of the screen a message's lines take at most */
 
 /* A question on the screen. Boxes nest, so each has an answer of its own. */
 struct OpenBox {
@@ -89,54 +88,14 @@ static void setUpButton(OpenBox *pOpen, unsigned char child, const char *pLabel,
     pOpen->iLast = iNumber;
 }
 
-/* How many characters of ordinary text fit into three quarters of the screen. */
-static size_t columnsOfScreen(Widget label)
-{
-    static char s_caSample[] = "abcdefghijklmnopqrstuvwxyz./0123456789";
-    XmRenderTable table = nullptr;
-    XmString sample = XmStringCreateLocalized(s_caSample);
-
-    XtVaGetValues(label, XmNrenderTable, &table, nullptr);
-    size_t lWidth = table ? XmStringWidth(table, sample) : 0;
-    XmStringFree(sample);
-    size_t lRoom = (size_t)WidthOfScreen(XtScreenOfObject(label)) * 3 / 4;
-    return lRoom * (sizeof s_caSample - 1) / (lWidth ? lWidth : lRoom);
-}
-
-/* Breaks lines that are too long for the screen, at a blank where there is one: a path can have
- * any length, and the buttons of a box wider than the screen cannot be reached. */
-static std::string foldLines(const char *pText, size_t lColumns)
-{
-    std::string folded(pText);
-    size_t lStart = 0;
-
-    while (folded.size() - lStart > lColumns) {
-        size_t lBreak = folded.find('\n', lStart);
-        if (lBreak > lStart + lColumns) {
-            lBreak = folded.rfind(' ', lStart + lColumns);
-            if (lBreak == std::string::npos || lBreak <= lStart) {
-                lBreak = lStart + lColumns;
-                while ((folded[lBreak] & 0xc0) == 0x80 && lBreak > lStart + 1)
-                    lBreak--; /* not within a character */
-                folded.insert(lBreak, 1, '\n');
-            }
-            folded[lBreak] = '\n';
-        }
-        lStart = lBreak + 1;
-    }
-    return folded;
-}
-
+/* In lines that fit on the screen: a path can have any length, and the buttons of a box wider than
+ * the screen cannot be reached. */
 static void setMessage(Widget box, const char *pText)
 {
     Widget label = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
+    const int iMostWidth = WidthOfScreen(XtScreenOfObject(label)) * WIDTH_PERCENT / 100;
 
-    if (!pText)
-        pText = "";
-    if (OV_instIsCompoundText(pText)) /* breaks where its author wants it to */
-        OV_instUpdateLabelString(label, pText);
-    else
-        OV_instUpdateLabelString(label, foldLines(pText, columnsOfScreen(label)).c_str());
+    OV_instSetFoldedLabel(label, pText ? pText : "", iMostWidth);
 }
 
 /* The notice, unless it was inherited from the parent process with its display. */
