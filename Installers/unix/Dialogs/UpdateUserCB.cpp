@@ -22,6 +22,7 @@
 #include "ut/privateFile.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
+#include "ut/wholeFile.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/modal.h"
@@ -125,12 +126,10 @@ static void readUsers()
     OwnedText path;
     OwnedFile file(listUsers(&path));
     std::string text;
-    int iCharacter;
 
     if (!file)
         endWithoutRoom();
-    while ((iCharacter = getc(file.get())) != EOF)
-        text += static_cast<char>(iCharacter);
+    (void)OV_instReadWhole(file.get(), &text); /* what could be read is offered */
     std::istringstream words(text);
     s_users.clear();
     for (std::string name; words >> name;)

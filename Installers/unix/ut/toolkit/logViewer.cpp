@@ -25,13 +25,13 @@
 #include "ut/guard.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
+#include "ut/wholeFile.h"
 #include "ut/toolkit/modal.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
 
 enum { CHECK_DELAY = 1500, QUIT_ENTRY = 3 };
-enum { PIECE = 65536 };
 enum { TEXT_SIZE = 600, AROUND_WIDTH = 60, AROUND_HEIGHT = 220 };
 
 static const char s_caSetupHelp[] = "https://www.orvane.example/help/setup.html";
@@ -70,17 +70,6 @@ static const OV_WidgetRow s_aFileRows[] = {
 
 /* ---- reading ---- */
 
-static std::string readAll(FILE *pFile)
-{
-    std::string text;
-    OwnedText piece(static_cast<char *>(malloc(PIECE)));
-    size_t lRead;
-
-    while (piece && (lRead = fread(piece.get(), 1, PIECE, pFile)) > 0)
-        text.append(piece.get(), lRead);
-    return text;
-}
-
 /* The text widget refuses a text whole when a single byte of it is no character of the locale, and
  * ends it at a zero byte. */
 static std::string displayable(const std::string &text)
@@ -107,7 +96,10 @@ static std::string displayable(const std::string &text)
  * position behind it. */
 static XmTextPosition insertFile(Widget text, XmTextPosition lAt, FILE *pFile)
 {
-    std::string shown = displayable(readAll(pFile));
+    std::string content;
+
+    (void)OV_instReadWhole(pFile, &content); /* what could be read is shown */
+    std::string shown = displayable(content);
     XmTextPosition lBefore = XmTextGetLastPosition(text);
 
     XmTextInsert(text, lAt, &shown[0]);
