@@ -18,7 +18,7 @@
 #include "engine/sizes.h"
 #include "toolkit/display.h"
 #include "ut/toolkit/HtmlHelp.h"
-#include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/pressButton.h"
 #include "ut/frontEnd.h"
 #include "ut/privateFile.h"
 

@@ -23,6 +23,7 @@
 #include "dialogs/Welcome.h"
 #include "ut/toolkit/HtmlHelp.h"
 #include "ut/toolkit/logViewer.h"
+#include "ut/toolkit/messageBox.h"
 
 struct Gallery : DialogTest {
     using Look = std::function<void(const std::string &name, Widget dialog)>;

@@ -14,6 +14,7 @@
 #include "ut/toolkit/appResources.h"
 #include "ut/toolkit/compound.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* The test program's application, with a main shell; null without a display. */
 inline Widget testApplication()
@@ -184,7 +185,7 @@ inline std::vector<Widget> dialogsShown(const char *pName)
         for (Cardinal i = 0; i < shell->core.num_popups; i++)
             shells.insert(shells.begin(), shell->core.popup_list[i]);
         Widget box = XtNameToWidget(shell, pName);
-        if (box && XtIsManaged(box) && !box->core.being_destroyed)
+        if (box && XtIsManaged(box) && !OV_instIsDying(box))
             found.push_back(box);
     }
     return found;

@@ -4,6 +4,7 @@
 #include "toolkit/display.h"
 #include "ut/toolkit/frameClose.h"
 #include "ut/toolkit/looks.h"
+#include "ut/toolkit/pressButton.h"
 #include "ut/toolkit/uibuild.h"
 
 struct Uibuild : OnDisplay {

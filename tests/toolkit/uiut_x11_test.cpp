@@ -4,7 +4,8 @@
 #include <unistd.h>
 
 #include "toolkit/display.h"
-#include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/pressButton.h"
 
 struct Uiut : OnDisplay {
     /* Asks and does the step once the box is up. */

@@ -6,6 +6,7 @@
 #include "support.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
+#include "ut/wholeFile.h"
 
 /* The text of a result that the caller owns; "(null)" for none. */
 static std::string taken(char *pText)
@@ -115,6 +116,23 @@ TEST_F(InDirectory, ReadsAWholeFile)
     EXPECT_EQ(taken(OV_instReadFileContent("empty")), "");
     for (const char *pName : {"none", "dir", "", static_cast<const char *>(nullptr)})
         EXPECT_EQ(OV_instReadFileContent(pName), nullptr);
+}
+
+TEST_F(InDirectory, ReadsAndCopiesStreamsToTheirEnd)
+{
+    const std::string content = std::string(70000, 'x') + '\0' + "end";
+    std::string text = "before ";
+    OwnedFile file(fopen("file", "w+"));
+    OwnedFile directory(fopen("dir", "r"));
+    OwnedFile full(fopen("/dev/full", "w"));
+
+    ASSERT_EQ(content.size(), fwrite(content.data(), 1, content.size(), file.get()));
+    rewind(file.get());
+    EXPECT_EQ(0, OV_instReadWhole(file.get(), &text));
+    EXPECT_EQ("before " + content, text);
+    EXPECT_EQ(-1, OV_instReadWhole(directory.get(), &text));
+    rewind(file.get());
+    EXPECT_EQ(-1, OV_instCopyWhole(file.get(), full.get()));
 }
 
 TEST(Getline, JoinsAndCounts)

@@ -1,7 +1,5 @@
 #include "Dialogs/ExitConfirmation.h"
 
-#include <X11/IntrinsicP.h>
-#include <X11/CoreP.h>
 #include <Xm/MessageB.h>
 #include <cstdlib>
 #include <initializer_list>
@@ -9,7 +7,9 @@
 
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { STATUS_QUIT = 10 };
 
@@ -18,6 +18,7 @@ struct Question {
     Widget parent;
     Widget box;    /* null once it is gone */
     Widget notice; /* null until the user has chosen to leave */
+    bool bStay;    /* the dialog that asked goes, too: see questionGone */
     int ExitConfirmationDone;
 };
 
@@ -45,11 +46,6 @@ static void raiseBox(Widget box)
         XMapRaised(XtDisplay(shell), XtWindow(shell));
 }
 
-static bool isDying(Widget widget)
-{
-    return widget->core.being_destroyed;
-}
-
 /* Where the dialog that asked goes, too, nobody must return into the callback of its button: the
  * wait then takes the place of the toolkit's main loop. */
 static void questionGone(Widget, XtPointer question, XtPointer)
@@ -59,8 +55,7 @@ static void questionGone(Widget, XtPointer question, XtPointer)
     if (s_pOpen == pQuestion)
         s_pOpen = nullptr;
     pQuestion->box = nullptr;
-    if (!isDying(pQuestion->parent))
-        pQuestion->ExitConfirmationDone = 1;
+    pQuestion->bStay = OV_instIsDying(pQuestion->parent);
 }
 
 static void noticeGone(Widget, XtPointer, XtPointer)
@@ -75,20 +70,18 @@ static void waitForAnswer(Question *pQuestion)
     XtAppContext app = XtWidgetToApplicationContext(pQuestion->parent);
 
     XtAddCallback(pQuestion->box, XmNdestroyCallback, questionGone, pQuestion);
-    XtManageChild(pQuestion->box);
-    while (!pQuestion->ExitConfirmationDone && !(pQuestion->box && isDying(pQuestion->box)))
+    OV_instRunDialog(pQuestion->box, &pQuestion->ExitConfirmationDone);
+    while (pQuestion->bStay)
         XtAppProcessEvent(app, XtIMAll);
-    if (pQuestion->box) { /* it must not come back to this record */
+    if (pQuestion->box) /* it must not come back to this record */
         XtRemoveCallback(pQuestion->box, XmNdestroyCallback, questionGone, pQuestion);
-        OV_instPopdown(pQuestion->box);
-    }
     if (s_pOpen == pQuestion)
         s_pOpen = nullptr;
 }
 
 void OV_exitSetupConfirmation(Widget parent, const char *pMessage, const char *pProduct)
 {
-    if (!parent || isDying(parent))
+    if (!parent || OV_instIsDying(parent))
         return;
     if (s_pOpen) {
         raiseBox(s_pOpen->notice ? s_pOpen->notice : s_pOpen->box);
@@ -96,7 +89,7 @@ void OV_exitSetupConfirmation(Widget parent, const char *pMessage, const char *p
     }
     OwnedText text(
         OV_instStrPrint("%s%s", "Are you sure you want to Exit?\n", pMessage ? pMessage : ""));
-    Question question = {parent, CreatembExitSetup(parent), nullptr, 0};
+    Question question = {parent, CreatembExitSetup(parent), nullptr, false, 0};
     hideButtons(question.box, {XmDIALOG_SEPARATOR, XmDIALOG_HELP_BUTTON});
     showMessage(question.box, text ? text.get() : "");
     Sproduct = pProduct ? pProduct : "";

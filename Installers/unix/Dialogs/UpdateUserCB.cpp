@@ -22,8 +22,11 @@
 #include "ut/privateFile.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
+#include "ut/wholeFile.h"
 #include "ut/toolkit/uibuild.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/modal.h"
+#include "ut/toolkit/widgetTree.h"
 
 static const char s_caCut[] = "cut -d# -f1 | cut -d: -f1 | cut -d+ -f1";
 static const char s_caYpcat[] = "/usr/bin/ypcat";
@@ -123,12 +126,10 @@ static void readUsers()
     OwnedText path;
     OwnedFile file(listUsers(&path));
     std::string text;
-    int iCharacter;
 
     if (!file)
         endWithoutRoom();
-    while ((iCharacter = getc(file.get())) != EOF)
-        text += static_cast<char>(iCharacter);
+    (void)OV_instReadWhole(file.get(), &text); /* what could be read is offered */
     std::istringstream words(text);
     s_users.clear();
     for (std::string name; words >> name;)
@@ -239,17 +240,12 @@ void OV_instUpdateUser(Widget parent, const char *pDestination)
 {
     if (!parent || !pDestination)
         return;
-    UpdateUserExit = 0;
     GenerateOrvane = 0;
     destinationDirectory = pDestination;
     Widget dialog = s_dialog = CreatembUpdateUser(parent);
     XtAddCallback(dialog, XmNdestroyCallback, forget, nullptr);
-    XtManageChild(dialog);
-    OV_instMainLoop(dialog, &UpdateUserExit);
+    OV_instRunDialog(dialog, &UpdateUserExit);
     closeUserList();
-    if (s_dialog != dialog)
-        return;
-    XtUnmanageChild(dialog); /* within nested loops the destruction may come much later */
-    XtDestroyWidget(OV_instGetShell(dialog));
-    s_dialog = nullptr;
+    if (s_dialog == dialog) /* not gone yet */
+        s_dialog = nullptr;
 }

@@ -5,7 +5,7 @@
 #include "engine/setupState.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 void OV_instSetWindowTitle(Widget widget)
 {

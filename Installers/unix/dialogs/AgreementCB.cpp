@@ -15,6 +15,7 @@
 #include "ut/toolkit/messageBox.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* The text as the field can show it: without carriage returns and, where it is not in the user's
  * characters, byte by byte as Latin-1, since the field would show none of it. */

@@ -6,7 +6,7 @@
 #include <Xm/Text.h>
 
 #include "ut/toolkit/uibuild.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 #define READ_ONLY                                                                                  \
     UI_SET("editMode", "MULTI_LINE_EDIT")                                                          \

@@ -18,7 +18,10 @@
 #include "engine/setupState.h"
 #include "engine/sizes.h"
 #include "ut/owned.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { FOLDER_MODE = 0755 };
 
@@ -114,8 +117,7 @@ void OV_instChangeDestination(Widget parent)
                                          OV_instChangeDestinationBrowseCancelCB,
                                          nullptr};
 
-    OV_instRunDirectoryBrowser(OV_instCreateDirectoryBrowser(parent, &browser),
-                               &ChangeDestinationDone);
+    OV_instRunDialog(OV_instCreateDirectoryBrowser(parent, &browser), &ChangeDestinationDone);
 }
 
 /* ---- the dialog ---- */

@@ -19,7 +19,9 @@
 #include "engine/setupState.h"
 #include "engine/sizes.h"
 #include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* The dialog in use, and what was counted. The names of the counters are the wrong way round: what
  * is newly chosen is counted in iRemove. */

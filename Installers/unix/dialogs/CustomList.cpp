@@ -14,6 +14,7 @@
 #include "ut/toolkit/looks.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { ROW_GAP = 10 };
 

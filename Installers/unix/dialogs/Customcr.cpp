@@ -11,6 +11,7 @@
 
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* The figures of a table end at one line. The text reserves the width for the longest of them. */
 #define FIGURE(longest)                                                                            \

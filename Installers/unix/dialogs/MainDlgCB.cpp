@@ -14,13 +14,14 @@
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
-#include "ut/toolkit/wrappedLabel.h"
+#include "ut/toolkit/foldText.h"
 #include "dialogs/moveFiles.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { ONE_BUTTON_SLOT = 2, TEXT_WIDTH = 420 };
 

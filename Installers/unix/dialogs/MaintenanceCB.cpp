@@ -9,7 +9,7 @@
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
-#include "ut/toolkit/wrappedLabel.h"
+#include "ut/toolkit/foldText.h"
 #include "engine/configWalk.h"
 #include "engine/driver.h"
 #include "engine/installer.h"
@@ -17,7 +17,9 @@
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { WELCOME_WIDTH = 460 };
 

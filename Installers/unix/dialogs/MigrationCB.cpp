@@ -25,7 +25,9 @@
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/modal.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { FOLDER_MODE = 0755, WORKING_SIZE = 256 };
 
@@ -285,7 +287,7 @@ static void _BrowseDialog(Widget parent, const char *pStart, XtCallbackProc fpOk
                                          fpOk,
                                          _OnBrowseDialogCancel,
                                          nullptr};
-    OV_instRunDirectoryBrowser(OV_instCreateDirectoryBrowser(parent, &browser), &s_iBrowseDone);
+    OV_instRunDialog(OV_instCreateDirectoryBrowser(parent, &browser), &s_iBrowseDone);
 }
 
 void _OnBrowseDialogCancel(Widget, XtPointer, XtPointer)

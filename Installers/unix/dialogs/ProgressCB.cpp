@@ -14,6 +14,7 @@
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { NAME_WHOLE = 60, NAME_TAIL = 58, STATUS_QUIT = 10 };
 

@@ -10,13 +10,16 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 static int g_iExitBrowseFlag; /* ends the browser's loop */
 
 static void closeBrowser(Widget box)
 {
-    OV_instCloseDirectoryBrowser(box);
+    OV_instTakeDown(box);
     g_iExitBrowseFlag = 1;
 }
 
@@ -95,6 +98,6 @@ void OV_instBrowseForSource(const char *pFile, char **ppNewSource, const char *p
     if (!parent || !pFile)
         return;
     OwnedText real(realSource(pSource));
-    OV_instRunDirectoryBrowser(OV_instCreateSourceBrowser(parent, &browse, real ? real.get() : "."),
-                               &g_iExitBrowseFlag);
+    OV_instRunDialog(OV_instCreateSourceBrowser(parent, &browse, real ? real.get() : "."),
+                     &g_iExitBrowseFlag);
 }

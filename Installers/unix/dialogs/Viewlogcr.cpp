@@ -10,7 +10,7 @@
 
 #include "ut/toolkit/looks.h"
 #include "ut/toolkit/uibuild.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {

@@ -8,6 +8,7 @@
 #include "Dialogs/windowTitle.h"
 #include "engine/setupState.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { HEADING_WIDTH = 480 };
 

@@ -8,7 +8,7 @@
 
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/uibuild.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 #define HEADING UI_SET("renderTable.fontStyle", "Bold") UI_SET("renderTable.fontSize", "13")
 

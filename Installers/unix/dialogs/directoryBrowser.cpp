@@ -18,7 +18,6 @@
 #include "ut/toolkit/mnemonics.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uibuild.h"
-#include "ut/toolkit/uiut.h"
 
 /* Names rather than paths in the lists, or a long path would leave the second list no room. */
 static const char s_caLooks[] = UI_SET("width", "500") UI_SET("height", "450")
@@ -113,35 +112,6 @@ Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *p
     if (pBrowser->pSelection)
         select(box, pBrowser->pSelection);
     return box;
-}
-
-void OV_instCloseDirectoryBrowser(Widget box)
-{
-    if (!box)
-        return;
-    XtUnmanageChild(box); /* within nested loops the destruction may come much later */
-    XtDestroyWidget(OV_instGetShell(box));
-}
-
-static void noteGone(Widget, XtPointer box, XtPointer)
-{
-    *(Widget *)box = nullptr;
-}
-
-void OV_instRunDirectoryBrowser(Widget box, int *piDone)
-{
-    Widget open = box;
-
-    if (!box || !piDone)
-        return;
-    *piDone = 0;
-    XtAddCallback(box, XmNdestroyCallback, noteGone, &open);
-    XtManageChild(box);
-    OV_instMainLoop(box, piDone);
-    if (!open)
-        return;
-    XtRemoveCallback(box, XmNdestroyCallback, noteGone, &open); /* its variable is about to go */
-    OV_instCloseDirectoryBrowser(box);
 }
 
 char *OV_instGetBrowsed(Widget box)

@@ -19,15 +19,9 @@ typedef struct _OV_DirectoryBrowser {
 } OV_DirectoryBrowser;
 
 /* Makes the browser over parent, unmanaged; the result is its file selection box, which stays open
- * after each answer until the program takes it down. Closing its frame is Cancel. */
+ * after each answer until the program takes it down (ut/toolkit/modal.h). Closing its frame is
+ * Cancel. */
 Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *pBrowser);
-
-/* Shows the box, waits until *piDone is set (it is cleared first) or the box is destroyed, and
- * takes it down. */
-void OV_instRunDirectoryBrowser(Widget box, int *piDone);
-
-/* Takes the box off the screen and destroys its shell. */
-void OV_instCloseDirectoryBrowser(Widget box);
 
 /* The text that is selected, a new string that the caller frees; null without memory. */
 char *OV_instGetBrowsed(Widget box);

@@ -6,14 +6,15 @@
 #include <Xm/MessageB.h>
 #include <Xm/TextF.h>
 
-#include "ut/toolkit/wrappedLabel.h"
+#include "ut/toolkit/foldText.h"
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/privateFile.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
-enum { LINE_SIZE = 500, LONGEST_WORD = 36 };
+enum { LINE_SIZE = 500 };
 
 /* ---- one page after another ---- */
 
@@ -104,24 +105,6 @@ void OV_instWriteFields(Widget dialog, const std::vector<const char *> &names, c
     (void)OV_instWritePrivate(path.get(), text.c_str()); /* not kept, then: setup goes on */
 }
 
-/* Lines break at blanks only, so that a word gets some when it is too long for a line. */
-static std::string breakWords(const std::string &text)
-{
-    std::string broken;
-    int iWord = 0;
-
-    for (char c : text) {
-        const bool bWithin = (c & 0xc0) == 0x80; /* a character's second byte, or a later one */
-        if (iWord >= LONGEST_WORD && !bWithin && c != ' ') {
-            broken += ' ';
-            iWord = 0;
-        }
-        iWord = c == ' ' ? 0 : iWord + !bWithin;
-        broken += c;
-    }
-    return broken;
-}
-
 /* Nothing takes a line, too, or what is below would lie over the label beside it. */
 static void reserveLine(Widget label)
 {
@@ -138,8 +121,7 @@ void OV_instShowValue(Widget label, const std::string &text, int iWidth)
     if (!label)
         return;
     const int iPixels = OV_instScaleLength(XtDisplay(label), iWidth);
-    OV_instSetLiteralLabel(label,
-                           OV_instFoldText(label, breakWords(text).c_str(), iPixels).c_str());
+    OV_instSetLiteralLabel(label, OV_instFoldText(label, text.c_str(), iPixels).c_str());
     if (text.empty())
         reserveLine(label);
 }

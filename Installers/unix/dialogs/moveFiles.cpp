@@ -8,7 +8,7 @@
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 [[noreturn]] static void cannotMove()
 {

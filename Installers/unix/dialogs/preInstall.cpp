@@ -8,6 +8,7 @@
 #include "engine/setupState.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
 
 static int refuse(const char *pFormat, const char *pPath)

@@ -22,7 +22,9 @@
 #include "ut/debugLevel.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum {
     CARRY_SIZE = 5000,

@@ -15,6 +15,7 @@
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 static _OV_InstConfigList *configOf(XtPointer pConfig)
 {

@@ -12,23 +12,11 @@
 #include "ut/owned.h"
 #include "ut/replaceFile.h"
 #include "ut/shellWord.h"
-
-enum { PIECE = 65536 };
+#include "ut/wholeFile.h"
 
 static const char s_caSource[] = "KIVO_FILE"; /* that very name: meant */
 static const char s_caCreated[] = ".kivo_2.01";
 static const char s_caTemporary[] = ".kivo_install_tmp_file";
-
-static bool copyContents(FILE *pFrom, FILE *pTo)
-{
-    OwnedText piece(static_cast<char *>(malloc(PIECE)));
-    size_t lRead;
-
-    while (piece && (lRead = fread(piece.get(), 1, PIECE, pFrom)) > 0)
-        if (fwrite(piece.get(), 1, lRead, pTo) != lRead)
-            return false;
-    return piece && !ferror(pFrom);
-}
 
 /* Not by a command: a copy that root makes in somebody's home would follow a link that he has
  * planted there. What comes in between is replaced, not followed. */
@@ -48,7 +36,7 @@ void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gi
     asNew.st_gid = getegid();
     asNew.st_mode &= 0777;
     if (OV_instBeginReplacement(&copy, pHome, s_caTemporary, s_caSource, &asNew) == 0)
-        (void)OV_instEndReplacement(&copy, copyContents(source.get(), copy.pStream));
+        (void)OV_instEndReplacement(&copy, OV_instCopyWhole(source.get(), copy.pStream) == 0);
     (void)fchown(fileno(source.get()), uid, gid); /* the source's owner, not the copy's: meant */
 }
 

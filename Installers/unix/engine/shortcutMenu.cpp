@@ -10,8 +10,9 @@
 #include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/replaceFile.h"
+#include "ut/wholeFile.h"
 
-enum { MOST_NAMES = 20, LONGEST_NAME = 19, NO_LEVEL = -1, PIECE = 4096 };
+enum { MOST_NAMES = 20, LONGEST_NAME = 19, NO_LEVEL = -1 };
 
 static const char s_caTopMenu[] = "ToolChest";
 static const char s_caBlanks[] = " \t\n";
@@ -222,9 +223,7 @@ static bool isGiven(const char *pText)
 static int readMenus(const char *pDirectory, std::string *pMenus)
 {
     OwnedText path(OV_instBuildPath(pDirectory, ".shortcuts", nullptr));
-    char caPiece[PIECE];
     struct stat status;
-    ssize_t iRead;
 
     if (!path)
         return -1;
@@ -233,9 +232,11 @@ static int readMenus(const char *pDirectory, std::string *pMenus)
         return errno == ENOENT ? 0 : -1;
     if (fstat(file.iFd, &status) < 0 || !S_ISREG(status.st_mode))
         return -1;
-    while ((iRead = read(file.iFd, caPiece, sizeof caPiece)) > 0)
-        pMenus->append(caPiece, static_cast<size_t>(iRead));
-    return iRead < 0 ? -1 : 0;
+    OwnedFile menus(fdopen(file.iFd, "r"));
+    if (!menus)
+        return -1;
+    (void)file.release(); /* the stream closes it now */
+    return OV_instReadWhole(menus.get(), pMenus);
 }
 
 /* What a menu file that was not there before gets: it is its directory's owner's. */

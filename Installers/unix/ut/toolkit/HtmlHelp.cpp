@@ -17,11 +17,13 @@
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/frameClose.h"
 #include "ut/toolkit/mnemonics.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/uibuild.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/widgetTree.h"
 
 static const char s_caFirstBrowser[] = "/usr/bin/firefox";
 static const char s_caMakersSite[] = "https://www.orvane.example/";
@@ -71,12 +73,6 @@ static void htmlHelpCancelCB(Widget, XtPointer, XtPointer)
     browserSelectionDone = 1;
 }
 
-static void forgetSelection(Widget box, XtPointer, XtPointer)
-{
-    if (fsHtmlBrowser == box)
-        fsHtmlBrowser = nullptr;
-}
-
 static Widget createBrowserSelection(Widget parent)
 {
     static char s_caFilter[] = "/usr/bin/*";
@@ -93,7 +89,6 @@ static Widget createBrowserSelection(Widget parent)
     XtUnmanageChild(XmFileSelectionBoxGetChild(box, XmDIALOG_HELP_BUTTON));
     XtAddCallback(box, XmNokCallback, htmlHelpOKCB, nullptr);
     XtAddCallback(box, XmNcancelCallback, htmlHelpCancelCB, nullptr);
-    XtAddCallback(box, XmNdestroyCallback, forgetSelection, nullptr);
     OV_instHandleFrameClose(box, nullptr);
     OV_instUseMnemonics(box);
     return box;
@@ -101,14 +96,8 @@ static Widget createBrowserSelection(Widget parent)
 
 static void createAndPopupBrowserSelection(Widget parent)
 {
-    browserSelectionDone = 0;
     fsHtmlBrowser = createBrowserSelection(parent);
-    XtManageChild(fsHtmlBrowser);
-    OV_instMainLoop(fsHtmlBrowser, &browserSelectionDone);
-    if (!fsHtmlBrowser)
-        return;
-    XtUnmanageChild(fsHtmlBrowser); /* within nested loops the destruction may come much later */
-    XtDestroyWidget(XtParent(fsHtmlBrowser));
+    OV_instRunDialog(fsHtmlBrowser, &browserSelectionDone);
     fsHtmlBrowser = nullptr;
 }
 

@@ -1,11 +1,11 @@
 #include "ut/toolkit/frameClose.h"
 
-#include <Xm/XmP.h>
+#include <Xm/Xm.h>
 #include <Xm/BulletinB.h>
 #include <Xm/Protocols.h>
-#include <Xm/GadgetP.h>
 
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/pressButton.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* A dialog whose frame is watched; the newest is first. */
 typedef struct Watched {
@@ -52,29 +52,6 @@ static Widget closingButton(const Watched *pWatched)
     return nullptr;
 }
 
-static int canPress(Widget button)
-{
-    return button && !button->core.being_destroyed && XtIsManaged(button) && XtIsSensitive(button);
-}
-
-static void press(Widget button, XEvent *pEvent)
-{
-    Cardinal iNone = 0;
-
-    if (XmIsGadget(button)) /* gadgets have no actions of their own, only this method */
-        ((XmGadgetClass)XtClass(button))
-            ->gadget_class.arm_and_activate(button, pEvent, nullptr, &iNone);
-    else
-        XtCallActionProc(button, "ArmAndActivate", pEvent, nullptr, 0);
-}
-
-/* Handles the event by which a button is pressed from outside a dispatch. */
-static void pressNow(Widget widget, XtPointer button, XEvent *pEvent, Boolean *)
-{
-    XtRemoveEventHandler(widget, NoEventMask, True, pressNow, button);
-    press((Widget)button, pEvent);
-}
-
 static void frameClosed(Widget shell, XtPointer, XtPointer call)
 {
     const Watched *pWatched = s_pNewest;
@@ -84,8 +61,8 @@ static void frameClosed(Widget shell, XtPointer, XtPointer call)
     if (!pWatched || isBlocked(pWatched))
         return;
     Widget button = closingButton(pWatched);
-    if (canPress(button))
-        press(button, ((XmAnyCallbackStruct *)call)->event);
+    if (OV_instCanPress(button))
+        OV_instPressButton(button, ((XmAnyCallbackStruct *)call)->event);
 }
 
 static void forget(Widget, XtPointer watched, XtPointer)
@@ -120,20 +97,4 @@ void OV_instHandleFrameClose(Widget dialog, const char *pButton)
     XmAddWMProtocolCallback(shell,
                             XmInternAtom(XtDisplay(shell), (char *)"WM_DELETE_WINDOW", False),
                             frameClosed, nullptr);
-}
-
-int OV_instActivateButton(Widget button)
-{
-    Widget widget = button && XmIsGadget(button) ? XtParent(button) : button;
-    XEvent event = {};
-
-    if (!canPress(button) || !XtIsRealized(widget))
-        return 0;
-    event.xclient.type = ClientMessage;
-    event.xclient.display = XtDisplay(widget);
-    event.xclient.window = XtWindow(widget);
-    event.xclient.message_type = XmInternAtom(XtDisplay(widget), (char *)"OVINST_PRESS", False);
-    event.xclient.format = 32;
-    XtAddEventHandler(widget, NoEventMask, True, pressNow, button);
-    return XtDispatchEvent(&event) ? 1 : 0;
 }

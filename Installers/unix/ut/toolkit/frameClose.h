@@ -11,10 +11,4 @@
  * must live as long as the dialog. */
 void OV_instHandleFrameClose(Widget dialog, const char *pButton);
 
-/* Activates a button, gadget or widget, as its keyboard action does: for use outside the handling
- * of an event, as in a timer. The call dispatches an event of its own, so that what the button's
- * callbacks destroy lives until they are through. Nothing happens, and the result is 0, when the
- * button is null, insensitive, not managed or not realized; else 1, and it may be gone. */
-int OV_instActivateButton(Widget button);
-
 #endif

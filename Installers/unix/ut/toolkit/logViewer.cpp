@@ -21,14 +21,17 @@
 #include "ut/toolkit/HtmlHelp.h"
 #include "ut/OVinstLogfile.h"
 #include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/foldText.h"
 #include "ut/guard.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
+#include "ut/wholeFile.h"
+#include "ut/toolkit/modal.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { CHECK_DELAY = 1500, QUIT_ENTRY = 3 };
-enum { PIECE = 65536 };
 enum { TEXT_SIZE = 600, AROUND_WIDTH = 60, AROUND_HEIGHT = 220 };
 
 static const char s_caSetupHelp[] = "https://www.orvane.example/help/setup.html";
@@ -67,17 +70,6 @@ static const OV_WidgetRow s_aFileRows[] = {
 
 /* ---- reading ---- */
 
-static std::string readAll(FILE *pFile)
-{
-    std::string text;
-    OwnedText piece(static_cast<char *>(malloc(PIECE)));
-    size_t lRead;
-
-    while (piece && (lRead = fread(piece.get(), 1, PIECE, pFile)) > 0)
-        text.append(piece.get(), lRead);
-    return text;
-}
-
 /* The text widget refuses a text whole when a single byte of it is no character of the locale, and
  * ends it at a zero byte. */
 static std::string displayable(const std::string &text)
@@ -104,7 +96,10 @@ static std::string displayable(const std::string &text)
  * position behind it. */
 static XmTextPosition insertFile(Widget text, XmTextPosition lAt, FILE *pFile)
 {
-    std::string shown = displayable(readAll(pFile));
+    std::string content;
+
+    (void)OV_instReadWhole(pFile, &content); /* what could be read is shown */
+    std::string shown = displayable(content);
     XmTextPosition lBefore = XmTextGetLastPosition(text);
 
     XmTextInsert(text, lAt, &shown[0]);
@@ -126,12 +121,11 @@ static void MessageBoxCB(Widget box, XtPointer done, XtPointer)
 {
     int *piDone = nullptr;
 
-    XtVaGetValues(box, XmNuserData, &piDone, nullptr);
-    if (!piDone || *piDone)
+    if (OV_instIsDying(box)) /* nobody waits for it any more */
         return;
-    *piDone = (int)(intptr_t)done;
-    XtUnmanageChild(box); /* within nested loops the destruction may come much later */
-    XtDestroyWidget(XtParent(box));
+    XtVaGetValues(box, XmNuserData, &piDone, nullptr);
+    *piDone = static_cast<int>(reinterpret_cast<intptr_t>(done));
+    OV_instTakeDown(box);
 }
 
 static void HelpCB(Widget widget, XtPointer, XtPointer)
@@ -150,31 +144,15 @@ static std::string textSize(Widget parent)
            "\nheight: " + std::to_string(std::min<int>(TEXT_SIZE, iMostHeight)) + "\n";
 }
 
-/* The path as the box's message, broken behind slashes where it is wider than the text below it. */
+/* The path as the box's message, no wider than the text below it. */
 static void showPath(Widget box, Widget text)
 {
     Widget label = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
-    std::string path = displayable(g_caLogName);
-    XmRenderTable table = nullptr;
+    const std::string path = displayable(g_caLogName);
     Dimension width = 0;
 
     XtVaGetValues(text, XmNwidth, &width, nullptr);
-    XtVaGetValues(label, XmNrenderTable, &table, nullptr);
-    XmString whole = OV_instLiteralXmString(path.c_str());
-    size_t lWidth = XmStringWidth(table, whole);
-    XmStringFree(whole);
-    size_t lColumns = lWidth > width ? path.size() * width / lWidth + 1 : path.size();
-    for (size_t lStart = 0; path.size() - lStart > lColumns; lStart++) {
-        size_t lBreak = path.rfind('/', lStart + lColumns - 1) + 1; /* 0 when there is none */
-        if (lBreak <= lStart) {
-            lBreak = lStart + lColumns;
-            while ((path[lBreak] & 0xc0) == 0x80 && lBreak > lStart + 1)
-                lBreak--; /* not within a character */
-        }
-        path.insert(lBreak, 1, '\n');
-        lStart = lBreak;
-    }
-    OV_instSetLiteralLabel(label, path.c_str());
+    OV_instSetLiteralLabel(label, OV_instFoldText(label, path.c_str(), width, "/").c_str());
     XtManageChild(label);
 }
 
@@ -227,8 +205,7 @@ void ViewLogfile(Widget parent)
         XmTextSetHighlight(text, 0, insertFile(text, 0, log.get()), XmHIGHLIGHT_NORMAL);
         log.reset();
     }
-    XtManageChild(box);
-    OV_instMainLoop(box, &iDone);
+    OV_instRunDialog(box, &iDone);
 }
 
 /* ---- the stand-alone viewer ---- */

@@ -1,34 +1,33 @@
 #include "ut/toolkit/messageBox.h"
 
-#include <X11/IntrinsicP.h>
-#include <X11/CoreP.h>
 #include <Xm/DialogS.h>
 #include <Xm/MessageB.h>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <unistd.h>
 
-#include "ut/toolkit/bxutils.h"
-#include "ut/toolkit/compound.h"
+#include "ut/toolkit/foldText.h"
 #include "ut/toolkit/frameClose.h"
 #include "ut/toolkit/mnemonics.h"
+#include "ut/toolkit/modal.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/frontEnd.h"
 #include "ut/toolkit/uiut.h"
+#include "ut/toolkit/widgetTree.h"
 
 /* How long a notice may take to come up before it is drawn as far as it is, in milliseconds. */
 enum { NOTICE_PATIENCE = 300, NOTICE_STEP = 5 };
+enum { WIDTH_PERCENT = 70 }; /* how much of the screen a message's lines take at most */
 
 /* A question on the screen. Boxes nest, so each has an answer of its own. */
-typedef struct OpenBox {
-    Widget box;       /* null once it is gone */
+struct OpenBox {
+    Widget box;
     int MessageBoxId; /* 0 while waiting, then 1, 2 or 3 */
     int iLast;        /* its last button */
-} OpenBox;
+};
 
 static Widget MessageBox; /* the notice on the screen */
 
@@ -38,15 +37,10 @@ static void forgetNotice(Widget box, XtPointer, XtPointer)
         MessageBox = nullptr;
 }
 
-static void boxGone(Widget, XtPointer open, XtPointer)
-{
-    ((OpenBox *)open)->box = nullptr;
-}
-
 /* What a box can be opened below: a parent about to go would take it along unanswered. */
 static Widget livingParent(Widget parent)
 {
-    while (parent && parent->core.being_destroyed)
+    while (OV_instIsDying(parent))
         parent = XtParent(parent);
     return parent;
 }
@@ -66,24 +60,17 @@ static Widget createBox(Widget parent, const char *pName)
     return box;
 }
 
-/* Takes a box off the screen. Within nested loops its destruction may come much later. */
-static void dropBox(Widget box)
-{
-    XtUnmanageChild(box);
-    XtDestroyWidget(XtParent(box));
-}
-
 /* The callback of a box's buttons, given the button's number. */
 static void MessageBoxCB(Widget button, XtPointer number, XtPointer)
 {
     Widget box = XtParent(button);
     OpenBox *pOpen = nullptr;
 
-    XtVaGetValues(box, XmNuserData, &pOpen, nullptr);
-    if (!pOpen || pOpen->MessageBoxId)
+    if (OV_instIsDying(box)) /* nobody waits for it any more */
         return;
-    pOpen->MessageBoxId = (int)(intptr_t)number;
-    dropBox(box);
+    XtVaGetValues(box, XmNuserData, &pOpen, nullptr);
+    pOpen->MessageBoxId = static_cast<int>(reinterpret_cast<intptr_t>(number));
+    OV_instTakeDown(box);
 }
 
 /* Labels a button and lets it answer, or removes it when it has no label. */
@@ -101,71 +88,14 @@ static void setUpButton(OpenBox *pOpen, unsigned char child, const char *pLabel,
     pOpen->iLast = iNumber;
 }
 
-/* How many characters of ordinary text fit into three quarters of the screen. */
-static size_t columnsOfScreen(Widget label)
-{
-    static char s_caSample[] = "abcdefghijklmnopqrstuvwxyz./0123456789";
-    XmRenderTable table = nullptr;
-    XmString sample = XmStringCreateLocalized(s_caSample);
-
-    XtVaGetValues(label, XmNrenderTable, &table, nullptr);
-    size_t lWidth = table ? XmStringWidth(table, sample) : 0;
-    XmStringFree(sample);
-    size_t lRoom = (size_t)WidthOfScreen(XtScreenOfObject(label)) * 3 / 4;
-    return lRoom * (sizeof s_caSample - 1) / (lWidth ? lWidth : lRoom);
-}
-
-/* Breaks lines that are too long for the screen, at a blank where there is one: a path can have
- * any length, and the buttons of a box wider than the screen cannot be reached. */
-static std::string foldLines(const char *pText, size_t lColumns)
-{
-    std::string folded(pText);
-    size_t lStart = 0;
-
-    while (folded.size() - lStart > lColumns) {
-        size_t lBreak = folded.find('\n', lStart);
-        if (lBreak > lStart + lColumns) {
-            lBreak = folded.rfind(' ', lStart + lColumns);
-            if (lBreak == std::string::npos || lBreak <= lStart) {
-                lBreak = lStart + lColumns;
-                while ((folded[lBreak] & 0xc0) == 0x80 && lBreak > lStart + 1)
-                    lBreak--; /* not within a character */
-                folded.insert(lBreak, 1, '\n');
-            }
-            folded[lBreak] = '\n';
-        }
-        lStart = lBreak + 1;
-    }
-    return folded;
-}
-
+/* In lines that fit on the screen: a path can have any length, and the buttons of a box wider than
+ * the screen cannot be reached. */
 static void setMessage(Widget box, const char *pText)
 {
     Widget label = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
+    const int iMostWidth = WidthOfScreen(XtScreenOfObject(label)) * WIDTH_PERCENT / 100;
 
-    if (!pText)
-        pText = "";
-    if (OV_instIsCompoundText(pText)) /* breaks where its author wants it to */
-        OV_instUpdateLabelString(label, pText);
-    else
-        OV_instUpdateLabelString(label, foldLines(pText, columnsOfScreen(label)).c_str());
-}
-
-/* Waits for the answer to a box that is set up; how it ended is in the record. */
-static void waitForAnswer(OpenBox *pOpen)
-{
-    Widget box = pOpen->box;
-
-    XtAddCallback(box, XmNdestroyCallback, boxGone, pOpen);
-    XtManageChild(box);
-    OV_instMainLoop(box, &pOpen->MessageBoxId);
-    if (!pOpen->MessageBoxId)
-        pOpen->MessageBoxId = pOpen->iLast; /* destroyed from elsewhere */
-    if (pOpen->box) {                       /* dying: it must not come back to this record */
-        XtRemoveCallback(box, XmNdestroyCallback, boxGone, pOpen);
-        XtVaSetValues(box, XmNuserData, nullptr, nullptr);
-        OV_instPopdown(box);
-    }
+    OV_instSetFoldedLabel(label, pText ? pText : "", iMostWidth);
 }
 
 /* The notice, unless it was inherited from the parent process with its display. */
@@ -206,8 +136,8 @@ int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *p
         XtOverrideTranslations(open.box,
                                XtParseTranslationTable("<Key>osfCancel: BulletinBoardReturn()"));
     OV_instHandleFrameClose(open.box, nullptr);
-    waitForAnswer(&open);
-    return open.MessageBoxId - 1;
+    OV_instRunDialog(open.box, &open.MessageBoxId);
+    return (open.MessageBoxId ? open.MessageBoxId : open.iLast) - 1; /* or destroyed elsewhere */
 }
 
 int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, const char *pHelp,
@@ -254,6 +184,6 @@ void OV_instRemoveMessageBox()
     if (!box)
         return;
     Display *pDisplay = XtDisplay(box);
-    dropBox(box);
+    OV_instTakeDown(box);
     XFlush(pDisplay); /* the caller may be busy for long */
 }

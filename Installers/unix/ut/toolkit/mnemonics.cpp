@@ -1,7 +1,5 @@
 #include "ut/toolkit/mnemonics.h"
 
-#include <X11/IntrinsicP.h>
-#include <X11/CoreP.h>
 #include <X11/keysym.h>
 #include <Xm/Xm.h>
 #include <Xm/PushB.h>
@@ -12,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "ut/toolkit/frameClose.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/pressButton.h"
+#include "ut/toolkit/widgetTree.h"
 
 static int isButton(Widget widget)
 {
@@ -45,7 +43,7 @@ static std::vector<Widget> buttonsOf(Widget dialog)
 
     addButtons(dialog, &all);
     for (Widget button : all)
-        if (XtIsManaged(button) && !button->core.being_destroyed)
+        if (XtIsManaged(button) && !OV_instIsDying(button))
             seen.push_back(button);
     return seen;
 }

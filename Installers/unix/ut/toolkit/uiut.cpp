@@ -1,17 +1,14 @@
 #include "ut/toolkit/uiut.h"
 
-#include <X11/IntrinsicP.h>
-#include <X11/CoreP.h>
 #include <X11/Shell.h>
 #include <Xm/Xm.h>
 #include <Xm/Text.h>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
-#include <string>
 
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/mnemonics.h"
+#include "ut/toolkit/widgetTree.h"
 #include "ut/owned.h"
 
 enum { OUTPUT_PIECE = 10240 };
@@ -33,11 +30,6 @@ static void forgetMainShell(Widget shell, XtPointer, XtPointer)
 static void noteGone(Widget, XtPointer wait, XtPointer)
 {
     *(Wait *)wait = {nullptr, 1};
-}
-
-static int isDying(Widget widget)
-{
-    return widget->core.being_destroyed;
 }
 
 static void centre(Widget shell, Dimension width, Dimension height)
@@ -104,38 +96,6 @@ Widget OV_instCreateMainTopLevelShell(Widget parent)
     return shell;
 }
 
-Widget OV_instGetShell(Widget widget)
-{
-    while (widget && !XtIsShell(widget))
-        widget = XtParent(widget);
-    return widget;
-}
-
-Widget OV_instGetTLShell(Widget widget)
-{
-    while (widget && !XtIsTopLevelShell(widget))
-        widget = XtParent(widget);
-    return widget;
-}
-
-Widget OV_instGetTopManager(Widget widget)
-{
-    while (widget && !XtIsShell(widget) && XtParent(widget) && !XtIsShell(XtParent(widget)))
-        widget = XtParent(widget);
-    return widget;
-}
-
-Widget OV_instFindWidget(Widget inDialog, const char *pName)
-{
-    Widget top = OV_instGetTopManager(inDialog);
-
-    if (!top || !pName)
-        return nullptr;
-    if (!XtIsShell(top) && !strcmp(XtName(top), pName))
-        return top;
-    return XtNameToWidget(top, (std::string("*") + pName).c_str());
-}
-
 void OV_instPopup(Widget widget, const char *pTitle, const char *pIconName)
 {
     Widget shell = OV_instGetShell(widget);
@@ -188,13 +148,13 @@ void OV_instMainLoop(Widget widget, const int *piDone)
         return;
 
     XtAppContext app = XtWidgetToApplicationContext(widget);
-    Wait wait = {isDying(widget) ? nullptr : widget, 0};
+    Wait wait = {OV_instIsDying(widget) ? nullptr : widget, 0};
     int bEventLast = 0;
 
     if (wait.widget)
         XtAddCallback(widget, XmNdestroyCallback, noteGone, &wait);
     /* Within nested loops a widget may be dying for long before its callback is called. */
-    while (!*piDone && !wait.bGone && !(wait.widget && isDying(wait.widget)))
+    while (!*piDone && !wait.bGone && !(wait.widget && OV_instIsDying(wait.widget)))
         handleOne(app, &bEventLast);
     if (wait.widget)
         XtRemoveCallback(widget, XmNdestroyCallback, noteGone, &wait);

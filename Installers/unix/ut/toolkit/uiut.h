@@ -1,12 +1,10 @@
 /* The thin layer over the toolkit that the whole program uses: the main shell that parents every
- * dialog, showing and hiding, waiting for an answer, labels, and through messageBox.h the message
- * boxes. A routine that takes a widget does nothing for a null one; unattended runs have none. */
+ * dialog, showing and hiding, waiting for an answer, labels. A routine that takes a widget does
+ * nothing for a null one; unattended runs have none. */
 #ifndef OVINST_TOOLKIT_UIUT_H
 #define OVINST_TOOLKIT_UIUT_H
 
 #include <X11/Intrinsic.h>
-
-#include "ut/toolkit/messageBox.h"
 
 /* The shell that parents every dialog; null before its creation and in unattended runs. */
 Widget OV_instGetMainTopLevelShell();
@@ -15,17 +13,6 @@ Widget OV_instGetMainTopLevelShell();
  * by itself. It replaces an earlier one, which a child process inherits from its parent and must
  * not touch. For a null parent the result is null, and there is no main shell from then on. */
 Widget OV_instCreateMainTopLevelShell(Widget parent);
-
-/* The nearest shell, or top-level shell, at or above the widget; null if there is none. */
-Widget OV_instGetShell(Widget widget);
-Widget OV_instGetTLShell(Widget widget);
-
-/* The widget directly below the widget's shell, or the widget itself if it is a shell. */
-Widget OV_instGetTopManager(Widget widget);
-
-/* The widget of that name in the dialog that the given one belongs to, dialogs opened from it left
- * aside; null if there is none. */
-Widget OV_instFindWidget(Widget inDialog, const char *pName);
 
 /* Shows the widget's shell in the middle of the screen. The texts may be null. */
 void OV_instPopup(Widget widget, const char *pTitle, const char *pIconName);

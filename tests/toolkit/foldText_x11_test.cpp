@@ -4,10 +4,10 @@
 #include <chrono>
 
 #include "dialogs/dialogTest.h"
-#include "ut/toolkit/wrappedLabel.h"
 #include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/foldText.h"
 
-struct WrappedLabel : DialogTest {
+struct FoldText : DialogTest {
     Widget m_label = nullptr;
 
     void SetUp() override
@@ -45,7 +45,7 @@ struct WrappedLabel : DialogTest {
     }
 };
 
-TEST_F(WrappedLabel, LinesBreakAtBlanksAndWithinWordsThatAreTooWide)
+TEST_F(FoldText, LinesBreakAtBlanksAndWithinWordsThatAreTooWide)
 {
     const int iWidth = widthOf("0123456789 123");
     const auto fold = [&](const char *pText) { return OV_instFoldText(m_label, pText, iWidth); };
@@ -67,8 +67,22 @@ TEST_F(WrappedLabel, LinesBreakAtBlanksAndWithinWordsThatAreTooWide)
     EXPECT_EQ("W", OV_instFoldText(m_label, "W", 1)); /* no room for a single character */
 }
 
+/* Of a path nothing is lost, not even a blank. */
+TEST_F(FoldText, PathsBreakBehindSlashes)
+{
+    const int iWidth = widthOf("0123456789 123");
+    const auto fold = [&](const char *pText) {
+        return OV_instFoldText(m_label, pText, iWidth, "/");
+    };
+
+    EXPECT_EQ("/12/45/78 0/23", fold("/12/45/78 0/23"));
+    EXPECT_EQ("/0123/567/\n 12345678/\n012345678", fold("/0123/567/ 12345678/012345678"));
+    const std::string word(200, 'w');
+    EXPECT_EQ("/" + word + "/ end", replaced(fold(("/" + word + "/ end").c_str()), "\n", ""));
+}
+
 /* A description may hold anything; what it holds must not stop the program. */
-TEST_F(WrappedLabel, HugeTextsAreFoldedInTime)
+TEST_F(FoldText, HugeTextsAreFoldedInTime)
 {
     const auto start = std::chrono::steady_clock::now();
 

@@ -1,0 +1,47 @@
+#include "ut/toolkit/pressButton.h"
+
+#include <Xm/XmP.h>
+#include <Xm/AtomMgr.h>
+#include <Xm/GadgetP.h>
+
+#include "ut/toolkit/widgetTree.h"
+
+/* Handles the event by which a button is pressed from outside a dispatch. */
+static void pressNow(Widget widget, XtPointer button, XEvent *pEvent, Boolean *)
+{
+    XtRemoveEventHandler(widget, NoEventMask, True, pressNow, button);
+    OV_instPressButton(static_cast<Widget>(button), pEvent);
+}
+
+bool OV_instCanPress(Widget button)
+{
+    return button && !OV_instIsDying(button) && XtIsManaged(button) && XtIsSensitive(button);
+}
+
+void OV_instPressButton(Widget button, XEvent *pEvent)
+{
+    Cardinal iNone = 0;
+
+    if (XmIsGadget(button)) /* gadgets have no actions of their own, only this method */
+        reinterpret_cast<XmGadgetClass>(XtClass(button))
+            ->gadget_class.arm_and_activate(button, pEvent, nullptr, &iNone);
+    else
+        XtCallActionProc(button, "ArmAndActivate", pEvent, nullptr, 0);
+}
+
+int OV_instActivateButton(Widget button)
+{
+    static char s_caMessage[] = "OVINST_PRESS";
+    Widget widget = button && XmIsGadget(button) ? XtParent(button) : button;
+    XEvent event = {};
+
+    if (!OV_instCanPress(button) || !XtIsRealized(widget))
+        return 0;
+    event.xclient.type = ClientMessage;
+    event.xclient.display = XtDisplay(widget);
+    event.xclient.window = XtWindow(widget);
+    event.xclient.message_type = XmInternAtom(XtDisplay(widget), s_caMessage, False);
+    event.xclient.format = 32;
+    XtAddEventHandler(widget, NoEventMask, True, pressNow, button);
+    return XtDispatchEvent(&event) ? 1 : 0;
+}

@@ -1,0 +1,20 @@
+/* Pressing a dialog's button for the user: by a letter, by the window's frame, from outside. */
+#ifndef OVINST_TOOLKIT_PRESSBUTTON_H
+#define OVINST_TOOLKIT_PRESSBUTTON_H
+
+#include <X11/Intrinsic.h>
+
+/* Whether the button is there, managed and sensitive, and stays. Null is not. */
+bool OV_instCanPress(Widget button);
+
+/* Presses a button, gadget or widget, as its keyboard action does: within the handling of the
+ * event. */
+void OV_instPressButton(Widget button, XEvent *pEvent);
+
+/* The same for use outside the handling of an event, as in a timer. The call dispatches an event of
+ * its own, so that what the button's callbacks destroy lives until they are through. Nothing
+ * happens, and the result is 0, when the button cannot be pressed or is not realized; else 1, and
+ * it may be gone. */
+int OV_instActivateButton(Widget button);
+
+#endif
