@@ -115,7 +115,12 @@ TEST_F(Stories, AnInstallationIsChanged)
 
 TEST_F(Stories, ASuiteIsInstalledAndAllIsRemoved)
 {
-    ASSERT_TRUE(startAtMainPage() && desk.go({{"dsMainDlg", MAIN_SUITE}}));
+    /* The question whether to leave stays open meanwhile. */
+    ASSERT_TRUE(startAtMainPage() && desk.go({{"dsMainDlg", LAST, nullptr, STAYS}}));
+    desk.move("dsExitSetup", 0, 0);
+    ASSERT_TRUE(desk.go({{"dsMainDlg", MAIN_SUITE}}) && desk.window("dsViewlog"));
+    EXPECT_FALSE(desk.isShown("dsProgress"));
+    EXPECT_FALSE(desk.isShown("dsExitSetup"));
     finish();
     EXPECT_TRUE(medium.has("Application/bin/kivo"));
     EXPECT_NE(std::string::npos, medium.history().find("core")) << medium.history();

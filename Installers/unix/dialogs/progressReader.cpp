@@ -19,6 +19,7 @@
 #include "engine/setupState.h"
 #include "ut/OVinstLogfile.h"
 #include "ut/toolkit/compound.h"
+#include "ut/toolkit/modal.h"
 #include "ut/debugLevel.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
@@ -137,8 +138,7 @@ static void finishRun()
 
 static void takeDownProgress()
 {
-    if (s_reader.progress)
-        XtDestroyWidget(OV_instGetShell(s_reader.progress));
+    OV_instTakeDown(s_reader.progress);
     s_reader.progress = nullptr;
 }
 
