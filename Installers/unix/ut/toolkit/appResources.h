@@ -1,4 +1,4 @@
-/* The application towards the toolkit: how it is opened, and how all its dialogs look. */
+/* Opening the application on a display. */
 #ifndef OVINST_TOOLKIT_APPRESOURCES_H
 #define OVINST_TOOLKIT_APPRESOURCES_H
 

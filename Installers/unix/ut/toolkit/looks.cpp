@@ -244,6 +244,12 @@ void OV_instAddLook(Display *pDisplay, const char *pSpecifier, const char *pValu
         merge(pDisplay, pSpecifier, XrmQuarkToString(*pQuark), pValue);
 }
 
+void OV_instAddLooks(Display *pDisplay, const OV_LookRow *aRows)
+{
+    for (const OV_LookRow *pRow = aRows; pRow->pSpecifier; pRow++)
+        OV_instAddLook(pDisplay, pRow->pSpecifier, pRow->pValue);
+}
+
 int OV_instAddWidgetLooks(Widget parent, const char *pName, WidgetClass kind, const char *pLines)
 {
     const std::string path = pathOf(parent) + pName + ".";

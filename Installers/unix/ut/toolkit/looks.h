@@ -18,6 +18,13 @@ int OV_instUserNames(Display *pDisplay, const char *const *apResources);
 /* Adds a value for all that a specifier such as "*XmText.background" covers. */
 void OV_instAddLook(Display *pDisplay, const char *pSpecifier, const char *pValue);
 
+/* The same for the rows of a table, which a null specifier ends. */
+struct OV_LookRow {
+    const char *pSpecifier;
+    const char *pValue;
+};
+void OV_instAddLooks(Display *pDisplay, const OV_LookRow *aRows);
+
 /* Adds the "resource: value" lines for a widget about to be made below parent; of a value nothing
  * is special but its end of line. Returns 0, or -1 when a line has no colon. */
 int OV_instAddWidgetLooks(Widget parent, const char *pName, WidgetClass kind, const char *pLines);
