@@ -36,7 +36,8 @@ TEST(WithoutDisplay, BoxesPrint)
     testing::internal::CaptureStderr();
     EXPECT_EQ(0, OV_instDisplayMessage(nullptr, "OK", nullptr, nullptr, nullptr));
     EXPECT_EQ(0, OV_instDisplayMessage(nullptr, "OK", nullptr, nullptr, "%s|%d\n", "%n", 5));
-    EXPECT_EQ(0, OV_instDisplayMessage(nullptr, "OK", nullptr, nullptr, "")); /* static text */
+    const char *pEmpty = ""; /* gives the static text */
+    EXPECT_EQ(0, OV_instDisplayMessage(nullptr, "OK", nullptr, nullptr, pEmpty, 0));
     EXPECT_EQ("%n|5\n", testing::internal::GetCapturedStderr());
 }
 

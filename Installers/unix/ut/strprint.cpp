@@ -174,6 +174,14 @@ static unsigned int matchLength(const regmatch_t *pMatch)
     return pMatch->rm_so < 0 ? 0 : static_cast<unsigned int>(pMatch->rm_eo - pMatch->rm_so);
 }
 
+/* Copies as much of a sub-match as iSize bytes hold. */
+static void copyCut(char *pDest, unsigned int iSize, const char *pFormat, regmatch_t match)
+{
+    if (matchLength(&match) >= iSize)
+        match.rm_eo = match.rm_so + static_cast<regoff_t>(iSize - 1);
+    copy_reg_match(pDest, pFormat, &match);
+}
+
 static void takeDirective(Directive *pDirective, const char *pFormat, const regmatch_t *aMatches)
 {
     char *pFlag = pDirective->caFlags;
@@ -184,9 +192,9 @@ static void takeDirective(Directive *pDirective, const char *pFormat, const regm
             *pFlag++ = *pKnown;
     }
     *pFlag = '\0';
-    copy_reg_match(pDirective->caWidth, WIDTH_SIZE, pFormat, &aMatches[WIDTH]);
-    copy_reg_match(pDirective->caPrecision, PRECISION_SIZE, pFormat, &aMatches[PRECISION]);
-    copy_reg_match(pDirective->caConversion, CONVERSION_SIZE, pFormat, &aMatches[CONVERSION]);
+    copyCut(pDirective->caWidth, WIDTH_SIZE, pFormat, aMatches[WIDTH]);
+    copyCut(pDirective->caPrecision, PRECISION_SIZE, pFormat, aMatches[PRECISION]);
+    copyCut(pDirective->caConversion, CONVERSION_SIZE, pFormat, aMatches[CONVERSION]);
     pDirective->iNominal = matchLength(&aMatches[FLAGS]) + matchLength(&aMatches[WIDTH]) +
                            matchLength(&aMatches[PRECISION]) + 2;
     pDirective->iWidth = strtoul(pDirective->caWidth, nullptr, 10);
@@ -272,14 +280,10 @@ int get_len_or_allocate(va_list args, const char *pFormat, DynString *pString, S
     return iResult;
 }
 
-void copy_reg_match(char *pDest, size_t iSize, const char *pSource, const regmatch_t *pMatch)
+void copy_reg_match(char *pDest, const char *pSource, const regmatch_t *pMatch)
 {
     size_t iLength = matchLength(pMatch);
 
-    if (!iSize)
-        return;
-    if (iLength >= iSize)
-        iLength = iSize - 1;
     if (iLength)
         memcpy(pDest, pSource + pMatch->rm_so, iLength);
     pDest[iLength] = '\0';

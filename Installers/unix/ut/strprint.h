@@ -25,15 +25,15 @@ enum StrOper { LENGTH = 0, ALLOC = 1 };
  * rendered, or no memory. args is consumed. */
 int get_len_or_allocate(va_list args, const char *pFormat, DynString *pString, StrOper oper);
 
-/* Copies the text of one sub-match into pDest (iSize bytes, always terminated); empty when the
- * group took no part, cut when it does not fit. */
-void copy_reg_match(char *pDest, size_t iSize, const char *pSource, const regmatch_t *pMatch);
+/* Copies the text of one sub-match into pDest, which has room for it and a terminating zero; empty
+ * when the group took no part. */
+void copy_reg_match(char *pDest, const char *pSource, const regmatch_t *pMatch);
 
 /* The text, for the caller to free, or null for a null format or any failure. What counts to
  * nothing (an empty format, but also "%d%%" of a single digit) gives a static empty string that
  * must not be freed; where the format can come to that, OwnedPrint below holds the result. */
-char *OV_instVStrprint(const char *pFormat, va_list args);
-char *OV_instStrPrint(const char *pFormat, ...);
+char *OV_instVStrprint(const char *pFormat, va_list args) __attribute__((format(printf, 1, 0)));
+char *OV_instStrPrint(const char *pFormat, ...) __attribute__((format(printf, 1, 2)));
 
 /* The owner of a result of whatever format: frees it unless it is the static empty string. */
 struct PrintedFreed {
@@ -49,7 +49,8 @@ char *OV_instStrConcat(char *pBase, ...);
 /* Formats a command and hands it to popen or system. OV_instStrPopen returns the stream, to be
  * closed with pclose, or null; OV_instStrSystem returns system's status, or 1 when the command
  * could not be formatted. */
-FILE *OV_instStrPopen(const char *pFormat, const char *pMode, ...);
-int OV_instStrSystem(const char *pFormat, ...);
+FILE *OV_instStrPopen(const char *pFormat, const char *pMode, ...)
+    __attribute__((format(printf, 1, 3)));
+int OV_instStrSystem(const char *pFormat, ...) __attribute__((format(printf, 1, 2)));
 
 #endif

@@ -17,7 +17,7 @@ int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *p
  * standard error. 0 for a null format; ends the process with status 1 when the text cannot be
  * built. */
 int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, const char *pHelp,
-                          const char *pFormat, ...);
+                          const char *pFormat, ...) __attribute__((format(printf, 5, 6)));
 
 /* Shows a notice without buttons and draws it at once, since the caller is about to be busy. It
  * takes the place of an earlier notice and stays until it is removed. */
