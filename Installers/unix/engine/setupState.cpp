@@ -19,7 +19,7 @@ static struct {
     uint64_t s_ulTotalSize;
     _OV_InstConfigList *pConfigToInstall;
     bool bMaintenanceExists;
-    bool bRemovesAll;
+    bool sRemoveAll;
 } s_state = {"", ".", "> /dev/null", 0, nullptr, false, false};
 
 static const char s_caCommon[] = "Orvane"; /* the directory that products share */
@@ -238,10 +238,10 @@ void OV_instSetMaintenanceExists()
 
 bool OV_instRemovesAll()
 {
-    return s_state.bRemovesAll;
+    return s_state.sRemoveAll;
 }
 
 void OV_instSetRemovesAll(bool bRemovesAll)
 {
-    s_state.bRemovesAll = bRemovesAll;
+    s_state.sRemoveAll = bRemovesAll;
 }
