@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <Xm/MessageB.h>
@@ -14,51 +13,33 @@
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
 #include "engine/destinationTrial.h"
-#include "engine/fileOps.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
+#include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 #include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/modal.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
 
-enum { FOLDER_MODE = 0755 };
-
 static int ChangeDestinationDone; /* ends the browser's loop */
 
 /* ---- the browser ---- */
 
-static bool isThere(const char *pPath)
-{
-    struct stat info;
-
-    return stat(pPath, &info) == 0;
-}
-
-static bool say(Widget box, const char *pFormat, const char *pText)
-{
-    (void)OV_instDisplayMessage(OV_instGetShell(box), "OK", nullptr, nullptr, pFormat, pText);
-    return false;
-}
-
 static bool tellInternal(Widget box, const char *pReason)
 {
-    return say(box, "Internal error:\n(OV_instChangeDestinationBrowseOkCB) %s", pReason);
+    OV_instTellOver(box, "Internal error:\n(OV_instChangeDestinationBrowseOkCB) %s", pReason);
+    return false;
 }
 
 /* Whether the folder is there, created where the user wants it. */
 static bool provideFolder(Widget box, const char *pPath)
 {
-    if (isThere(pPath))
-        return true;
-    if (OV_instDisplayMessage(
-            OV_instGetShell(box), "Yes", "No", nullptr,
-            "The destination folder:\n'%s'\ndoes not exist. Do you want to create it?", pPath) != 0)
-        return false;
-    if (OV_instMkdir(pPath, FOLDER_MODE, nullptr) < 0)
-        return say(box, "Unable to create install directory:\n%s", pPath);
-    return true;
+    return OV_instIsThere(pPath) ||
+           OV_instOfferFolder(
+               box, pPath,
+               "The destination folder:\n'%s'\ndoes not exist. Do you want to create it?",
+               "Unable to create install directory:\n%s");
 }
 
 /* Whether setup can go on with the destination. */
@@ -106,7 +87,7 @@ void OV_instChangeDestination(Widget parent)
 {
     const char *pRoot = OV_instGetRootDestinationDirectory();
     OwnedText working(getcwd(nullptr, 0));
-    const char *pStart = pRoot && isThere(pRoot) ? pRoot : working.get();
+    const char *pStart = OV_instIsThere(pRoot) ? pRoot : working.get();
     const OV_DirectoryBrowser browser = {"dsChangeDestinationSelection",
                                          nullptr,
                                          "fsbChangeDestinationSelection",

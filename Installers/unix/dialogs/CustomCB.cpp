@@ -18,6 +18,7 @@
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
+#include "ut/text.h"
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
@@ -67,7 +68,7 @@ static void countSuite(const _OV_InstConfigList *pSuite, const _OV_InstConfigLis
         return;
     }
     if (pSuite->iSelected != pSuite->iInstalled)
-        (pSuite->iSelected ? s_custom.iRemove : s_custom.iAdd)++;
+        ++*(pSuite->iSelected ? &s_custom.iRemove : &s_custom.iAdd);
 }
 
 void OV_instCustomUpdate(_OV_InstConfigList *pConfig, const _OV_InstConfigList *pChanged)
@@ -260,15 +261,6 @@ void OV_instCustomContinueCB(Widget, XtPointer, XtPointer) {}
 
 /* ---- setting resources by text ---- */
 
-static std::string trimmed(const std::string &text)
-{
-    const size_t lFirst = text.find_first_not_of(" \t");
-
-    return lFirst == std::string::npos
-               ? ""
-               : text.substr(lFirst, text.find_last_not_of(" \t") - lFirst + 1);
-}
-
 static void setValue(Widget widget, const std::string &line)
 {
     const size_t lEquals = line.find('=');
@@ -281,9 +273,9 @@ static void setValue(Widget widget, const std::string &line)
             stdout);
         return;
     }
-    Widget named = OV_instFindWidget(widget, trimmed(line.substr(0, lDot)).c_str());
-    const std::string resource = trimmed(line.substr(lDot + 1, lEquals - lDot - 1));
-    const std::string value = trimmed(line.substr(lEquals + 1));
+    Widget named = OV_instFindWidget(widget, OV_instTrimmed(line.substr(0, lDot)).c_str());
+    const std::string resource = OV_instTrimmed(line.substr(lDot + 1, lEquals - lDot - 1));
+    const std::string value = OV_instTrimmed(line.substr(lEquals + 1));
     if (named)
         XtVaSetValues(named, XtVaTypedArg, resource.c_str(), XmRString, value.c_str(),
                       static_cast<int>(value.size() + 1), nullptr);

@@ -17,7 +17,6 @@
 #include "dialogs/directoryBrowser.h"
 #include "Dialogs/windowTitle.h"
 #include "engine/userHome.h"
-#include "engine/fileOps.h"
 #include "dialogs/moveFiles.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
@@ -29,7 +28,7 @@
 #include "ut/toolkit/modal.h"
 #include "ut/toolkit/widgetTree.h"
 
-enum { FOLDER_MODE = 0755, WORKING_SIZE = 256 };
+enum { WORKING_SIZE = 256 };
 
 static const char s_caPreferences[] = "Data/Preferences/cpm.cpm";
 
@@ -266,11 +265,6 @@ void OnOkButton(Widget widget, XtPointer, XtPointer)
 
 /* ---- the browsers ---- */
 
-static void say(Widget box, const char *pFormat, const char *pText)
-{
-    (void)OV_instDisplayMessage(OV_instGetShell(box), "OK", nullptr, nullptr, pFormat, pText);
-}
-
 /* Lets the user point at a directory; what becomes of it is the callback's. */
 static void _BrowseDialog(Widget parent, const char *pStart, XtCallbackProc fpOk)
 {
@@ -303,8 +297,8 @@ static char *_GetAbsolutPath(Widget box)
     char *pPath = OV_instGetAbsoluteChoice(text.get(), nullptr);
 
     if (!pPath)
-        say(box, "Internal error:\n(OV_instChangeDestinationBrowseOkCB) %s",
-            "can't build destination path");
+        OV_instTellOver(box, "Internal error:\n(OV_instChangeDestinationBrowseOkCB) %s",
+                        "can't build destination path");
     return pPath;
 }
 
@@ -316,7 +310,8 @@ void _OnBrowseDialogPrefPathOk(Widget box, XtPointer, XtPointer)
         return;
     const std::string file = std::string(path.get()) + "/" + s_caPreferences;
     if (!IsFileExist(file.c_str()) || access(file.c_str(), R_OK) != 0) {
-        say(box, "%s",
+        OV_instTellOver(
+            box, "%s",
             "The selected directory does not seem to contain any valid preferences.\nPlease, "
             "choose another one.");
         return;
@@ -328,17 +323,10 @@ void _OnBrowseDialogPrefPathOk(Widget box, XtPointer, XtPointer)
 /* Whether the folder is there, created where the user wants it. */
 static bool provideFolder(Widget box, const char *pPath)
 {
-    if (IsDirExist(pPath))
-        return true;
-    if (OV_instDisplayMessage(OV_instGetShell(box), "Yes", "No", nullptr,
+    return IsDirExist(pPath) ||
+           OV_instOfferFolder(box, pPath,
                               "The folder:\n'%s'\ndoes not exist. Do you want to create it?",
-                              pPath) != 0)
-        return false;
-    if (OV_instMkdir(pPath, FOLDER_MODE, nullptr) < 0) {
-        say(box, "Unable to create directory:\n%s", pPath);
-        return false;
-    }
-    return true;
+                              "Unable to create directory:\n%s");
 }
 
 void _OnBrowseDialogUserRootOk(Widget box, XtPointer, XtPointer)

@@ -10,10 +10,9 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
-#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/modal.h"
+#include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
-#include "ut/toolkit/widgetTree.h"
 
 static int g_iExitBrowseFlag; /* ends the browser's loop */
 
@@ -62,10 +61,10 @@ void OV_BrowseSourceOkCB(Widget box, XtPointer browse, XtPointer)
     if (!directory)
         return;
     if (!holdsFile(directory.get(), pBrowse->pFile)) {
-        (void)OV_instDisplayMessage(OV_instGetShell(box), "OK", nullptr, nullptr,
-                                    "File:\n     '%s'\nDoes not exist in directory:\n     "
-                                    "'%s'.\nTry Again",
-                                    pBrowse->pFile, directory.get());
+        OV_instTellOver(box,
+                        "File:\n     '%s'\nDoes not exist in directory:\n     "
+                        "'%s'.\nTry Again",
+                        pBrowse->pFile, directory.get());
         return;
     }
     *pBrowse->ppNewSource = directory.release();

@@ -11,13 +11,18 @@
 #include <Xm/TextF.h>
 
 #include "Dialogs/windowTitle.h"
+#include "engine/fileOps.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/widgetTree.h"
 #include "ut/toolkit/looks.h"
 #include "ut/toolkit/mnemonics.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uibuild.h"
+
+enum { FOLDER_MODE = 0755 };
 
 /* Names rather than paths in the lists, or a long path would leave the second list no room. */
 static const char s_caLooks[] = UI_SET("width", "500") UI_SET("height", "450")
@@ -121,6 +126,16 @@ char *OV_instGetBrowsed(Widget box)
 
     XtFree(pText);
     return pCopy;
+}
+
+bool OV_instOfferFolder(Widget box, const char *pPath, const char *pQuestion, const char *pFailure)
+{
+    if (OV_instDisplayMessage(OV_instGetShell(box), "Yes", "No", nullptr, pQuestion, pPath) != 0)
+        return false;
+    if (OV_instMkdir(pPath, FOLDER_MODE, nullptr) == 0)
+        return true;
+    OV_instTellOver(box, pFailure, pPath);
+    return false;
 }
 
 static char *failed(const char **ppReason, const char *pReason)

@@ -26,6 +26,11 @@ Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *p
 /* The text that is selected, a new string that the caller frees; null without memory. */
 char *OV_instGetBrowsed(Widget box);
 
+/* Asks over the box whether to create the folder pPath, which is not there, and creates it; what
+ * fails is told. Both texts are formats that take the path. Returns whether it is there now. */
+bool OV_instOfferFolder(Widget box, const char *pPath, const char *pQuestion, const char *pFailure)
+    __attribute__((format(printf, 3, 0), format(printf, 4, 0)));
+
 /* pPath, or where it is relative, the path joined to the working directory: a new string. Null with
  * *ppReason, which may be null, "can't get current working directory" or "can't build destination
  * path". */

@@ -25,7 +25,6 @@
 #include "ut/strprint.h"
 #include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/uiut.h"
-#include "ut/toolkit/widgetTree.h"
 
 enum {
     CARRY_SIZE = 5000,

@@ -25,6 +25,13 @@ static size_t roomFor(const char *pText)
     return strlen(pText) + 1;
 }
 
+bool OV_instIsThere(const char *pPath)
+{
+    struct stat status;
+
+    return pPath && stat(pPath, &status) == 0;
+}
+
 char *OV_instBuildPath(const char *pFirst, ...)
 {
     if (!pFirst)

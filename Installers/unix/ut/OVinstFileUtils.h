@@ -7,6 +7,9 @@
 
 enum { OV_INST_PATH_SIZE = 4096 };
 
+/* Whether something is at pPath, links followed; null is nowhere. */
+bool OV_instIsThere(const char *pPath);
+
 /* Joins its arguments, ended by a null, with single slashes. An empty first argument gives an
  * absolute path. */
 char *OV_instBuildPath(const char *pFirst, ...);

@@ -46,23 +46,15 @@ int OV_instHasHelp()
 
 /* ---- choosing a browser ---- */
 
-static bool isThere(const char *pPath)
-{
-    struct stat status;
-
-    return stat(pPath, &status) == 0;
-}
-
 static void htmlHelpOKCB(Widget box, XtPointer, XtPointer)
 {
     char *pChosen = XmTextFieldGetString(XmFileSelectionBoxGetChild(box, XmDIALOG_TEXT));
 
-    if (isThere(pChosen)) {
+    if (OV_instIsThere(pChosen)) {
         htmlBrowser.reset(strdup(pChosen));
         browserSelectionDone = 1;
     } else {
-        (void)OV_instDisplayMessage(OV_instGetShell(box), "OK", nullptr, nullptr,
-                                    "The file '%s' does not exist", pChosen);
+        OV_instTellOver(box, "The file '%s' does not exist", pChosen);
     }
     XtFree(pChosen);
 }
@@ -108,7 +100,7 @@ static void chooseBrowser(Widget widget)
 
     if (!htmlBrowser)
         htmlBrowser.reset(strdup(s_caFirstBrowser));
-    if (!htmlBrowser || isThere(htmlBrowser.get()))
+    if (!htmlBrowser || OV_instIsThere(htmlBrowser.get()))
         return;
     int iAnswer =
         OV_instDisplayMessage(OV_instGetShell(widget), "Find...", "Cancel", nullptr,

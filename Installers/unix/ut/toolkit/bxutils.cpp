@@ -10,6 +10,7 @@
 #include "ut/toolkit/compound.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+#include "ut/text.h"
 
 static XmString newDirection(int bRightToLeft)
 {
@@ -85,18 +86,6 @@ static XmString convertItem(const char *pText, size_t iLength)
     OwnedText item(strndup(pText, iLength));
 
     return StringToXmString(item ? item.get() : "");
-}
-
-static std::string trimmed(const std::string &text)
-{
-    size_t iStart = 0;
-    size_t iEnd = text.size();
-
-    while (iStart < iEnd && isspace((unsigned char)text[iStart]))
-        iStart++;
-    while (iEnd > iStart && isspace((unsigned char)text[iEnd - 1]))
-        iEnd--;
-    return text.substr(iStart, iEnd - iStart);
 }
 
 /* What stands between the brackets of a list of names, or the whole of it. */
@@ -289,14 +278,14 @@ Widget BxFindTopShell(Widget widget)
 
 WidgetList BxWidgetIdsFromNames(Widget widget, const char *pCallerName, const char *pNames)
 {
-    const std::string names = trimmed(insideBrackets(pNames)) + ",";
+    const std::string names = OV_instTrimmed(insideBrackets(pNames)) + ",";
     WidgetList aFound = (WidgetList)XtCalloc((Cardinal)names.size() + 1, sizeof(Widget));
     int iCount = 0;
     size_t iEnd;
 
     for (size_t iStart = 0; iStart < names.size(); iStart = iEnd + 1) {
         iEnd = names.find(',', iStart);
-        const std::string name = "*" + trimmed(names.substr(iStart, iEnd - iStart));
+        const std::string name = "*" + OV_instTrimmed(names.substr(iStart, iEnd - iStart));
         Widget found = name.size() > 1 ? findUpwards(widget, name.c_str()) : nullptr;
         if (found)
             aFound[iCount++] = found;

@@ -156,6 +156,16 @@ int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, c
     return 0;
 }
 
+void OV_instTellOver(Widget widget, const char *pFormat, ...)
+{
+    va_list args;
+
+    va_start(args, pFormat);
+    OwnedPrint text(OV_instVMessage(pFormat, args));
+    va_end(args);
+    (void)OV_instDisplayMessage(OV_instGetShell(widget), "OK", nullptr, nullptr, "%s", text.get());
+}
+
 void OV_instDisplayMessageBox(Widget parent, const char *pText)
 {
     parent = livingParent(parent);

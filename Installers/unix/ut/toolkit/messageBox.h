@@ -19,6 +19,9 @@ int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *p
 int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, const char *pHelp,
                           const char *pFormat, ...) __attribute__((format(printf, 5, 6)));
 
+/* Tells a formatted message over the widget's dialog, to be acknowledged with "OK". */
+void OV_instTellOver(Widget widget, const char *pFormat, ...) __attribute__((format(printf, 2, 3)));
+
 /* Shows a notice without buttons and draws it at once, since the caller is about to be busy. It
  * takes the place of an earlier notice and stays until it is removed. */
 void OV_instDisplayMessageBox(Widget parent, const char *pText);
