@@ -32,7 +32,7 @@ static void scanSegments(const wchar_t *pText)
 {
     const wchar_t *pNext = pText;
     const wchar_t *pFrom = pText;
-    _OV_TextSegment segment;
+    OV_TextSegment segment;
 
     for (; extractSegment(&pNext, &segment); pFrom = pNext) {
         const size_t lTaken = (size_t)(pNext - pFrom);

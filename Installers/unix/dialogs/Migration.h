@@ -12,15 +12,15 @@ extern int g_iDoMigrate;
 extern char *g_pPrefPath;
 
 /* Texts in a row. The last node is an empty sentinel. */
-typedef struct _OV_StringList {
+struct OV_StringList {
     char *pText; /* null in the sentinel */
-    struct _OV_StringList *pNext;
-} _OV_StringList;
+    OV_StringList *pNext;
+};
 
 /* A new list; null without memory. Lists stay for the whole run: freeing does nothing, meant. */
-_OV_StringList *CreateStringList();
-void InsertStringList(_OV_StringList *pList, const char *pText);
-void FreeStringList(_OV_StringList *pList);
+OV_StringList *CreateStringList();
+void InsertStringList(OV_StringList *pList, const char *pText);
+void FreeStringList(OV_StringList *pList);
 
 /* Whether the path can be examined, and then its mode; whether it is a regular file, a directory.
  */
@@ -32,10 +32,10 @@ bool IsDirExist(const char *pPath);
 char *GetHomeDirectory();
 
 /* The subdirectories of a directory, the last of the alphabet first. */
-_OV_StringList *FindAllDirs(const char *pDirectory);
+OV_StringList *FindAllDirs(const char *pDirectory);
 
 /* Those of the directories that hold preferences. */
-_OV_StringList *FindPreferencesDirs(const _OV_StringList *pDirectories);
+OV_StringList *FindPreferencesDirs(const OV_StringList *pDirectories);
 
 /* Makes the dialog below parent, unmanaged; the result is its form. */
 Widget CreatemigrationDlg(Widget parent);

@@ -34,7 +34,7 @@ static const char s_caPreferences[] = "Data/Preferences/cpm.cpm";
 
 /* A list and the one made before it. */
 typedef struct HeldList {
-    _OV_StringList head;
+    OV_StringList head;
     struct HeldList *pOlder;
 } HeldList;
 
@@ -47,7 +47,7 @@ static std::vector<std::string> s_paths; /* what the dialog's list shows, in its
 
 /* ---- lists ---- */
 
-_OV_StringList *CreateStringList()
+OV_StringList *CreateStringList()
 {
     auto *pHeld = static_cast<HeldList *>(calloc(1, sizeof(HeldList)));
 
@@ -58,7 +58,7 @@ _OV_StringList *CreateStringList()
     return &pHeld->head;
 }
 
-void InsertStringList(_OV_StringList *pList, const char *pText)
+void InsertStringList(OV_StringList *pList, const char *pText)
 {
     OwnedText text(pText ? strdup(pText) : nullptr);
 
@@ -66,12 +66,12 @@ void InsertStringList(_OV_StringList *pList, const char *pText)
         pList = pList->pNext;
     if (!pList || !text)
         return;
-    pList->pNext = static_cast<_OV_StringList *>(calloc(1, sizeof(_OV_StringList)));
+    pList->pNext = static_cast<OV_StringList *>(calloc(1, sizeof(OV_StringList)));
     if (pList->pNext)
         pList->pText = text.release();
 }
 
-void FreeStringList(_OV_StringList *) {}
+void FreeStringList(OV_StringList *) {}
 
 /* ---- looking for preferences ---- */
 
@@ -112,9 +112,9 @@ static bool isOrdinaryName(const char *pName)
     return strcmp(pName, ".") != 0 && strcmp(pName, "..") != 0;
 }
 
-_OV_StringList *FindAllDirs(const char *pDirectory)
+OV_StringList *FindAllDirs(const char *pDirectory)
 {
-    _OV_StringList *pFound = CreateStringList();
+    OV_StringList *pFound = CreateStringList();
     struct dirent **ppEntries = nullptr;
     int iCount = pDirectory ? scandir(pDirectory, &ppEntries, nullptr, alphasort) : 0;
 
@@ -128,9 +128,9 @@ _OV_StringList *FindAllDirs(const char *pDirectory)
     return pFound;
 }
 
-_OV_StringList *FindPreferencesDirs(const _OV_StringList *pDirectories)
+OV_StringList *FindPreferencesDirs(const OV_StringList *pDirectories)
 {
-    _OV_StringList *pFound = CreateStringList();
+    OV_StringList *pFound = CreateStringList();
 
     for (; pDirectories && pDirectories->pText; pDirectories = pDirectories->pNext) {
         const std::string path = std::string(pDirectories->pText) + "/" + s_caPreferences;
@@ -185,11 +185,11 @@ void OnListCreate(Widget list)
 {
     OwnedText home(GetHomeDirectory());
     const std::string root = home ? std::string(home.get()) + "/Orvane" : "";
-    _OV_StringList *pDirectories = FindAllDirs(home ? root.c_str() : nullptr);
-    _OV_StringList *pKept = FindPreferencesDirs(pDirectories);
+    OV_StringList *pDirectories = FindAllDirs(home ? root.c_str() : nullptr);
+    OV_StringList *pKept = FindPreferencesDirs(pDirectories);
 
     s_paths.clear();
-    for (const _OV_StringList *pNode = pKept; pNode && pNode->pText; pNode = pNode->pNext)
+    for (const OV_StringList *pNode = pKept; pNode && pNode->pText; pNode = pNode->pNext)
         addToList(list, pNode->pText);
     if (!s_paths.empty()) {
         XmListSelectPos(list, 1, False);

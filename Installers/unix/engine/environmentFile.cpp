@@ -25,7 +25,7 @@ void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gi
     OwnedText path(OV_instBuildPath(pDestination, s_caSource, nullptr));
     OwnedFile source(path ? OV_instGuardedFopen(path.get(), "r") : nullptr);
     struct stat asNew;
-    _OV_Replacement copy;
+    OV_Replacement copy;
 
     if (!source || fstat(fileno(source.get()), &asNew) < 0 || !S_ISREG(asNew.st_mode) ||
         asNew.st_nlink != 1) { /* its other name could be any file of the machine's */
@@ -65,7 +65,7 @@ void create_orvane_file(const char *pHome, const char *pDestination, uid_t uid, 
 {
     std::string destination(pDestination);
     struct stat asNew = {};
-    _OV_Replacement file;
+    OV_Replacement file;
 
     if (destination.size() > 1 && destination.back() == '/')
         destination.pop_back();
@@ -75,5 +75,5 @@ void create_orvane_file(const char *pHome, const char *pDestination, uid_t uid, 
     if (OV_instBeginReplacement(&file, pHome, s_caTemporary, s_caCreated, &asNew) < 0)
         return;
     writeEnvironment(file.pStream, destination.c_str());
-    (void)OV_instEndReplacement(&file, 1); /* the old file is still there when it fails */
+    (void)OV_instEndReplacement(&file, true); /* the old file is still there when it fails */
 }

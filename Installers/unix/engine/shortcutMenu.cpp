@@ -19,7 +19,7 @@ static const char s_caBlanks[] = " \t\n";
 
 /* Where a pass over a menu file is. Levels are positions in the shortcut's path. */
 struct MenuPass {
-    const _OV_Shortcut *pShortcut;
+    const OV_Shortcut *pShortcut;
     int iLevel;   /* of the menu that the lines belong to; NO_LEVEL outside the path */
     int iMatched; /* so many levels are there */
     bool abMatched[MOST_NAMES]; /* whether the level's menu leads to the next one */
@@ -72,7 +72,7 @@ static bool readLabel(const std::string &line, std::string *pLabel)
     return true;
 }
 
-static std::string entryOf(const _OV_Shortcut *pShortcut)
+static std::string entryOf(const OV_Shortcut *pShortcut)
 {
     return "\t\"" + quoted(pShortcut->label) + "\"\tf.checkexec \"" + quoted(pShortcut->command) +
            "\"\n";
@@ -98,7 +98,7 @@ static void startMenu(MenuPass *pPass, const std::string &name)
 /* The top menu ends without leading to the path. */
 static void extendTopMenu(MenuPass *pPass)
 {
-    const _OV_Shortcut *pShortcut = pPass->pShortcut;
+    const OV_Shortcut *pShortcut = pPass->pShortcut;
 
     pPass->bTopExtended = true;
     if (lastLevel(pPass) == 0)
@@ -109,7 +109,7 @@ static void extendTopMenu(MenuPass *pPass)
 
 static void copyEntry(MenuPass *pPass, const std::string &line)
 {
-    const _OV_Shortcut *pShortcut = pPass->pShortcut;
+    const OV_Shortcut *pShortcut = pPass->pShortcut;
     std::string label;
 
     if (pPass->iLevel == NO_LEVEL || !readLabel(line, &label)) {
@@ -167,7 +167,7 @@ static std::string missingMenus(const MenuPass *pPass)
     return text;
 }
 
-std::string OV_instChangeMenus(const std::string &menus, const _OV_Shortcut *pShortcut,
+std::string OV_instChangeMenus(const std::string &menus, const OV_Shortcut *pShortcut,
                                std::string *pAppended)
 {
     MenuPass pass = {pShortcut, NO_LEVEL, 0, {}, false, ""};
@@ -259,7 +259,7 @@ static int writeMenus(const char *pDirectory, const std::string &copied,
                       const std::string &appended)
 {
     const struct stat asNew = ownerOfNew(pDirectory);
-    _OV_Replacement file;
+    OV_Replacement file;
     const char *pReason = nullptr;
 
     if (OV_instBeginReplacement(&file, pDirectory, "ORVARC", ".shortcuts", &asNew) < 0) {
@@ -279,7 +279,7 @@ static int writeMenus(const char *pDirectory, const std::string &copied,
 int install_shortcut(const char *pMenuPath, const char *pLabel, const char *pCommandFormat,
                      const char *pDirectory)
 {
-    _OV_Shortcut shortcut;
+    OV_Shortcut shortcut;
     std::string menus;
     std::string appended;
 

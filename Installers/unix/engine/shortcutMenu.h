@@ -6,11 +6,11 @@
 #include <vector>
 
 /* A shortcut to be put into a menu file. */
-typedef struct _OV_Shortcut {
+struct OV_Shortcut {
     std::vector<std::string> path; /* the menus from "ToolChest" down to the one it is in */
     std::string label;
     std::string command;
-} _OV_Shortcut;
+};
 
 /* Takes a menu path such as "ToolChest/Graphics/Tools" apart. 0, or -1 when it has more than 20
  * names or one of more than 19 characters. */
@@ -18,7 +18,7 @@ int OV_instSplitMenuPath(const char *pMenuPath, std::vector<std::string> *pPath)
 
 /* The text of a menu file with the shortcut put into it: the old lines as they are to be copied,
  * and in *pAppended the menus that go behind them. */
-std::string OV_instChangeMenus(const std::string &menus, const _OV_Shortcut *pShortcut,
+std::string OV_instChangeMenus(const std::string &menus, const OV_Shortcut *pShortcut,
                                std::string *pAppended);
 
 /* Puts a shortcut into the menu file ".shortcuts" of a directory, which need not be there yet. In

@@ -354,13 +354,11 @@ int OV_instGuardedChmod(const char *pPath, mode_t iMode)
 int OV_instGuardedOpenIn(const char *pRoot, const char *pPath, int iFlags, mode_t iMode)
 {
     char caOuter[PATH_MAX];
-    int iFd;
-    int iError;
 
     strcpy(caOuter, s_guard.caRoot);
     OV_instSetGuardedRoot(pRoot);
-    iFd = OV_instGuardedOpen(pPath, iFlags, iMode);
-    iError = errno;
+    int iFd = OV_instGuardedOpen(pPath, iFlags, iMode);
+    int iError = errno;
     strcpy(s_guard.caRoot, caOuter);
     errno = iError;
     return iFd;

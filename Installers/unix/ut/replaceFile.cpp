@@ -30,7 +30,7 @@ static FILE *createIn(int iDirectory, const char *pTemporary, const struct stat 
     return pStream;
 }
 
-int OV_instBeginReplacement(_OV_Replacement *pReplacement, const char *pDirectory,
+int OV_instBeginReplacement(OV_Replacement *pReplacement, const char *pDirectory,
                             const char *pTemporary, const char *pName, const struct stat *pNew)
 {
     struct stat old;
@@ -47,7 +47,7 @@ int OV_instBeginReplacement(_OV_Replacement *pReplacement, const char *pDirector
     return 0;
 }
 
-int OV_instEndReplacement(_OV_Replacement *pReplacement, int bKeep)
+int OV_instEndReplacement(OV_Replacement *pReplacement, bool bKeep)
 {
     OwnedFd directory(pReplacement->iDirectory);
     FILE *pStream = pReplacement->pStream;

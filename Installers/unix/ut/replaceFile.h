@@ -7,22 +7,22 @@
 #include <sys/stat.h>
 
 /* A file being written. */
-typedef struct _OV_Replacement {
+struct OV_Replacement {
     FILE *pStream;          /* to be written to; its failures show when it is finished */
     int iDirectory;         /* where both names are */
     const char *pTemporary; /* the caller's, like the next */
     const char *pName;
-} _OV_Replacement;
+};
 
 /* Begins a file that is to take the place of pName in pDirectory; until then it has the name
  * pTemporary, where an earlier file or link of that name is removed. It gets the owner and mode of
  * the regular file that is there, or else those of pNew. 0, or -1 with errno set. */
-int OV_instBeginReplacement(_OV_Replacement *pReplacement, const char *pDirectory,
+int OV_instBeginReplacement(OV_Replacement *pReplacement, const char *pDirectory,
                             const char *pTemporary, const char *pName, const struct stat *pNew);
 
 /* Puts the file in its place when bKeep is set and everything was written, else removes it. The
  * replacement is used up. 0, or -1 when the file is not in its place; what was there is then as it
  * was. */
-int OV_instEndReplacement(_OV_Replacement *pReplacement, int bKeep);
+int OV_instEndReplacement(OV_Replacement *pReplacement, bool bKeep);
 
 #endif

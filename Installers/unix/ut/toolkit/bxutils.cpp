@@ -34,7 +34,7 @@ static XmString appendLines(XmString made, char *pText, const char *pTag)
     return made;
 }
 
-static XmString appendSegment(XmString made, const _OV_TextSegment *pSegment, int *pbRightToLeft)
+static XmString appendSegment(XmString made, const OV_TextSegment *pSegment, int *pbRightToLeft)
 {
     char *pText = OV_instNarrowText(pSegment->pText);
     char *pTag = OV_instNarrowText(pSegment->pTag);
@@ -160,7 +160,7 @@ void RegisterBxConverters(XtAppContext app)
 XmString StringToXmString(const char *pText)
 {
     int bRightToLeft = 0;
-    _OV_TextSegment segment;
+    OV_TextSegment segment;
     XmString made;
     wchar_t *pWide;
 

@@ -93,7 +93,7 @@ static const wchar_t *stepOver(const wchar_t *pText)
     return pText + (*pText == BACKSLASH && pText[1] != END ? 2 : 1);
 }
 
-static const wchar_t *takeTag(const wchar_t *pStart, _OV_TextSegment *pSegment)
+static const wchar_t *takeTag(const wchar_t *pStart, OV_TextSegment *pSegment)
 {
     const wchar_t *pEnd = getNextSeparator(pStart);
     size_t iLength = (size_t)(pEnd - pStart);
@@ -105,7 +105,7 @@ static const wchar_t *takeTag(const wchar_t *pStart, _OV_TextSegment *pSegment)
     return pEnd;
 }
 
-static void applyOption(const OptionRow *pRow, _OV_TextSegment *pSegment)
+static void applyOption(const OptionRow *pRow, OV_TextSegment *pSegment)
 {
     if (pRow->kind == LINE_BREAK)
         pSegment->bSeparator = pRow->bValue;
@@ -115,7 +115,7 @@ static void applyOption(const OptionRow *pRow, _OV_TextSegment *pSegment)
 
 /* Reads the option group whose mark is at *ppNext: a letter, and after a letter for the line
  * break a direction group as well. Returns 0, only the mark taken, when no option follows it. */
-static int takeOptions(const wchar_t **ppNext, _OV_TextSegment *pSegment)
+static int takeOptions(const wchar_t **ppNext, OV_TextSegment *pSegment)
 {
     const OptionRow *pRow = findOption(*++*ppNext);
     const OptionRow *pMore;
@@ -136,7 +136,7 @@ static int takeOptions(const wchar_t **ppNext, _OV_TextSegment *pSegment)
 
 /* Reads the quoted text that starts at pStart; the result is behind its closing quote. A
  * backslash at the very end has nothing to make ordinary and stays. */
-static const wchar_t *takeText(const wchar_t *pStart, _OV_TextSegment *pSegment)
+static const wchar_t *takeText(const wchar_t *pStart, OV_TextSegment *pSegment)
 {
     const wchar_t *pEnd = pStart;
     wchar_t *pTo;
@@ -217,7 +217,7 @@ const wchar_t *getNextSeparator(const wchar_t *pText)
     return pText;
 }
 
-int extractSegment(const wchar_t **ppNext, _OV_TextSegment *pSegment)
+int extractSegment(const wchar_t **ppNext, OV_TextSegment *pSegment)
 {
     int bTagSeen = 0;
     int bOptionsSeen = 0;

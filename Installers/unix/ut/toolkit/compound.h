@@ -14,12 +14,12 @@
 #include <cwchar>
 
 /* One segment. Its texts live until the next call of extractSegment. */
-typedef struct _OV_TextSegment {
+struct OV_TextSegment {
     const wchar_t *pTag;  /* as written, escapes included; empty for none */
     const wchar_t *pText; /* escapes resolved */
     int bSeparator;       /* a line break follows */
     int bRightToLeft;
-} _OV_TextSegment;
+};
 
 /* Whether the text is written in segments at all. Null is not. */
 int OV_instIsCompoundText(const char *pText);
@@ -30,7 +30,7 @@ wchar_t *OV_instWidenText(const char *pText);
 char *OV_instNarrowText(const wchar_t *pText);
 
 /* Reads the segment at *ppNext and moves *ppNext behind it. Returns 1, or 0 at the text's end. */
-int extractSegment(const wchar_t **ppNext, _OV_TextSegment *pSegment);
+int extractSegment(const wchar_t **ppNext, OV_TextSegment *pSegment);
 
 /* The next #, " or : that no backslash makes ordinary, or the text's end. */
 const wchar_t *getNextSeparator(const wchar_t *pText);
