@@ -1,59 +1,72 @@
 #include "engine/configWalk.h"
 
-#include <deque>
 #include <unordered_map>
+#include <vector>
 
 enum { MAX_VISITS = 64 };
 
 /* What a walk remembers of a configuration that leads further. */
-struct Passage {
+struct OV_ConfigPassage {
     int iVisits;
     bool bInside;
 };
 
-/* A deque keeps the visits in place. */
 struct OV_ConfigWalk {
     _OV_instCDinst *pRoot;
-    _OV_InstConfigList *pFirst;
+    _OV_InstConfigList *pFirst; /* null once it was entered */
     bool bThroughPages;
-    bool bLeave; /* the innermost visit was returned as left */
-    std::deque<OV_ConfigVisit> visits;
-    std::unordered_map<const _OV_InstConfigList *, Passage> passages;
+    std::vector<OV_ConfigVisit> visits; /* what the walk is inside of, the innermost last */
+    std::unordered_map<const _OV_InstConfigList *, OV_ConfigPassage> passages;
 };
 
 /* A suite leads no further, so any number of groups share it and nothing is remembered of it: most
- * configurations of a large description are suites, and most walks are over one alone. */
+ * configurations of a large description are suites, and a walk over one alone is cheap. */
 static bool leadsFurther(const _OV_InstConfigList *pConfig)
 {
     return pConfig->iType != OV_CONFIG_SUITE;
 }
 
+/* A new innermost visit. The visits of its groups move when there is no room left. */
+static OV_ConfigVisit *addVisit(std::vector<OV_ConfigVisit> *pVisits)
+{
+    const bool bMoved = pVisits->size() == pVisits->capacity();
+    OV_ConfigVisit *pNew = &pVisits->emplace_back();
+
+    for (OV_ConfigVisit *pVisit = pNew; pVisit > pVisits->data(); pVisit--) {
+        pVisit->pGroup = pVisit - 1;
+        if (!bMoved)
+            break;
+    }
+    return pNew;
+}
+
 static OV_ConfigVisit *enter(OV_ConfigWalk *pWalk, _OV_InstConfigList *pConfig)
 {
-    OV_ConfigVisit *pGroup = pWalk->visits.empty() ? nullptr : &pWalk->visits.back();
+    OV_ConfigVisit *pVisit = addVisit(&pWalk->visits);
 
+    pVisit->pConfig = pConfig;
+    pVisit->lFactor = 1;
     if (leadsFurther(pConfig)) {
-        Passage *pPassage = &pWalk->passages[pConfig];
-        pPassage->iVisits++;
-        pPassage->bInside = true;
+        pVisit->pPassage = &pWalk->passages[pConfig];
+        pVisit->pPassage->iVisits++;
+        pVisit->pPassage->bInside = true;
     }
-    pWalk->visits.push_back({pConfig, pGroup, false, false, 1, 0});
-    return &pWalk->visits.back();
+    return pVisit;
 }
 
 static void leave(OV_ConfigWalk *pWalk)
 {
-    const _OV_InstConfigList *pConfig = pWalk->visits.back().pConfig;
+    OV_ConfigPassage *pPassage = pWalk->visits.back().pPassage;
 
-    if (leadsFurther(pConfig))
-        pWalk->passages[pConfig].bInside = false;
+    if (pPassage)
+        pPassage->bInside = false;
     pWalk->visits.pop_back();
 }
 
 OV_ConfigWalk *OV_instStartWalk(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
                                 bool bThroughPages)
 {
-    return new OV_ConfigWalk{pRoot, pConfig, bThroughPages, false, {}, {}};
+    return new OV_ConfigWalk{pRoot, pConfig, bThroughPages, {}, {}};
 }
 
 void OV_instFreeWalk(OV_ConfigWalk *pWalk)
@@ -104,16 +117,13 @@ OV_ConfigVisit *OV_instNextVisit(OV_ConfigWalk *pWalk)
         pWalk->pFirst = nullptr;
         return enter(pWalk, pFirst);
     }
-    if (pWalk->bLeave) {
-        pWalk->bLeave = false;
+    if (!pWalk->visits.empty() && pWalk->visits.back().bLeaving)
         leave(pWalk);
-    }
     if (pWalk->visits.empty())
         return nullptr;
     OV_ConfigVisit *pVisit = &pWalk->visits.back();
     if (_OV_InstConfigList *pMember = nextMember(pWalk, pVisit))
         return enter(pWalk, pMember);
-    pWalk->bLeave = true;
     pVisit->bLeaving = true;
     return pVisit;
 }

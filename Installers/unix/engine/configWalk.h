@@ -12,6 +12,8 @@
 
 #include "description/model.h"
 
+struct OV_ConfigPassage;
+
 /* A configuration being visited. bFound and lFactor are the visitor's own: false and 1 when the
  * visit begins. */
 struct OV_ConfigVisit {
@@ -20,7 +22,8 @@ struct OV_ConfigVisit {
     bool bLeaving;          /* false before its members, true after them */
     bool bFound;
     int64_t lFactor;
-    int iNextChild; /* the walk's own */
+    int iNextChild; /* this and the next are the walk's own */
+    OV_ConfigPassage *pPassage;
 };
 
 struct OV_ConfigWalk;
