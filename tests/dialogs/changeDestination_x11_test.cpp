@@ -56,7 +56,7 @@ TEST_F(ChangeDestination, TakesWhatTheUserChooses)
     } s_aRows[] = {
         {{">@/other"}, "", "@/other/"},
         {{">other/sub"}, "", "@/other/sub/"},
-        {{">"}, "open", "@/root/"},
+        {{">", "y"}, "No directory is selected.|open", "@/root/"},
         {{">@/n%s w", "n", ">@/other"}, creates("@/n%s w"), "@/other/"},
         {{">n w/x", "y"}, creates("@/n w/x"), "@/n w/x/"},
         {{">@/file/x", "y", "y"},

@@ -200,6 +200,33 @@ TEST_F(Stories, ADestinationThatHoldsAnInstallation)
     EXPECT_FALSE(desk.isShown("dsChangeDestination"));
 }
 
+/* In pixels of the browser, which has a fixed size: the lists' first lines. */
+TEST_F(Stories, TheBrowsersSelectionFollowsWhatIsListed)
+{
+    const auto clickTwice = [this](int iX, int iY) {
+        const Box browser = desk.place(s_caBrowser);
+        desk.click(browser.iX + iX, browser.iY + iY);
+        desk.click(browser.iX + iX, browser.iY + iY);
+    };
+
+    fs::create_directories(medium.dest + "/empty");
+    ASSERT_TRUE(desk.start(medium, s_toDestination) &&
+                desk.go({{"dsChangeDestination", DESTINATION_CHANGE, nullptr, STAYS}}) &&
+                desk.window(s_caBrowser));
+    clickTwice(60, 207);  /* the folder, */
+    clickTwice(300, 120); /* which has none in it */
+    ASSERT_TRUE(desk.go({{s_caBrowser, FIRST}}));
+    ASSERT_TRUE(desk.go({{"dsChangeDestination", DESTINATION_CHANGE, nullptr, STAYS}}) &&
+                desk.window(s_caBrowser));
+    clickTwice(60, 188); /* ".." */
+    ASSERT_TRUE(desk.go({{s_caBrowser, FIRST},
+                         {"dsChangeDestination", DESTINATION_OK},
+                         {"dsMainDlg", MAIN_SUITE}}));
+    finish();
+    EXPECT_FALSE(medium.has("../empty/kivo"));
+    EXPECT_TRUE(medium.has("Application/bin/kivo"));
+}
+
 TEST_F(Stories, AnotherVersionIsTold)
 {
     static const struct {

@@ -69,7 +69,7 @@ void OV_instChangeDestinationBrowseOkCB(Widget box, XtPointer, XtPointer)
     const char *pReason = nullptr;
     OwnedText text(OV_instGetBrowsed(box));
 
-    if (text && !text.get()[0]) /* nothing is chosen; the working directory is not meant */
+    if (!text)
         return;
     OwnedText path(OV_instGetAbsoluteChoice(text.get(), &pReason));
     if (!path)

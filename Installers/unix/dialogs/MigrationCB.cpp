@@ -296,7 +296,7 @@ static char *_GetAbsolutPath(Widget box)
     OwnedText text(OV_instGetBrowsed(box));
     char *pPath = OV_instGetAbsoluteChoice(text.get(), nullptr);
 
-    if (!pPath)
+    if (text && !pPath)
         OV_instTellOver(box, "Internal error:\n(OV_instChangeDestinationBrowseOkCB) %s",
                         "can't build destination path");
     return pPath;

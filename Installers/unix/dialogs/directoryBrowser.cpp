@@ -77,21 +77,55 @@ static void select(Widget box, const char *pSelection)
     XmTextFieldSetInsertionPosition(text, XmTextFieldGetLastPosition(text));
 }
 
+/* The directory that is listed; a new string, null without memory. */
+static char *listedIn(Widget box)
+{
+    XmString directory = nullptr;
+
+    XtVaGetValues(box, XmNdirectory, &directory, nullptr);
+    char *pListed = textOf(directory);
+    XmStringFree(directory);
+    return pListed;
+}
+
 /* The lists show names only, and the toolkit would select the name alone. */
 static void selectEntry(Widget, XtPointer box, XtPointer call)
 {
     const auto *pCall = static_cast<const XmListCallbackStruct *>(call);
-    XmString directory = nullptr;
-
-    XtVaGetValues(static_cast<Widget>(box), XmNdirectory, &directory, nullptr);
     OwnedText name(textOf(pCall->item));
-    OwnedText listed(textOf(directory));
-    XmStringFree(directory);
+    OwnedText listed(listedIn(static_cast<Widget>(box)));
+
     if (!name || !listed || name.get()[0] == '/')
         return;
     OwnedText path(OV_instBuildPath(listed.get(), name.get(), nullptr));
     if (path)
         select(static_cast<Widget>(box), path.get());
+}
+
+/* Where a directory has none in it, the toolkit lists a text in brackets that could be chosen. */
+static void dropPlaceholder(Widget box)
+{
+    Widget list = XmFileSelectionBoxGetChild(box, XmDIALOG_LIST);
+    XmStringTable aItems = nullptr;
+    XmString none = nullptr;
+    int iItems = 0;
+
+    XtVaGetValues(list, XmNitems, &aItems, XmNitemCount, &iItems, nullptr);
+    XtVaGetValues(box, XmNnoMatchString, &none, nullptr);
+    if (iItems == 1 && XmStringCompare(aItems[0], none))
+        XmListDeleteAllItems(list);
+    XmStringFree(none);
+}
+
+/* Another directory is listed, and the toolkit has emptied the selection. */
+static void listChanged(Widget, XtPointer client, XtPointer)
+{
+    Widget box = static_cast<Widget>(client);
+    OwnedText listed(listedIn(box));
+
+    dropPlaceholder(box);
+    if (listed)
+        select(box, listed.get());
 }
 
 Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *pBrowser)
@@ -112,17 +146,23 @@ Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *p
     XtAddCallback(box, XmNcancelCallback, pBrowser->fpCancel, pBrowser->pClient);
     XtAddCallback(XmFileSelectionBoxGetChild(box, XmDIALOG_LIST), XmNbrowseSelectionCallback,
                   selectEntry, box);
+    XtAddCallback(XmFileSelectionBoxGetChild(box, XmDIALOG_DIR_LIST), XmNdefaultActionCallback,
+                  listChanged, box);
+    XtAddCallback(box, XmNapplyCallback, listChanged, box);
     OV_instHandleFrameClose(box, nullptr);
     OV_instUseMnemonics(box);
-    if (pBrowser->pSelection)
-        select(box, pBrowser->pSelection);
+    dropPlaceholder(box);
+    select(box, pBrowser->pSelection ? pBrowser->pSelection : pBrowser->pStart);
     return box;
 }
 
 char *OV_instGetBrowsed(Widget box)
 {
     char *pText = XmTextFieldGetString(XmFileSelectionBoxGetChild(box, XmDIALOG_TEXT));
-    char *pCopy = pText ? strdup(pText) : nullptr;
+    char *pCopy = *pText ? strdup(pText) : nullptr;
+
+    if (!*pText) /* the working directory is not meant */
+        OV_instTellOver(box, "No directory is selected.");
 
     XtFree(pText);
     return pCopy;

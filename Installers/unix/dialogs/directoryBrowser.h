@@ -12,7 +12,7 @@ typedef struct _OV_DirectoryBrowser {
     const char *pBoxName;
     const char *pListLabel; /* over the list of directories */
     const char *pStart;     /* the directory that is listed first */
-    const char *pSelection; /* the text that is selected first; null: what the listing selects */
+    const char *pSelection; /* the text that is selected first; null: pStart */
     XtCallbackProc fpOk;    /* of the box; its selection is OV_instGetBrowsed's */
     XtCallbackProc fpCancel;
     XtPointer pClient; /* of both */
@@ -20,10 +20,11 @@ typedef struct _OV_DirectoryBrowser {
 
 /* Makes the browser over parent, unmanaged; the result is its file selection box, which stays open
  * after each answer until the program takes it down (ut/toolkit/modal.h). Closing its frame is
- * Cancel. */
+ * Cancel. The selection follows the directory that is listed. */
 Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *pBrowser);
 
-/* The text that is selected, a new string that the caller frees; null without memory. */
+/* The text that is selected, a new string that the caller frees. Null when nothing is, which the
+ * user is told, or without memory. */
 char *OV_instGetBrowsed(Widget box);
 
 /* Asks over the box whether to create the folder pPath, which is not there, and creates it; what
