@@ -39,9 +39,9 @@ void OV_instSetHelpDirectory(const char *pPath)
     helpDirectory.reset(pPath ? strdup(pPath) : nullptr);
 }
 
-int OV_instHasHelp()
+bool OV_instHasHelp()
 {
-    return helpDirectory ? 1 : 0;
+    return helpDirectory != nullptr;
 }
 
 /* ---- choosing a browser ---- */
@@ -122,7 +122,7 @@ static void closeInherited()
         (void)dup2(iNull, iFd); /* where it fails the browser inherits one more: no harm */
     if (syscall(SYS_close_range, STDERR_FILENO + 1U, ~0U, 0) == 0)
         return;
-    for (int iFd = (int)sysconf(_SC_OPEN_MAX); iFd > STDERR_FILENO; iFd--)
+    for (int iFd = static_cast<int>(sysconf(_SC_OPEN_MAX)); iFd > STDERR_FILENO; iFd--)
         (void)close(iFd); /* most of them are not open */
 }
 

@@ -8,7 +8,7 @@
 void OV_instSetHelpDirectory(const char *pPath);
 
 /* Whether there is such a directory. */
-int OV_instHasHelp();
+bool OV_instHasHelp();
 
 /* Opens a file of the help directory in the browser, or where pFile is null an address, or where
  * both are null the maker's web site. A browser that is not there can be pointed at in a dialog

@@ -1,6 +1,7 @@
 #include "ut/toolkit/appFonts.h"
 
 #include <Xm/Xm.h>
+#include <cstdint>
 #include <string>
 
 #include "ut/toolkit/looks.h"
@@ -57,27 +58,28 @@ static const char *nextFoundry()
 }
 
 /* Whether an antialiased font can be had: not on a machine without fonts of that kind. */
-static int hasXftFont(Widget shell, const char *pFoundry)
+static bool hasXftFont(Widget shell, const char *pFoundry)
 {
+    static char s_caName[] = "probe";
     XtPointer font = nullptr;
     Arg aGet[] = {
-        {(String)XmNxftFont, (XtArgVal)&font}
+        {const_cast<String>(XmNxftFont), reinterpret_cast<XtArgVal>(&font)}
     };
     Arg aSet[] = {
-        {(String)XmNfontType,    XmFONT_IS_XFT     },
-        {(String)XmNfontName,    (XtArgVal) "Sans" },
-        {(String)XmNfontSize,    10                },
-        {(String)XmNfontFoundry, (XtArgVal)pFoundry},
-        {(String)XmNloadModel,   XmLOAD_IMMEDIATE  }
+        {const_cast<String>(XmNfontType),    XmFONT_IS_XFT                       },
+        {const_cast<String>(XmNfontName),    reinterpret_cast<XtArgVal>("Sans")  },
+        {const_cast<String>(XmNfontSize),    10                                  },
+        {const_cast<String>(XmNfontFoundry), reinterpret_cast<XtArgVal>(pFoundry)},
+        {const_cast<String>(XmNloadModel),   XmLOAD_IMMEDIATE                    }
     };
     XtAppContext app = XtWidgetToApplicationContext(shell);
     XtErrorMsgHandler fpWarn = XtAppSetWarningMsgHandler(app, ignoreWarning);
-    XmRendition rendition = XmRenditionCreate(shell, (char *)"probe", aSet, XtNumber(aSet));
+    XmRendition rendition = XmRenditionCreate(shell, s_caName, aSet, XtNumber(aSet));
 
     XmRenditionRetrieve(rendition, aGet, XtNumber(aGet));
     XmRenditionFree(rendition);
     (void)XtAppSetWarningMsgHandler(app, fpWarn);
-    return font && font != (XtPointer)XmAS_IS;
+    return font && reinterpret_cast<uintptr_t>(font) != XmAS_IS;
 }
 
 void OV_instAddFonts(Widget shell)

@@ -3,6 +3,7 @@
 #include <Xm/RowColumn.h>
 #include <cctype>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -12,7 +13,13 @@
 #include "ut/strprint.h"
 #include "ut/text.h"
 
-static XmString newDirection(int bRightToLeft)
+/* Zeros from the toolkit's memory, to be freed with XtFree. */
+template <typename Item> static Item *newArray(size_t iCount)
+{
+    return reinterpret_cast<Item *>(XtCalloc(static_cast<Cardinal>(iCount), sizeof(Item)));
+}
+
+static XmString newDirection(bool bRightToLeft)
 {
     return XmStringDirectionCreate(bRightToLeft ? XmSTRING_DIRECTION_R_TO_L
                                                 : XmSTRING_DIRECTION_L_TO_R);
@@ -26,7 +33,7 @@ static XmString appendLines(XmString made, char *pText, const char *pTag)
         if (pBreak)
             *pBreak = '\0';
         if (*pLine)
-            made = XmStringConcatAndFree(made, XmStringCreate(pLine, (char *)pTag));
+            made = XmStringConcatAndFree(made, XmStringCreate(pLine, const_cast<char *>(pTag)));
         if (pBreak)
             made = XmStringConcatAndFree(made, XmStringSeparatorCreate());
         pLine = pBreak ? pBreak + 1 : nullptr;
@@ -34,7 +41,7 @@ static XmString appendLines(XmString made, char *pText, const char *pTag)
     return made;
 }
 
-static XmString appendSegment(XmString made, const OV_TextSegment *pSegment, int *pbRightToLeft)
+static XmString appendSegment(XmString made, const OV_TextSegment *pSegment, bool *pbRightToLeft)
 {
     char *pText = OV_instNarrowText(pSegment->pText);
     char *pTag = OV_instNarrowText(pSegment->pTag);
@@ -74,7 +81,7 @@ static Boolean handOver(XrmValue *pTo, XtPointer converted)
     static XtPointer s_converted;
 
     if (!pTo->addr)
-        pTo->addr = (XPointer)&s_converted;
+        pTo->addr = reinterpret_cast<XPointer>(&s_converted);
     memcpy(pTo->addr, &converted, sizeof converted);
     pTo->size = sizeof converted;
     return True;
@@ -159,25 +166,23 @@ void RegisterBxConverters(XtAppContext app)
 
 XmString StringToXmString(const char *pText)
 {
-    int bRightToLeft = 0;
+    bool bRightToLeft = false;
     OV_TextSegment segment;
-    XmString made;
-    wchar_t *pWide;
 
     if (!OV_instIsCompoundText(pText))
         return OV_instLiteralXmString(pText);
-    made = newDirection(bRightToLeft);
-    pWide = OV_instWidenText(pText);
+    XmString made = newDirection(bRightToLeft);
+    wchar_t *pWide = OV_instWidenText(pText);
     for (const wchar_t *pNext = pWide; extractSegment(&pNext, &segment);)
         made = appendSegment(made, &segment, &bRightToLeft);
-    XtFree((char *)pWide);
+    XtFree(reinterpret_cast<char *>(pWide));
     return made;
 }
 
 XmString OV_instLiteralXmString(const char *pText)
 {
     char *pCopy = pText ? XtNewString(pText) : nullptr;
-    XmString made = pCopy ? appendLines(newDirection(0), pCopy, "") : nullptr;
+    XmString made = pCopy ? appendLines(newDirection(false), pCopy, "") : nullptr;
 
     XtFree(pCopy);
     return made;
@@ -196,7 +201,7 @@ Boolean CvtStringToXmString(Display *pDisplay, XrmValue *, Cardinal *piArgs, Xrm
 
 void XmStringCvtDestroy(XtAppContext, XrmValue *pTo, XtPointer, XrmValue *, Cardinal *)
 {
-    XmStringFree(*(XmString *)pTo->addr);
+    XmStringFree(*reinterpret_cast<XmString *>(pTo->addr));
 }
 
 Boolean CvtStringToXmStringTable(Display *pDisplay, XrmValue *, Cardinal *piArgs, XrmValue *pFrom,
@@ -209,10 +214,10 @@ Boolean CvtStringToXmStringTable(Display *pDisplay, XrmValue *, Cardinal *piArgs
                     "String to XmStringTable converter needs no extra arguments");
     if (!hasRoom(pTo))
         return False;
-    XmString *aTable = (XmString *)XtCalloc((Cardinal)iCount + 1, sizeof(XmString));
+    XmString *aTable = newArray<XmString>(static_cast<size_t>(iCount) + 1);
     for (int i = 0; i < iCount; i++) {
         const char *pEnd = getNextCStrDelim(pItem);
-        aTable[i] = convertItem(pItem, (size_t)(pEnd - pItem));
+        aTable[i] = convertItem(pItem, static_cast<size_t>(pEnd - pItem));
         pItem = pEnd + 1; /* behind the text's end only after the last item */
     }
     return handOver(pTo, aTable);
@@ -220,17 +225,17 @@ Boolean CvtStringToXmStringTable(Display *pDisplay, XrmValue *, Cardinal *piArgs
 
 void XmStringTableCvtDestroy(XtAppContext, XrmValue *pTo, XtPointer, XrmValue *, Cardinal *)
 {
-    XmString *aTable = *(XmString **)pTo->addr;
+    XmString *aTable = *reinterpret_cast<XmString **>(pTo->addr);
 
     for (int i = 0; aTable[i]; i++)
         XmStringFree(aTable[i]);
-    XtFree((char *)aTable);
+    XtFree(reinterpret_cast<char *>(aTable));
 }
 
 XtArgVal CONVERT(Widget widget, const char *pText, const char *pTypeName, int, Boolean *pOk)
 {
     static const char *const s_apByAddress[] = {"String", "Double", "Float"};
-    XrmValue from = {(unsigned int)(strlen(pText) + 1), (XPointer)pText};
+    XrmValue from = {static_cast<unsigned int>(strlen(pText) + 1), const_cast<XPointer>(pText)};
     XrmValue to = {};
 
     *pOk = XtConvertAndStore(widget, XmRString, &from, pTypeName, &to);
@@ -238,29 +243,30 @@ XtArgVal CONVERT(Widget widget, const char *pText, const char *pTypeName, int, B
         return 0;
     for (const char *pByAddress : s_apByAddress) {
         if (!strcmp(pTypeName, pByAddress))
-            return (XtArgVal)to.addr;
+            return reinterpret_cast<XtArgVal>(to.addr);
     }
     switch (to.size) {
     case 1:
-        return *(signed char *)to.addr;
+        return *reinterpret_cast<signed char *>(to.addr);
     case 2:
-        return *(short *)to.addr;
+        return *reinterpret_cast<short *>(to.addr);
     case 4:
-        return *(int *)to.addr;
+        return *reinterpret_cast<int *>(to.addr);
     default:
-        return *(XtArgVal *)to.addr;
+        return *reinterpret_cast<XtArgVal *>(to.addr);
     }
 }
 
-void MENU_POST(Widget, XtPointer menu, XEvent *pEvent, Boolean *)
+void MENU_POST(Widget, XtPointer client, XEvent *pEvent, Boolean *)
 {
+    Widget menu = static_cast<Widget>(client);
     unsigned int iButton = 0;
 
-    XtVaGetValues((Widget)menu, XmNwhichButton, &iButton, nullptr);
+    XtVaGetValues(menu, XmNwhichButton, &iButton, nullptr);
     if (pEvent->type != ButtonPress || pEvent->xbutton.button != iButton)
         return;
-    XmMenuPosition((Widget)menu, &pEvent->xbutton);
-    XtManageChild((Widget)menu);
+    XmMenuPosition(menu, &pEvent->xbutton);
+    XtManageChild(menu);
 }
 
 void SET_BACKGROUND_COLOR(Widget, ArgList aArgs, Cardinal *piCount, Pixel pixel)
@@ -279,11 +285,10 @@ Widget BxFindTopShell(Widget widget)
 WidgetList BxWidgetIdsFromNames(Widget widget, const char *pCallerName, const char *pNames)
 {
     const std::string names = OV_instTrimmed(insideBrackets(pNames)) + ",";
-    WidgetList aFound = (WidgetList)XtCalloc((Cardinal)names.size() + 1, sizeof(Widget));
+    WidgetList aFound = newArray<Widget>(names.size() + 1);
     int iCount = 0;
-    size_t iEnd;
 
-    for (size_t iStart = 0; iStart < names.size(); iStart = iEnd + 1) {
+    for (size_t iStart = 0, iEnd = 0; iStart < names.size(); iStart = iEnd + 1) {
         iEnd = names.find(',', iStart);
         const std::string name = "*" + OV_instTrimmed(names.substr(iStart, iEnd - iStart));
         Widget found = name.size() > 1 ? findUpwards(widget, name.c_str()) : nullptr;
@@ -298,7 +303,7 @@ WidgetList BxWidgetIdsFromNames(Widget widget, const char *pCallerName, const ch
 
 float *SINGLE(float value)
 {
-    float *pMade = (float *)XtMalloc(sizeof value);
+    float *pMade = newArray<float>(1);
 
     *pMade = value;
     return pMade;
@@ -306,7 +311,7 @@ float *SINGLE(float value)
 
 double *DOUBLE(double value)
 {
-    double *pMade = (double *)XtMalloc(sizeof value);
+    double *pMade = newArray<double>(1);
 
     *pMade = value;
     return pMade;
@@ -314,18 +319,18 @@ double *DOUBLE(double value)
 
 int atoui(const char *pText, unsigned int iLength, unsigned int *piValue)
 {
-    unsigned long lValue = 0;
+    uint64_t ulValue = 0;
 
     for (unsigned int i = 0; i < iLength; i++) {
-        if (!isdigit((unsigned char)pText[i]))
+        if (!isdigit(static_cast<unsigned char>(pText[i])))
             return 0;
-        lValue = lValue * 10 + (unsigned long)(pText[i] - '0');
-        if (lValue > UINT_MAX)
+        ulValue = ulValue * 10 + static_cast<unsigned>(pText[i] - '0');
+        if (ulValue > UINT_MAX)
             return 0;
     }
     if (iLength == 0)
         return 0;
-    *piValue = (unsigned int)lValue;
+    *piValue = static_cast<unsigned int>(ulValue);
     return 1;
 }
 

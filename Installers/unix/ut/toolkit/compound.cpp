@@ -13,29 +13,29 @@ static const wchar_t END = L'\0';
 
 enum OptionKind { LINE_BREAK, DIRECTION };
 
-typedef struct OptionRow {
+struct OptionRow {
     wchar_t cLetter;
     OptionKind kind;
-    int bValue;
-} OptionRow;
-
-static const OptionRow s_aOptions[] = {
-    {L't', LINE_BREAK, 1},
-    {L'T', LINE_BREAK, 1},
-    {L'1', LINE_BREAK, 1},
-    {L'f', LINE_BREAK, 0},
-    {L'F', LINE_BREAK, 0},
-    {L'0', LINE_BREAK, 0},
-    {L'r', DIRECTION,  1},
-    {L'R', DIRECTION,  1},
-    {L'l', DIRECTION,  0},
-    {L'L', DIRECTION,  0},
+    bool bValue;
 };
 
-typedef struct EscapeRow {
+static const OptionRow s_aOptions[] = {
+    {L't', LINE_BREAK, true },
+    {L'T', LINE_BREAK, true },
+    {L'1', LINE_BREAK, true },
+    {L'f', LINE_BREAK, false},
+    {L'F', LINE_BREAK, false},
+    {L'0', LINE_BREAK, false},
+    {L'r', DIRECTION,  true },
+    {L'R', DIRECTION,  true },
+    {L'l', DIRECTION,  false},
+    {L'L', DIRECTION,  false},
+};
+
+struct EscapeRow {
     wchar_t cLetter;
     wchar_t cMeaning;
-} EscapeRow;
+};
 
 static const EscapeRow s_aEscapes[] = {
     {L'n', L'\n'},
@@ -50,21 +50,26 @@ static const wchar_t STRAY_BYTE = 0x7fffff00;
 static const wchar_t LAST_CHARACTER = 0x10ffff;
 
 /* A buffer that grows and is kept from text to text. */
-typedef struct Scratch {
+struct Scratch {
     wchar_t *pText;
     size_t iSize;
-} Scratch;
+};
 
 static Scratch s_tag;
 static Scratch s_text;
+
+static Cardinal bytesOf(size_t iCharacters)
+{
+    return static_cast<Cardinal>(iCharacters * sizeof(wchar_t));
+}
 
 /* Makes the buffer hold iLength characters and the end. */
 static wchar_t *grow(Scratch *pScratch, size_t iLength)
 {
     if (pScratch->iSize < iLength + 1) {
         pScratch->iSize = 2 * (iLength + 1);
-        pScratch->pText = (wchar_t *)XtRealloc((char *)pScratch->pText,
-                                               (Cardinal)(pScratch->iSize * sizeof(wchar_t)));
+        pScratch->pText = reinterpret_cast<wchar_t *>(
+            XtRealloc(reinterpret_cast<char *>(pScratch->pText), bytesOf(pScratch->iSize)));
     }
     return pScratch->pText;
 }
@@ -96,7 +101,7 @@ static const wchar_t *stepOver(const wchar_t *pText)
 static const wchar_t *takeTag(const wchar_t *pStart, OV_TextSegment *pSegment)
 {
     const wchar_t *pEnd = getNextSeparator(pStart);
-    size_t iLength = (size_t)(pEnd - pStart);
+    size_t iLength = static_cast<size_t>(pEnd - pStart);
     wchar_t *pTag = grow(&s_tag, iLength);
 
     wmemcpy(pTag, pStart, iLength);
@@ -114,24 +119,24 @@ static void applyOption(const OptionRow *pRow, OV_TextSegment *pSegment)
 }
 
 /* Reads the option group whose mark is at *ppNext: a letter, and after a letter for the line
- * break a direction group as well. Returns 0, only the mark taken, when no option follows it. */
-static int takeOptions(const wchar_t **ppNext, OV_TextSegment *pSegment)
+ * break a direction group as well. Returns false, only the mark taken, when no option follows it.
+ */
+static bool takeOptions(const wchar_t **ppNext, OV_TextSegment *pSegment)
 {
     const OptionRow *pRow = findOption(*++*ppNext);
-    const OptionRow *pMore;
 
     if (!pRow)
-        return 0;
+        return false;
     ++*ppNext;
     applyOption(pRow, pSegment);
     if (pRow->kind != LINE_BREAK || **ppNext != OPTION_MARK)
-        return 1;
-    pMore = findOption((*ppNext)[1]);
+        return true;
+    const OptionRow *pMore = findOption((*ppNext)[1]);
     if (pMore && pMore->kind == DIRECTION) {
         applyOption(pMore, pSegment);
         *ppNext += 2;
     }
-    return 1;
+    return true;
 }
 
 /* Reads the quoted text that starts at pStart; the result is behind its closing quote. A
@@ -139,15 +144,21 @@ static int takeOptions(const wchar_t **ppNext, OV_TextSegment *pSegment)
 static const wchar_t *takeText(const wchar_t *pStart, OV_TextSegment *pSegment)
 {
     const wchar_t *pEnd = pStart;
-    wchar_t *pTo;
 
     while (*pEnd != END && *pEnd != QUOTE)
         pEnd = stepOver(pEnd);
-    pSegment->pText = pTo = grow(&s_text, (size_t)(pEnd - pStart));
+    wchar_t *pTo = grow(&s_text, static_cast<size_t>(pEnd - pStart));
+    pSegment->pText = pTo;
     for (const wchar_t *pFrom = pStart; pFrom < pEnd; pFrom = stepOver(pFrom))
         *pTo++ = *pFrom == BACKSLASH && pFrom[1] != END ? meaningOf(pFrom[1]) : *pFrom;
     *pTo = END;
     return *pEnd == QUOTE ? pEnd + 1 : pEnd;
+}
+
+/* Whether a conversion says that there is no character, or no whole one. */
+static bool isNoCharacter(size_t iResult)
+{
+    return iResult >= static_cast<size_t>(-2);
 }
 
 /* The length in bytes of the character at pText, which is not the end. */
@@ -156,28 +167,26 @@ static size_t charLength(const char *pText)
     mbstate_t state = {};
     size_t iLength = mbrlen(pText, strnlen(pText, MB_CUR_MAX), &state);
 
-    return iLength == (size_t)-1 || iLength == (size_t)-2 || iLength == 0 ? 1 : iLength;
+    return isNoCharacter(iLength) || iLength == 0 ? 1 : iLength;
 }
 
-int OV_instIsCompoundText(const char *pText)
+bool OV_instIsCompoundText(const char *pText)
 {
     return pText && (*pText == '#' || *pText == '"' || *pText == ':');
 }
 
 wchar_t *OV_instWidenText(const char *pText)
 {
-    size_t iLeft = pText ? strlen(pText) : 0;
-    wchar_t *pWide;
-    wchar_t *pTo;
-
     if (!pText)
         return nullptr;
-    pWide = pTo = (wchar_t *)XtMalloc((Cardinal)((iLeft + 1) * sizeof(wchar_t)));
+    size_t iLeft = strlen(pText);
+    auto *pWide = reinterpret_cast<wchar_t *>(XtMalloc(bytesOf(iLeft + 1)));
+    wchar_t *pTo = pWide;
     for (mbstate_t state = {}; iLeft > 0; pTo++) {
         size_t iTaken = mbrtowc(pTo, pText, iLeft, &state);
         /* The library also reads the longer forms that stand for no character. */
-        if (iTaken == (size_t)-1 || iTaken == (size_t)-2 || *pTo > LAST_CHARACTER) {
-            *pTo = STRAY_BYTE + (unsigned char)*pText;
+        if (isNoCharacter(iTaken) || *pTo > LAST_CHARACTER) {
+            *pTo = STRAY_BYTE + static_cast<unsigned char>(*pText);
             iTaken = 1;
             state = {};
         }
@@ -191,16 +200,16 @@ wchar_t *OV_instWidenText(const char *pText)
 char *OV_instNarrowText(const wchar_t *pText)
 {
     mbstate_t state = {};
-    char *pNarrow;
-    char *pTo;
 
     if (!pText)
         return nullptr;
-    pNarrow = pTo = XtMalloc((Cardinal)(wcslen(pText) * MB_CUR_MAX + 1));
+    char *pNarrow = XtMalloc(static_cast<Cardinal>(wcslen(pText) * MB_CUR_MAX + 1));
+    char *pTo = pNarrow;
     for (; *pText != END; pText++) {
-        size_t iGiven = *pText >= STRAY_BYTE ? (size_t)-1 : wcrtomb(pTo, *pText, &state);
-        if (iGiven == (size_t)-1) {
-            *pTo = (char)(*pText & 0xff);
+        const bool bStray = *pText >= STRAY_BYTE;
+        size_t iGiven = bStray ? 1 : wcrtomb(pTo, *pText, &state);
+        if (bStray || isNoCharacter(iGiven)) {
+            *pTo = static_cast<char>(*pText & 0xff);
             iGiven = 1;
             state = {};
         }
@@ -219,20 +228,22 @@ const wchar_t *getNextSeparator(const wchar_t *pText)
 
 int extractSegment(const wchar_t **ppNext, OV_TextSegment *pSegment)
 {
-    int bTagSeen = 0;
-    int bOptionsSeen = 0;
+    bool bTagSeen = false;
+    bool bOptionsSeen = false;
 
-    *pSegment = {L"", L"", 0, 0};
+    *pSegment = {L"", L"", false, false};
     if (**ppNext == END)
         return 0;
     while (**ppNext != END && **ppNext != QUOTE) {
         if (**ppNext == TAG_MARK) {
-            if (bTagSeen++)
+            if (bTagSeen)
                 return 1;
+            bTagSeen = true;
             *ppNext = takeTag(*ppNext + 1, pSegment);
         } else if (**ppNext == OPTION_MARK) {
-            if (bOptionsSeen++ || !takeOptions(ppNext, pSegment))
+            if (bOptionsSeen || !takeOptions(ppNext, pSegment))
                 return 1;
+            bOptionsSeen = true;
         } else {
             *ppNext = stepOver(*ppNext);
         }
@@ -255,7 +266,7 @@ int getCStrCount(const char *pText)
 
 const char *getNextCStrDelim(const char *pText)
 {
-    int bQuoted = 0;
+    bool bQuoted = false;
 
     for (; *pText; pText += charLength(pText)) {
         if (*pText == '"')

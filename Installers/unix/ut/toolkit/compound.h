@@ -17,12 +17,12 @@
 struct OV_TextSegment {
     const wchar_t *pTag;  /* as written, escapes included; empty for none */
     const wchar_t *pText; /* escapes resolved */
-    int bSeparator;       /* a line break follows */
-    int bRightToLeft;
+    bool bSeparator;      /* a line break follows */
+    bool bRightToLeft;
 };
 
 /* Whether the text is written in segments at all. Null is not. */
-int OV_instIsCompoundText(const char *pText);
+bool OV_instIsCompoundText(const char *pText);
 
 /* The text in wide characters, and back. A byte that begins no character of the locale survives
  * the way there and back. The caller frees with XtFree; null for null. */

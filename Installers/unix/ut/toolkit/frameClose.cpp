@@ -8,33 +8,33 @@
 #include "ut/toolkit/widgetTree.h"
 
 /* A dialog whose frame is watched; the newest is first. */
-typedef struct Watched {
+struct Watched {
     Widget dialog;
     const char *pButton;
-    struct Watched *pOlder;
-} Watched;
+    Watched *pOlder;
+};
 
 static Watched *s_pNewest;
 
-static int isModal(Widget dialog)
+static bool isModal(Widget dialog)
 {
     unsigned char style = XmDIALOG_MODELESS;
 
     if (!XtIsManaged(dialog) || !XmIsBulletinBoard(dialog))
-        return 0;
+        return false;
     XtVaGetValues(dialog, XmNdialogStyle, &style, nullptr);
     return style != XmDIALOG_MODELESS && style != XmDIALOG_WORK_AREA;
 }
 
 /* The toolkit keeps keys and buttons from a dialog below a modal one, but not what the window
  * manager sends. Dialogs of another display belong to the process that this one was forked from. */
-static int isBlocked(const Watched *pWatched)
+static bool isBlocked(const Watched *pWatched)
 {
     for (const Watched *pNewer = s_pNewest; pNewer && pNewer != pWatched; pNewer = pNewer->pOlder) {
         if (XtDisplay(pNewer->dialog) == XtDisplay(pWatched->dialog) && isModal(pNewer->dialog))
-            return 1;
+            return true;
     }
-    return 0;
+    return false;
 }
 
 /* The button that closing stands for; null when none can be pressed. */
@@ -62,7 +62,7 @@ static void frameClosed(Widget shell, XtPointer, XtPointer call)
         return;
     Widget button = closingButton(pWatched);
     if (OV_instCanPress(button))
-        OV_instPressButton(button, ((XmAnyCallbackStruct *)call)->event);
+        OV_instPressButton(button, static_cast<XmAnyCallbackStruct *>(call)->event);
 }
 
 static void forget(Widget, XtPointer watched, XtPointer)
@@ -73,11 +73,12 @@ static void forget(Widget, XtPointer watched, XtPointer)
         ppLink = &(*ppLink)->pOlder;
     if (*ppLink)
         *ppLink = (*ppLink)->pOlder;
-    XtFree((char *)watched);
+    XtFree(static_cast<char *>(watched));
 }
 
 void OV_instHandleFrameClose(Widget dialog, const char *pButton)
 {
+    static char s_caProtocol[] = "WM_DELETE_WINDOW";
     Widget shell = dialog ? XtParent(dialog) : nullptr;
     Watched *pWatched = s_pNewest;
 
@@ -94,7 +95,6 @@ void OV_instHandleFrameClose(Widget dialog, const char *pButton)
     s_pNewest = pWatched;
     XtAddCallback(dialog, XmNdestroyCallback, forget, pWatched);
     XtVaSetValues(shell, XmNdeleteResponse, XmDO_NOTHING, nullptr);
-    XmAddWMProtocolCallback(shell,
-                            XmInternAtom(XtDisplay(shell), (char *)"WM_DELETE_WINDOW", False),
-                            frameClosed, nullptr);
+    XmAddWMProtocolCallback(shell, XmInternAtom(XtDisplay(shell), s_caProtocol, False), frameClosed,
+                            nullptr);
 }

@@ -79,14 +79,14 @@ static std::string displayable(const std::string &text)
 
     shown.reserve(text.size());
     for (size_t i = 0; i < text.size();) {
-        size_t lLength = mbrlen(&text[i], text.size() - i, &state);
-        if (lLength == 0 || lLength > MB_LEN_MAX) {
+        size_t iLength = mbrlen(&text[i], text.size() - i, &state);
+        if (iLength == 0 || iLength > MB_LEN_MAX) {
             shown += '?';
             state = {};
             i++;
         } else {
-            shown.append(text, i, lLength);
-            i += lLength;
+            shown.append(text, i, iLength);
+            i += iLength;
         }
     }
     return shown;
@@ -180,7 +180,7 @@ static Widget createLogWindow(Widget parent, int *piDone)
     Widget text = OV_instFindWidget(box, "txLogViewer");
 
     XtVaSetValues(box, XmNuserData, piDone, nullptr);
-    XtAddCallback(box, XmNokCallback, MessageBoxCB, (XtPointer)(intptr_t)1);
+    XtAddCallback(box, XmNokCallback, MessageBoxCB, reinterpret_cast<XtPointer>(intptr_t{1}));
     for (unsigned char child : {XmDIALOG_SEPARATOR, XmDIALOG_CANCEL_BUTTON, XmDIALOG_SYMBOL_LABEL})
         XtUnmanageChild(XmMessageBoxGetChild(box, child));
     /* On the button itself: the box's own help callback would answer the F1 key as well. */
@@ -228,7 +228,7 @@ void KillViewer(Widget widget)
 
 void menuCB(Widget widget, XtPointer number, XtPointer)
 {
-    if ((intptr_t)number == QUIT_ENTRY)
+    if (reinterpret_cast<intptr_t>(number) == QUIT_ENTRY)
         KillViewer(widget);
 }
 
@@ -241,6 +241,7 @@ static void forgetViewer(Widget, XtPointer, XtPointer)
 
 void OV_instCheckLogfile(XtPointer path, XtIntervalId *pTimer)
 {
+    static char s_caNothing[] = "";
     const char *pPath = static_cast<const char *>(path);
     struct stat status;
 
@@ -257,7 +258,7 @@ void OV_instCheckLogfile(XtPointer path, XtIntervalId *pTimer)
     if (!file)
         return;
     if (status.st_size < s_viewer.lSize) {
-        XmTextReplace(s_viewer.text, 0, s_viewer.lAt, (char *)"");
+        XmTextReplace(s_viewer.text, 0, s_viewer.lAt, s_caNothing);
         s_viewer.lAt = 0;
     }
     /* From the file's beginning, so what is shown already is shown again behind it: meant. */
@@ -275,7 +276,8 @@ static void addFileMenu(Widget bar)
     Widget entry = XtVaCreateManagedWidget("quit", xmPushButtonWidgetClass, menu, XmNlabelString,
                                            quit, XmNmnemonic, 'Q', nullptr);
 
-    XtAddCallback(entry, XmNactivateCallback, menuCB, (XtPointer)(intptr_t)QUIT_ENTRY);
+    XtAddCallback(entry, XmNactivateCallback, menuCB,
+                  reinterpret_cast<XtPointer>(intptr_t{QUIT_ENTRY}));
     (void)XtVaCreateManagedWidget("file", xmCascadeButtonWidgetClass, bar, XmNlabelString, file,
                                   XmNmnemonic, 'F', XmNsubMenuId, menu, nullptr);
     XmStringFree(file);

@@ -46,10 +46,10 @@ static const char *const s_apLengths[] = {
 };
 
 /* Where a resource is, from the application downwards; both lists end with a null. */
-typedef struct Place {
+struct Place {
     std::vector<XrmQuark> names;
     std::vector<XrmQuark> classes;
-} Place;
+};
 
 static struct {
     Display *pDisplay; /* the one that the rest is about */
@@ -63,7 +63,7 @@ static XrmQuark classOfResource(const std::string &resource)
     std::string name(resource);
 
     if (!name.empty())
-        name[0] = (char)toupper((unsigned char)name[0]);
+        name[0] = static_cast<char>(toupper(static_cast<unsigned char>(name[0])));
     return XrmStringToQuark(name.c_str());
 }
 
@@ -98,7 +98,7 @@ static Place placeOfWidget(Widget widget)
 static Bool copyEntry(XrmDatabase *, XrmBindingList aBindings, XrmQuarkList aQuarks,
                       XrmRepresentation *pType, XrmValue *pValue, XPointer copy)
 {
-    XrmQPutResource((XrmDatabase *)copy, aBindings, aQuarks, *pType, pValue);
+    XrmQPutResource(reinterpret_cast<XrmDatabase *>(copy), aBindings, aQuarks, *pType, pValue);
     return False;
 }
 
@@ -112,7 +112,7 @@ static int readDpi(Display *pDisplay)
         dpi = DisplayHeight(pDisplay, iScreen) * 25.4 / DisplayHeightMM(pDisplay, iScreen);
     if (dpi < LEAST_DPI) /* or unknown */
         return BASE_DPI;
-    return dpi > MOST_DPI ? MOST_DPI : (int)lround(dpi);
+    return dpi > MOST_DPI ? MOST_DPI : static_cast<int>(lround(dpi));
 }
 
 static void startFor(Display *pDisplay)
@@ -167,7 +167,7 @@ static std::string valueFor(Display *pDisplay, const char *pResource, const char
         return pValue;
     for (const char *pLength : s_apLengths) {
         if (!strcmp(pLength, pResource))
-            return std::to_string(OV_instScaleLength(pDisplay, (int)lLength));
+            return std::to_string(OV_instScaleLength(pDisplay, static_cast<int>(lLength)));
     }
     return pValue;
 }
@@ -199,7 +199,7 @@ void OV_instStartLooks(Display *pDisplay)
     goDown(&place, NULLQUARK, NULLQUARK);
     if (all) /* what begins with another application's name is left out */
         (void)XrmEnumerateDatabase(all, place.names.data(), place.classes.data(), XrmEnumAllLevels,
-                                   copyEntry, (XPointer)&s_looks.user);
+                                   copyEntry, reinterpret_cast<XPointer>(&s_looks.user));
     s_looks.iDpi = dpiOfLengths(pDisplay);
 }
 
@@ -211,20 +211,23 @@ static Bool isNamed(XrmDatabase *, XrmBindingList, XrmQuarkList aQuarks, XrmRepr
 
     for (; *aQuarks != NULLQUARK; aQuarks++)
         pLast = XrmQuarkToString(*aQuarks);
-    for (const char *const *ppName = (const char *const *)names; *ppName; ppName++) {
+    for (const char *const *ppName = reinterpret_cast<const char *const *>(names); *ppName;
+         ppName++) {
         if (!strcmp(*ppName, pLast) || classOfResource(*ppName) == XrmStringToQuark(pLast))
             return True;
     }
     return False;
 }
 
-int OV_instUserNames(Display *pDisplay, const char *const *apResources)
+bool OV_instUserNames(Display *pDisplay, const char *const *apResources)
 {
     XrmQuark none = NULLQUARK;
 
     startFor(pDisplay);
-    return s_looks.user && XrmEnumerateDatabase(s_looks.user, &none, &none, XrmEnumAllLevels,
-                                                isNamed, (XPointer)apResources);
+    /* the enumeration takes no constants */
+    const auto closure = reinterpret_cast<XPointer>(const_cast<const char **>(apResources));
+    return s_looks.user &&
+           XrmEnumerateDatabase(s_looks.user, &none, &none, XrmEnumAllLevels, isNamed, closure);
 }
 
 void OV_instAddLook(Display *pDisplay, const char *pSpecifier, const char *pValue)
@@ -259,16 +262,16 @@ int OV_instAddWidgetLooks(Widget parent, const char *pName, WidgetClass kind, co
     goDown(&place, XrmStringToQuark(pName), XrmStringToQuark(kind->core_class.class_name));
     while (*pLines) {
         const std::string line(pLines, strcspn(pLines, "\n"));
-        const size_t lColon = line.find(':');
+        const size_t iColon = line.find(':');
         pLines += line.size() + (pLines[line.size()] == '\n');
-        if (lColon == std::string::npos)
+        if (iColon == std::string::npos)
             return -1;
-        const std::string resource = line.substr(0, lColon);
-        const size_t lValue = line.find_first_not_of(" \t", lColon + 1);
+        const std::string resource = line.substr(0, iColon);
+        const size_t iValue = line.find_first_not_of(" \t", iColon + 1);
         Place asked = place;
         if (!userValue(&asked, resource.c_str()))
             merge(XtDisplay(parent), (path + resource).c_str(), resource.c_str(),
-                  lValue == std::string::npos ? "" : line.c_str() + lValue);
+                  iValue == std::string::npos ? "" : line.c_str() + iValue);
     }
     return 0;
 }

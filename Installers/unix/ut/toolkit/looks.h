@@ -13,7 +13,7 @@ void OV_instStartLooks(Display *pDisplay);
 
 /* Whether the user has set a resource of one of these names anywhere in the application; a null
  * ends the names. */
-int OV_instUserNames(Display *pDisplay, const char *const *apResources);
+bool OV_instUserNames(Display *pDisplay, const char *const *apResources);
 
 /* Adds a value for all that a specifier such as "*XmText.background" covers. */
 void OV_instAddLook(Display *pDisplay, const char *pSpecifier, const char *pValue);

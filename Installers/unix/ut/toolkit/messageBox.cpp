@@ -84,7 +84,8 @@ static void setUpButton(OpenBox *pOpen, unsigned char child, const char *pLabel,
     }
     OV_instUpdateLabelString(button, pLabel);
     /* On the button itself: the box's own help callback would answer the F1 key as well. */
-    XtAddCallback(button, XmNactivateCallback, MessageBoxCB, (XtPointer)(intptr_t)iNumber);
+    XtAddCallback(button, XmNactivateCallback, MessageBoxCB,
+                  reinterpret_cast<XtPointer>(intptr_t{iNumber}));
     pOpen->iLast = iNumber;
 }
 

@@ -13,7 +13,7 @@
 #include "ut/toolkit/pressButton.h"
 #include "ut/toolkit/widgetTree.h"
 
-static int isButton(Widget widget)
+static bool isButton(Widget widget)
 {
     return XmIsPushButton(widget) || XmIsPushButtonGadget(widget) || XmIsToggleButton(widget);
 }
@@ -35,6 +35,11 @@ static void addButtons(Widget widget, std::vector<Widget> *pButtons)
             pButtons->push_back(aChildren[i]);
 }
 
+static char lowered(char cLetter)
+{
+    return static_cast<char>(tolower(static_cast<unsigned char>(cLetter)));
+}
+
 /* The buttons that are to be seen. */
 static std::vector<Widget> buttonsOf(Widget dialog)
 {
@@ -48,12 +53,13 @@ static std::vector<Widget> buttonsOf(Widget dialog)
     return seen;
 }
 
-static int letterOf(Widget button)
+/* The letter that presses the button, in lower case; 0 for none. */
+static char letterOf(Widget button)
 {
     KeySym mnemonic = XK_VoidSymbol;
 
     XtVaGetValues(button, XmNmnemonic, &mnemonic, nullptr);
-    return mnemonic < 0x80 ? tolower((int)mnemonic) : 0;
+    return mnemonic < 0x80 ? lowered(static_cast<char>(mnemonic)) : '\0';
 }
 
 /* What stands on the button; nothing on one with a picture. */
@@ -80,8 +86,8 @@ static std::string labelOf(Widget button)
 static char freeLetter(const std::string &label, const std::string &taken)
 {
     const auto isFree = [&](size_t i) {
-        return isalpha((unsigned char)label[i]) &&
-               taken.find((char)tolower((unsigned char)label[i])) == std::string::npos;
+        return isalpha(static_cast<unsigned char>(label[i])) &&
+               taken.find(lowered(label[i])) == std::string::npos;
     };
     for (size_t i = 0; i + 1 < label.size(); i++)
         if (isFree(i) && (i == 0 || label[i - 1] == ' ') && label[i + 1] != ' ')
@@ -95,12 +101,13 @@ static char freeLetter(const std::string &label, const std::string &taken)
 /* With the locks that a user may have on, which mean nothing here. */
 static void grabKey(Widget shell, char cLetter)
 {
-    KeyCode code = XKeysymToKeycode(XtDisplay(shell), (KeySym)tolower((unsigned char)cLetter));
+    const KeySym key = static_cast<unsigned char>(lowered(cLetter));
+    const KeyCode code = XKeysymToKeycode(XtDisplay(shell), key);
 
-    for (unsigned locks :
-         {0u, (unsigned)LockMask, (unsigned)Mod2Mask, (unsigned)(LockMask | Mod2Mask)})
+    for (const int iLocks : {0, LockMask, Mod2Mask, LockMask | Mod2Mask})
         if (code)
-            XtGrabKey(shell, code, Mod1Mask | locks, False, GrabModeAsync, GrabModeAsync);
+            XtGrabKey(shell, code, static_cast<Modifiers>(Mod1Mask | iLocks), False, GrabModeAsync,
+                      GrabModeAsync);
 }
 
 /* Chooses what has no letter yet, and has the keys come to the shell wherever the focus is. */
@@ -110,14 +117,14 @@ static void assign(Widget dialog)
     std::string taken;
 
     for (Widget button : buttons)
-        if (const int iLetter = letterOf(button))
-            taken += (char)iLetter;
+        if (const char cLetter = letterOf(button))
+            taken += cLetter;
     for (Widget button : buttons) {
-        const char cLetter = letterOf(button) ? 0 : freeLetter(labelOf(button), taken);
+        const char cLetter = letterOf(button) ? '\0' : freeLetter(labelOf(button), taken);
         if (!cLetter)
             continue;
-        XtVaSetValues(button, XmNmnemonic, (KeySym)cLetter, nullptr);
-        taken += (char)tolower((unsigned char)cLetter);
+        XtVaSetValues(button, XmNmnemonic, static_cast<KeySym>(cLetter), nullptr);
+        taken += lowered(cLetter);
     }
     for (char cLetter : taken)
         grabKey(XtParent(dialog), cLetter);
@@ -133,10 +140,10 @@ static void keyPressed(Widget, XtPointer client, XEvent *pEvent, Boolean *pConti
     Widget dialog = static_cast<Widget>(client);
     const KeySym key = XLookupKeysym(&pEvent->xkey, 0);
 
-    if (!(pEvent->xkey.state & Mod1Mask) || key >= 0x80 || !isalpha((int)key))
+    if (!(pEvent->xkey.state & Mod1Mask) || key >= 0x80 || !isalpha(static_cast<int>(key)))
         return;
     for (Widget button : buttonsOf(dialog)) {
-        if (letterOf(button) != tolower((int)key))
+        if (letterOf(button) != lowered(static_cast<char>(key)))
             continue;
         (void)OV_instActivateButton(button);
         *pContinue = False;
@@ -158,11 +165,11 @@ void OV_instRenewMnemonic(Widget button)
 {
     if (!button || !isButton(button))
         return;
-    const int iLetter = letterOf(button);
+    const char cLetter = letterOf(button);
     const std::string label = labelOf(button);
-    if (!iLetter || label.find((char)iLetter) != std::string::npos ||
-        label.find((char)toupper(iLetter)) != std::string::npos)
+    if (!cLetter || label.find(cLetter) != std::string::npos ||
+        label.find(static_cast<char>(toupper(cLetter))) != std::string::npos)
         return;
-    XtVaSetValues(button, XmNmnemonic, (KeySym)XK_VoidSymbol, nullptr);
+    XtVaSetValues(button, XmNmnemonic, KeySym{XK_VoidSymbol}, nullptr);
     assign(OV_instGetTopManager(button));
 }

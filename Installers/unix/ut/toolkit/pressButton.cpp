@@ -29,19 +29,19 @@ void OV_instPressButton(Widget button, XEvent *pEvent)
         XtCallActionProc(button, "ArmAndActivate", pEvent, nullptr, 0);
 }
 
-int OV_instActivateButton(Widget button)
+bool OV_instActivateButton(Widget button)
 {
     static char s_caMessage[] = "OVINST_PRESS";
     Widget widget = button && XmIsGadget(button) ? XtParent(button) : button;
     XEvent event = {};
 
     if (!OV_instCanPress(button) || !XtIsRealized(widget))
-        return 0;
+        return false;
     event.xclient.type = ClientMessage;
     event.xclient.display = XtDisplay(widget);
     event.xclient.window = XtWindow(widget);
     event.xclient.message_type = XmInternAtom(XtDisplay(widget), s_caMessage, False);
     event.xclient.format = 32;
     XtAddEventHandler(widget, NoEventMask, True, pressNow, button);
-    return XtDispatchEvent(&event) ? 1 : 0;
+    return XtDispatchEvent(&event);
 }

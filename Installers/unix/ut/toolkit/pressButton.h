@@ -13,8 +13,8 @@ void OV_instPressButton(Widget button, XEvent *pEvent);
 
 /* The same for use outside the handling of an event, as in a timer. The call dispatches an event of
  * its own, so that what the button's callbacks destroy lives until they are through. Nothing
- * happens, and the result is 0, when the button cannot be pressed or is not realized; else 1, and
- * it may be gone. */
-int OV_instActivateButton(Widget button);
+ * happens, and the result is false, when the button cannot be pressed or is not realized; else
+ * true, and it may be gone. */
+bool OV_instActivateButton(Widget button);
 
 #endif

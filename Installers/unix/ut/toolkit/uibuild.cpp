@@ -16,11 +16,11 @@
 enum { MAX_WIDGETS = 64 };
 
 /* A dialog being made. */
-typedef struct Build {
+struct Build {
     const OV_WidgetRow *aRows;
     Widget aMade[MAX_WIDGETS];
     int iCount;
-} Build;
+};
 
 /* A wrong table is a mistake in the program, which its first run shows. */
 [[noreturn]] static void badTable(const char *pName, const char *pReason)
@@ -39,13 +39,13 @@ static int findRow(const Build *pBuild, const char *pName)
     return -1;
 }
 
-static int isShellClass(WidgetClass kind)
+static bool isShellClass(WidgetClass kind)
 {
     for (; kind; kind = kind->core_class.superclass) {
         if (kind == shellWidgetClass)
-            return 1;
+            return true;
     }
-    return 0;
+    return false;
 }
 
 /* The widget that a row belongs below. */
@@ -66,10 +66,10 @@ static Widget parentOf(const Build *pBuild, const OV_WidgetRow *pRow, Widget par
 static Widget makeWidget(const OV_WidgetRow *pRow, Widget up)
 {
     Arg aShellArgs[] = {
-        {(String)XmNallowShellResize, True}
+        {const_cast<String>(XmNallowShellResize), True}
     };
     Arg aDialogArgs[] = {
-        {(String)XmNautoUnmanage, False}
+        {const_cast<String>(XmNautoUnmanage), False}
     };
 
     if (OV_instAddWidgetLooks(up, pRow->pName, *pRow->ppClass, pRow->pLooks) < 0)

@@ -6,18 +6,18 @@
 
 #include <X11/Intrinsic.h>
 
-typedef struct _OV_WidgetRow {
+struct OV_WidgetRow {
     const char *pName;    /* resources and lookups use it; a null name ends the table */
     const char *pParent;  /* an earlier row; null in row 0 */
     WidgetClass *ppClass; /* the class pointer's address keeps the table constant */
     const char *pLooks;   /* "resource: value" lines, best made with the macros below */
-} OV_WidgetRow;
+};
 
-typedef struct _OV_CallbackRow {
+struct OV_CallbackRow {
     const char *pName;   /* a widget of the table; a null name ends the table */
     const char *pReason; /* the callback list's resource name */
     XtCallbackProc fpCallback;
-} OV_CallbackRow;
+};
 
 /* Lines for the looks. A text is in the notation of compound.h and has no line end in it; lengths
  * are in pixels of a screen of 96 dots per inch. */

@@ -14,10 +14,10 @@
 enum { OUTPUT_PIECE = 10240 };
 
 /* A wait, which ends early when its widget goes. */
-typedef struct Wait {
+struct Wait {
     Widget widget; /* null once it is gone, and when there is nothing to watch */
-    int bGone;
-} Wait;
+    bool bGone;
+};
 
 static Widget MainTopLevelShell; /* the one that the process made last */
 
@@ -29,15 +29,16 @@ static void forgetMainShell(Widget shell, XtPointer, XtPointer)
 
 static void noteGone(Widget, XtPointer wait, XtPointer)
 {
-    *(Wait *)wait = {nullptr, 1};
+    *static_cast<Wait *>(wait) = {nullptr, true};
 }
 
 static void centre(Widget shell, Dimension width, Dimension height)
 {
     Screen *pScreen = XtScreen(shell);
+    const int iX = WidthOfScreen(pScreen) / 2 - width / 2;
+    const int iY = HeightOfScreen(pScreen) / 2 - height / 2;
 
-    XtVaSetValues(shell, XmNx, (Position)(WidthOfScreen(pScreen) / 2 - width / 2), XmNy,
-                  (Position)(HeightOfScreen(pScreen) / 2 - height / 2), nullptr);
+    XtVaSetValues(shell, XmNx, static_cast<Position>(iX), XmNy, static_cast<Position>(iY), nullptr);
 }
 
 static void centreOn(Widget shell, Widget sized)
@@ -52,16 +53,16 @@ static void centreOn(Widget shell, Widget sized)
 /* Handles one thing that is ready, or waits for one. Taking turns keeps a busy pipe from shutting
  * out the user, and the other way round. XtAppNextEvent would keep waiting for an X event after a
  * timer or an input source has set the flag that the caller watches. */
-static void handleOne(XtAppContext app, int *pbEventLast)
+static void handleOne(XtAppContext app, bool *pbEventLast)
 {
     XtInputMask ready = XtAppPending(app);
-    XtInputMask others = ready & ~(XtInputMask)XtIMXEvent;
+    XtInputMask others = ready & ~XtInputMask{XtIMXEvent};
 
     *pbEventLast = (ready & XtIMXEvent) && (!others || !*pbEventLast);
     if (*pbEventLast)
         XtAppProcessEvent(app, XtIMXEvent);
     else
-        XtAppProcessEvent(app, others ? others : (XtInputMask)XtIMAll);
+        XtAppProcessEvent(app, others ? others : XtInputMask{XtIMAll});
 }
 
 static void setLabel(Widget widget, XmString label)
@@ -85,8 +86,9 @@ Widget OV_instCreateMainTopLevelShell(Widget parent)
     Screen *pScreen = XtScreen(parent);
     Widget shell = XtVaCreatePopupShell(
         "TopLevelShell", topLevelShellWidgetClass, parent, XmNtitle, "", XmNiconName, "", XmNx,
-        (Position)(WidthOfScreen(pScreen) / 2), XmNy, (Position)(HeightOfScreen(pScreen) / 2),
-        XmNwidth, one, XmNheight, one, XmNallowShellResize, True, nullptr);
+        static_cast<Position>(WidthOfScreen(pScreen) / 2), XmNy,
+        static_cast<Position>(HeightOfScreen(pScreen) / 2), XmNwidth, one, XmNheight, one,
+        XmNallowShellResize, True, nullptr);
 
     XtAddCallback(shell, XmNdestroyCallback, forgetMainShell, nullptr);
     XtManageChild(shell);
@@ -148,8 +150,8 @@ void OV_instMainLoop(Widget widget, const int *piDone)
         return;
 
     XtAppContext app = XtWidgetToApplicationContext(widget);
-    Wait wait = {OV_instIsDying(widget) ? nullptr : widget, 0};
-    int bEventLast = 0;
+    Wait wait = {OV_instIsDying(widget) ? nullptr : widget, false};
+    bool bEventLast = false;
 
     if (wait.widget)
         XtAddCallback(widget, XmNdestroyCallback, noteGone, &wait);
@@ -178,7 +180,7 @@ void OV_instUpdateLabelString(Widget widget, const char *pText)
         return;
     XtArgVal label = CONVERT(widget, pText, XmRXmString, sizeof(XmString), &ok);
     if (ok)
-        setLabel(widget, (XmString)label);
+        setLabel(widget, reinterpret_cast<XmString>(label));
 }
 
 void OV_instSetLiteralLabel(Widget widget, const char *pText)

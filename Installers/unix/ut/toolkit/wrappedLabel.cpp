@@ -7,11 +7,11 @@
 #include "ut/toolkit/foldText.h"
 
 /* What a label that wraps shows. It is the label's user data. */
-typedef struct Wrapped {
+struct Wrapped {
     std::string text;
     int iWidth;  /* the room that the lines were broken for, */
     int iHeight; /* and in which they stand at the top */
-} Wrapped;
+};
 
 /* The label's size without its borders. */
 static void getRoom(Widget label, int *piWidth, int *piHeight)
@@ -36,7 +36,7 @@ static void moveToTop(Widget label, int iRoom)
 
     XtVaGetValues(label, XmNrenderTable, &table, XmNlabelString, &shown, nullptr);
     const int iBelow = table && shown ? iRoom - XmStringHeight(table, shown) : 0;
-    XtVaSetValues(label, XmNmarginBottom, (Dimension)(iBelow > 0 ? iBelow : 0), nullptr);
+    XtVaSetValues(label, XmNmarginBottom, static_cast<Dimension>(iBelow > 0 ? iBelow : 0), nullptr);
     XmStringFree(shown);
 }
 
@@ -49,7 +49,7 @@ static void wrap(Widget label, Wrapped *pWrapped)
 /* Also when the label appears: it gets its first size before it has a window. */
 static void resized(Widget label, XtPointer wrapped, XEvent *, Boolean *)
 {
-    Wrapped *pWrapped = (Wrapped *)wrapped;
+    auto *pWrapped = static_cast<Wrapped *>(wrapped);
     int iWidth = 0;
     int iHeight = 0;
 
@@ -63,7 +63,7 @@ static void resized(Widget label, XtPointer wrapped, XEvent *, Boolean *)
 
 static void forget(Widget, XtPointer wrapped, XtPointer)
 {
-    delete (Wrapped *)wrapped;
+    delete static_cast<Wrapped *>(wrapped);
 }
 
 void OV_instSetWrappedLabel(Widget label, const char *pText)
