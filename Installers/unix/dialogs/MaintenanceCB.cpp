@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include <Xm/MessageB.h>
 
@@ -13,6 +12,7 @@
 #include "engine/configWalk.h"
 #include "engine/driver.h"
 #include "engine/installer.h"
+#include "engine/marks.h"
 #include "engine/setupState.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
@@ -176,32 +176,13 @@ void OV_instMaintenanceAddRemoveCB(Widget widget, XtPointer, XtPointer)
     pRoot->pParent = nullptr; /* its Cancel comes back here, whatever was visited before */
 }
 
-/* The marks of a configuration. */
-struct Marks {
-    _OV_InstConfigList *pConfig;
-    int32_t iInstalled;
-    int32_t iSelected;
-};
-
-static std::vector<Marks> noteMarks()
-{
-    std::vector<Marks> marks;
-
-    for (auto *pConfig = CDInstPtr->pConfigHead; pConfig; pConfig = pConfig->pNext)
-        marks.push_back({pConfig, pConfig->iInstalled, pConfig->iSelected});
-    return marks;
-}
-
 /* Without a run there would be no window left to go on with, and what was marked for it must not
  * come into the next one. */
-static void startRun(_OV_InstConfigList *pRoot, OV_InstMode iMode, const std::vector<Marks> &before)
+static void startRun(_OV_InstConfigList *pRoot, OV_InstMode iMode, const OV_Marks *pBefore)
 {
     if (OV_instCommandLineInstall(CDInstPtr, pRoot, iMode) == 0)
         return;
-    for (const Marks &marks : before) {
-        marks.pConfig->iInstalled = marks.iInstalled;
-        marks.pConfig->iSelected = marks.iSelected;
-    }
+    OV_instRestoreMarks(pBefore);
     Widget again = CreatembMaintenance(OV_instGetMainTopLevelShell());
     OV_DisableAddButtonIfNecessary();
     XtManageChild(again);
@@ -220,9 +201,9 @@ void OV_instMaintenanceRemoveallCB(Widget widget, XtPointer, XtPointer)
     if (!isSure("Remove all files - are you sure ?"))
         return;
     XtDestroyWidget(OV_instGetShell(widget));
-    const std::vector<Marks> before = noteMarks();
+    const OwnedMarks before(OV_instNoteMarks(CDInstPtr));
     SetSelectedFlags(pRoot, 0);
-    startRun(pRoot, OV_INST_DELETE_MODE, before);
+    startRun(pRoot, OV_INST_DELETE_MODE, before.get());
 }
 
 void OV_instMaintenanceReinstallCB(Widget widget, XtPointer, XtPointer)
@@ -233,5 +214,6 @@ void OV_instMaintenanceReinstallCB(Widget widget, XtPointer, XtPointer)
         return;
     XtDestroyWidget(OV_instGetShell(widget));
     SetInstalledFlags(pRoot, 0);
-    startRun(pRoot, OV_INST_INSTALL_MODE, noteMarks());
+    const OwnedMarks before(OV_instNoteMarks(CDInstPtr));
+    startRun(pRoot, OV_INST_INSTALL_MODE, before.get());
 }

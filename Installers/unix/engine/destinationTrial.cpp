@@ -3,32 +3,17 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include "engine/history.h"
+#include "engine/marks.h"
 #include "engine/setupState.h"
 
 struct OV_DestinationTrial {
     bool bFound;
     std::string destination; /* what follows is of the time before */
     std::string source;
-    std::vector<int32_t *> marks; /* every mark that a check can set, and its value */
-    std::vector<int32_t> values;
+    OwnedMarks marks;
 };
-
-static void noteMarks(OV_DestinationTrial *pTrial)
-{
-    for (auto *pNode = CDInstPtr->pPackageHead; pNode; pNode = pNode->pNext)
-        pTrial->marks.push_back(&pNode->pPackage->iInstalled);
-    for (auto *pSuite = CDInstPtr->pSuiteHead; pSuite; pSuite = pSuite->pNext)
-        pTrial->marks.push_back(&pSuite->iState);
-    for (auto *pConfig = CDInstPtr->pConfigHead; pConfig; pConfig = pConfig->pNext) {
-        pTrial->marks.push_back(&pConfig->iInstalled);
-        pTrial->marks.push_back(&pConfig->iSelected);
-    }
-    for (const int32_t *pMark : pTrial->marks)
-        pTrial->values.push_back(*pMark);
-}
 
 OV_DestinationTrial *OV_instTryDestination(const char *pPath)
 {
@@ -36,9 +21,9 @@ OV_DestinationTrial *OV_instTryDestination(const char *pPath)
         return nullptr;
     const char *pOld = CDInstPtr->pInstallDir ? CDInstPtr->pInstallDir : "";
     const char *pSource = CDInstPtr->pSourceDir ? CDInstPtr->pSourceDir : "";
-    OwnedTrial trial(new OV_DestinationTrial{false, pOld, pSource, {}, {}});
+    OwnedTrial trial(
+        new OV_DestinationTrial{false, pOld, pSource, OwnedMarks(OV_instNoteMarks(CDInstPtr))});
 
-    noteMarks(trial.get());
     if (OV_instSetRootDestination(pPath) < 0)
         return nullptr;
     trial->bFound = OV_instFindInstallation(OV_MAINTENANCE_CONFIG);
@@ -54,8 +39,7 @@ bool OV_instFoundInstallation(const OV_DestinationTrial *pTrial)
 
 void OV_instUndoTrial(const OV_DestinationTrial *pTrial)
 {
-    for (size_t i = 0; i < pTrial->marks.size(); i++)
-        *pTrial->marks[i] = pTrial->values[i];
+    OV_instRestoreMarks(pTrial->marks.get());
     if (char *pSource = strdup(pTrial->source.c_str())) { /* as it was, resolved or not */
         free(CDInstPtr->pSourceDir);
         CDInstPtr->pSourceDir = pSource;
