@@ -1,12 +1,16 @@
 /* The custom functions of the sample product.
  *
  *   reserveCache  data "BYTES PATH": makes the renderer's cache file, at its full size, below the
- *                 destination, so that a full disk shows at installation and not in mid-work
+ *                 destination, so that a full disk shows at installation and not in mid-work.
+ *                 Removing the package removes it
  *   checkFiles    data "DIRECTORY": after the installation, looks whether the package's files
  *                 have really arrived below that directory
  *
- * They double as the example of how a module is written: every field of the record has its use
- * here. A module is loaded into setup itself, so it never prints, exits or keeps what it was given.
+ * They double as the example of how a module is written. Three habits are worth copying:
+ * - A module is loaded into setup itself, so it never prints, exits or keeps what it was given.
+ * - It runs as root in places where others may write. So it opens the root destination and goes
+ *   on from there, following no link (O_NOFOLLOW) that somebody may have put in its way.
+ * - It removes only what it has made, which it knows by more than the name.
  */
 #include "OVinstModule.h"
 
@@ -19,6 +23,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -32,6 +37,23 @@ double ModuleVersion = OV_MODULE_VERSION;
 }
 
 enum { FILL_SIZE = 10240 }; /* a record for every so many bytes keeps the progress moving */
+
+/* The cache's first line. The renderer keeps it, so it tells our file from others of that name. */
+static const char s_caSign[] = "KIVO cache\n";
+
+/* A file descriptor that is closed at the end of its block. */
+struct Opened {
+    int iFd;
+
+    explicit Opened(int iOpened) : iFd(iOpened) {}
+    Opened(const Opened &) = delete;
+    Opened &operator=(const Opened &) = delete;
+    ~Opened()
+    {
+        if (iFd >= 0)
+            (void)close(iFd); /* what was written was closed before, and tested */
+    }
+};
 
 static const char *orEmpty(const char *pText)
 {
@@ -84,10 +106,44 @@ static int32_t answerSize(_OV_CustomData *pData, int32_t iBytes)
     return OV_INST_NO_ERROR;
 }
 
+/* ---- the cache below the destination ---- */
+
+/* The directory of a file, opened; *pName becomes the file's name. All that follows goes by this
+ * descriptor, so nobody can exchange a directory for a link meanwhile. The root destination is what
+ * the user chose, links and all; below it not even root's links are followed: that is the short
+ * way. -1 for failure. */
+static int openParent(const _OV_CustomData *pData, const std::string &file, std::string *pName)
+{
+    const int iFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+    const std::string path = file.substr(strlen(orEmpty(pData->pRootDest)));
+    int iDir = open(orEmpty(pData->pRootDest), iFlags);
+    size_t iStart = 0;
+
+    for (size_t iEnd; (iEnd = path.find('/', iStart)) != std::string::npos; iStart = iEnd + 1) {
+        Opened upper(iDir);
+        iDir = openat(upper.iFd, path.substr(iStart, iEnd - iStart).c_str(), iFlags | O_NOFOLLOW);
+    }
+    *pName = path.substr(iStart);
+    return iDir;
+}
+
+/* Whether a file is there and is one that this module has made. */
+static bool isOurs(int iDir, const std::string &name)
+{
+    char caBegin[sizeof s_caSign - 1];
+    struct stat status;
+    /* O_NONBLOCK: a planted fifo must not keep setup waiting. */
+    Opened file(openat(iDir, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+
+    return file.iFd >= 0 && fstat(file.iFd, &status) == 0 && S_ISREG(status.st_mode) &&
+           read(file.iFd, caBegin, sizeof caBegin) == static_cast<ssize_t>(sizeof caBegin) &&
+           memcmp(caBegin, s_caSign, sizeof caBegin) == 0;
+}
+
 /* Where the cache belongs to; its first lines, for whoever finds the file and wonders. */
 static std::string cacheHead(const _OV_CustomData *pData)
 {
-    std::string head = "KIVO cache\n";
+    std::string head = s_caSign;
     const struct {
         const char *pLabel;
         const char *pValue;
@@ -135,34 +191,50 @@ static int fillCache(const _OV_CustomData *pData, int iFd, int32_t iBytes, const
     return 0;
 }
 
+/* An older cache is replaced, anything else of that name is somebody else's: O_EXCL fails then. */
 static int32_t createCache(const _OV_CustomData *pData, int32_t iBytes, const std::string &path)
 {
-    /* An older cache is replaced, never written through: it could be a link by now. */
-    if (unlink(path.c_str()) < 0 && errno != ENOENT)
+    const int iFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    std::string name;
+    Opened parent(openParent(pData, path, &name));
+
+    if (isOurs(parent.iFd, name) && unlinkat(parent.iFd, name.c_str(), 0) < 0)
         return fail(pData, "can't replace", path);
-    int iFd = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    int iFd = openat(parent.iFd, name.c_str(), iFlags, 0644);
     if (iFd < 0)
         return fail(pData, "can't create", path);
     int iBad = fillCache(pData, iFd, iBytes, path);
     iBad |= close(iFd);
     if (iBad) {
-        (void)unlink(path.c_str()); /* half a cache is of no use; the error record says enough */
+        /* Half a cache is of no use; the error record says enough. */
+        (void)unlinkat(parent.iFd, name.c_str(), 0);
         return fail(pData, "can't write", path);
     }
     say(pData->fpUpdate, "#Log:KIVO: reserved %d bytes for %s\n", iBytes, path.c_str());
     return OV_INST_NO_ERROR;
 }
 
+/* What is not there any more, or not ours, is no failure. */
 static int32_t removeCache(const _OV_CustomData *pData, int32_t iBytes, const std::string &path)
 {
-    if (unlink(path.c_str()) < 0 && errno != ENOENT)
+    std::string name;
+    Opened parent(openParent(pData, path, &name));
+
+    say(pData->fpUpdate, "+%d %s\n", iBytes, path.c_str()); /* the total counts on it */
+    if (faccessat(parent.iFd, name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) < 0)
+        return OV_INST_NO_ERROR;
+    bool bOurs = isOurs(parent.iFd, name);
+    if (bOurs && unlinkat(parent.iFd, name.c_str(), 0) < 0)
         return fail(pData, "can't remove", path);
-    say(pData->fpUpdate, "+%d %s\n", iBytes, path.c_str());
-    say(pData->fpUpdate, "#Log:KIVO: removed %s\n", path.c_str());
+    say(pData->fpUpdate, "#Log:KIVO: %s %s\n", bOurs ? "removed" : "left what setup has not made,",
+        path.c_str());
     return OV_INST_NO_ERROR;
 }
 
-/* Files below the directory, links not followed; -1 when it can't be read. */
+/* ---- what has arrived ---- */
+
+/* Files below the directory; -1 when it can't be read. Nothing is changed here, so the path will
+ * do: a link in it would make the number wrong, and no more. */
 static long countFiles(const std::string &directory)
 {
     std::error_code bad;
@@ -189,12 +261,9 @@ int32_t reserveCache(struct _OV_instCDinst *, struct _OV_CustomData *pData)
         return fail(pData, "bad data for reserveCache:", orEmpty(pData->pData));
     if (pData->ovPass == OV_CUSTOM_SIZE)
         return answerSize(pData, iBytes);
-    say(pData->fpLog, "reserveCache: package %s, pass %d, mode %d, %s run\n",
-        orEmpty(pData->pPackageName), static_cast<int>(pData->ovPass), pData->iDelete,
-        pData->pTls ? "graphical" : "unattended");
     if (pData->ovPass != OV_CUSTOM_INIT)
         return OV_INST_NO_ERROR;
-    path.insert(0, orEmpty(pData->pDest)); /* ends in a slash */
+    path.insert(0, orEmpty(pData->pDest)); /* begins with pRootDest, ends in a slash */
     return pData->iDelete == OV_INST_INSTALL_MODE ? createCache(pData, iBytes, path)
                                                   : removeCache(pData, iBytes, path);
 }
@@ -211,6 +280,6 @@ int32_t checkFiles(struct _OV_instCDinst *, struct _OV_CustomData *pData)
     long lCount = countFiles(directory);
     if (lCount < 1)
         return fail(pData, "no files of the package in", directory);
-    say(pData->fpLog, "checkFiles: %ld files in %s\n", lCount, directory.c_str());
+    say(pData->fpLog, "KIVO: found %ld files in %s\n", lCount, directory.c_str());
     return OV_INST_NO_ERROR;
 }

@@ -1,8 +1,12 @@
 /* The sample medium: whether its description tells the truth, and whether it installs. */
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+#include <regex>
 #include <set>
 #include <vector>
+
+#include "OVinstModule.h"
 
 #include "description/model.h"
 #include "description/reader.h"
@@ -137,6 +141,13 @@ TEST(Medium, InstallsCompletelyAndCallsTheRegistryTools)
     EXPECT_TRUE(fs::exists(dest + "Documents/start.html"));
     EXPECT_EQ(262144u, fs::file_size(dest + "Data/Cache/scene.cache"));
 
+    EXPECT_TRUE(std::regex_match(
+        readFile(dest + "Setup/setup.log"),
+        std::regex("\n>>>>>>> SETUP Log File created on .* <<<<<<<\nStarting Installation\n"
+                   "KIVO: reserved 262144 bytes for \\S+/Data/Cache/scene.cache\n"
+                   "KIVO: found [0-9]+ files in \\S+/Documents/manual\nInstallation Completed\n")))
+        << readFile(dest + "Setup/setup.log");
+
     const std::string calls = readFile(dest + "Application/registry-calls.log");
     const std::string home = "OV_HOME " + dest + "\nMWHOME " + dest +
                              "Application/mainwin/mw\nMWREGISTRY " + dest +
@@ -152,4 +163,64 @@ TEST(Medium, InstallsCompletelyAndCallsTheRegistryTools)
     };
     for (const std::string &expected : aExpected)
         EXPECT_NE(std::string::npos, calls.find(expected)) << expected << "not in\n" << calls;
+}
+
+/* ---- the module ---- */
+
+struct Module : testing::Test {
+    Scratch scratch;
+    const std::string root = scratch / "", dest = root + "kivo/",
+                      cache = dest + "Data/Cache/scene.cache";
+    Records records;
+    void *pModule = dlopen((s_medium + "/SetupFiles/kivosetup.so").c_str(), RTLD_NOW);
+
+    Module() { fs::create_directories(dest + "Data/Cache"); }
+    ~Module() override { dlclose(pModule); }
+
+    int32_t reserve(OV_InstMode mode)
+    {
+        auto reserveCache = reinterpret_cast<OV_CustomFunction>(dlsym(pModule, "reserveCache"));
+        _OV_CustomData data = {};
+
+        data.fpUpdate = records.pStream;
+        data.pRootDest = root.c_str();
+        data.pDest = dest.c_str();
+        data.pData = "20000 Data/Cache/scene.cache";
+        data.iDelete = mode;
+        data.ovPass = OV_CUSTOM_INIT;
+        return reserveCache(nullptr, &data);
+    }
+};
+
+TEST_F(Module, ReplacesAndRemovesItsOwnFile)
+{
+    EXPECT_EQ(OV_INST_NO_ERROR, reserve(OV_INST_INSTALL_MODE));
+    fs::resize_file(cache, 100);
+    EXPECT_EQ(OV_INST_NO_ERROR, reserve(OV_INST_INSTALL_MODE));
+    EXPECT_EQ(20000u, fs::file_size(cache));
+    EXPECT_EQ(OV_INST_NO_ERROR, reserve(OV_INST_DELETE_MODE));
+    EXPECT_TRUE(fs::is_empty(dest + "Data/Cache"));
+    records.take();
+    EXPECT_EQ(OV_INST_NO_ERROR, reserve(OV_INST_DELETE_MODE)); /* somebody was quicker */
+    EXPECT_EQ("+20000 " + cache + "\n", records.take());
+}
+
+TEST_F(Module, LeavesWhatItHasNotMade)
+{
+    const std::string state = "cd " + word(scratch.path) + " && find . -ls";
+    writeFile(scratch / "own", "KIVO cache\nof somewhere else\n");
+    writeFile(scratch / "other/scene.cache", "KIVO cache\nof somewhere else\n");
+
+    for (const char *pPlant : {"echo notes >scene.cache", "ln -s ../../../own scene.cache",
+                               "cd .. && rm -r Cache && ln -s ../../other Cache",
+                               "cd ../../.. && mv kivo real && ln -s real kivo"}) {
+        SCOPED_TRACE(pPlant);
+        output("cd " + word(dest + "Data/Cache") + " && rm -f scene.cache && " + pPlant);
+        const std::string before = output(state);
+        EXPECT_EQ(OV_INST_ERROR, reserve(OV_INST_INSTALL_MODE));
+        EXPECT_EQ("-1 KIVO: can't create " + cache + "\n", records.take());
+        EXPECT_EQ(OV_INST_NO_ERROR, reserve(OV_INST_DELETE_MODE));
+        EXPECT_EQ(0u, records.take().find("+20000 " + cache + "\n"));
+        EXPECT_EQ(before, output(state));
+    }
 }
