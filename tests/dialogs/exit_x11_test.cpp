@@ -53,6 +53,8 @@ TEST_F(ExitDialogs, ResumeReturnsToTheDialog)
     EXPECT_EQ(1, m_iAnswered);
     EXPECT_EQ(nullptr, openBox("mbExitSetupFinish"));
     EXPECT_TRUE(XtIsManaged(m_dialog));
+    EXPECT_EQ(text + text, askAnd({"mbExitSetup:x"}) + askAnd({"mbExitSetup:Escape"}));
+    EXPECT_EQ(3, m_iAnswered);
     m_pMessage = nullptr;
     EXPECT_EQ(0u, askAnd({"mbExitSetup:OK"}).find("Are you sure you want to Exit?"));
 }
@@ -68,7 +70,7 @@ TEST_F(ExitDialogs, LeavingEndsWithStatus10)
 
     for (const char *pName : {"", "A%sB"}) {
         m_pName = pName;
-        EXPECT_EXIT(askAnd({"mbExitSetup:x", notice}), testing::ExitedWithCode(10),
+        EXPECT_EXIT(askAnd({"mbExitSetup:Cancel", notice}), testing::ExitedWithCode(10),
                     std::string("<") + pName + s_caRest + ">00$");
     }
 }

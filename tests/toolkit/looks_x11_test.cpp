@@ -290,8 +290,9 @@ TEST_F(Looks, ReturnAndEscape)
         s_iOk = 0;
         pressKey(XtParent(dialog), XK_Escape);
         settle();
-        EXPECT_EQ(isThere("Cancel"), s_iCancel) << name;
-        EXPECT_EQ(!isThere("Cancel"), s_iOk) << name;
+        const bool bLeaves = isThere("Cancel") && name != "exit question"; /* where it resumes */
+        EXPECT_EQ(bLeaves, s_iCancel) << name;
+        EXPECT_EQ(!bLeaves, s_iOk) << name;
     });
 }
 

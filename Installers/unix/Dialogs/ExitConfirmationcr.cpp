@@ -4,6 +4,7 @@
 #include <Xm/MessageB.h>
 
 #include "Dialogs/windowTitle.h"
+#include "ut/toolkit/frameClose.h"
 #include "ut/toolkit/uibuild.h"
 
 #define BOX(style, message)                                                                        \
@@ -18,7 +19,8 @@ static const OV_WidgetRow s_aQuestion[] = {
     {"dsExitSetup", nullptr, &xmDialogShellWidgetClass, ""},
     {"mbExitSetup", "dsExitSetup", &xmMessageBoxWidgetClass,
      BOX("DIALOG_MODELESS", "Are you sure you want to Exit?")
-     UI_SET("okLabelString", "Resume Setup") UI_SET("cancelLabelString", "Exit Setup")},
+     UI_SET("okLabelString", "Resume Setup") UI_SET("cancelLabelString", "Exit Setup")
+     UI_ESCAPE_IS_OK},
     {nullptr, nullptr, nullptr, nullptr},
 };
 
@@ -64,9 +66,13 @@ static Widget createTitled(Widget parent, const OV_WidgetRow *aRows,
     return box;
 }
 
+/* Neither its frame nor Escape leaves setup. */
 Widget CreatembExitSetup(Widget parent)
 {
-    return createTitled(parent, s_aQuestion, s_aQuestionCallbacks);
+    Widget box = createTitled(parent, s_aQuestion, s_aQuestionCallbacks);
+
+    OV_instHandleFrameClose(box, "OK");
+    return box;
 }
 
 Widget CreatembExitSetupFinish(Widget parent)

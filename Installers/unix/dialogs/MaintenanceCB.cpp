@@ -190,8 +190,7 @@ static void startRun(_OV_InstConfigList *pRoot, OV_InstMode iMode, const OV_Mark
 
 static bool isSure(const char *pQuestion)
 {
-    return OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(), pQuestion, "Yes", "No",
-                                     nullptr) == 0;
+    return OV_instConfirm(OV_instGetMainTopLevelShell(), pQuestion);
 }
 
 void OV_instMaintenanceRemoveallCB(Widget widget, XtPointer, XtPointer)

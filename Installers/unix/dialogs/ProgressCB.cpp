@@ -213,11 +213,10 @@ void OV_instProgressCancelCB(Widget widget, XtPointer, XtPointer)
     if (iChild <= 0)
         return;
     OV_instPauseRun(iChild);
-    if (OV_instOkCancelMessageBox(OV_instGetMainTopLevelShell(),
-                                  "Setup is not yet completed.\n\n"
-                                  "If you quit now, the product will not be installed\n"
-                                  "properly.\n\nQuit Setup?",
-                                  "Yes", "No", nullptr) == 0) {
+    if (OV_instConfirm(OV_instGetMainTopLevelShell(),
+                       "Setup is not yet completed.\n\n"
+                       "If you quit now, the product will not be installed\n"
+                       "properly.\n\nQuit Setup?")) {
         OV_instKillRun(iChild);
         exit(STATUS_QUIT);
     }

@@ -11,6 +11,7 @@
 #include "ut/toolkit/appLooks.h"
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/looks.h"
+#include "ut/toolkit/pressButton.h"
 
 static const char s_caClass[] = "ORVANE Setup";
 
@@ -47,6 +48,7 @@ Widget OV_instOpenApplication(int *piArgc, char **apArgv)
         XtAppCreateShell(pName, pClass, applicationShellWidgetClass, pDisplay, nullptr, 0);
     OV_instAddFonts(shell);
     RegisterBxConverters(app);
+    OV_instAddPressAction(app);
     XmRepTypeInstallTearOffModelConverter();
     return shell;
 }

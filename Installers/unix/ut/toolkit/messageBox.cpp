@@ -120,25 +120,37 @@ static void awaitWindow(Widget shell)
     }
 }
 
-int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *pOk,
-                              const char *pCancel, const char *pHelp)
+/* Asks in a box whose default button that child is; results as OV_instOkCancelMessageBox has them.
+ */
+static int askInBox(Widget parent, const char *pMessage, const char *pOk, const char *pCancel,
+                    const char *pHelp, unsigned char defaultButton)
 {
     parent = livingParent(parent);
     if (!parent)
         return OV_instPrinting.fpAsk(pMessage, pOk, pCancel, pHelp);
 
     OpenBox open = {createBox(parent, "mbOkCancel"), 0, 1};
-    XtVaSetValues(open.box, XmNuserData, &open, nullptr);
+    XtVaSetValues(open.box, XmNuserData, &open, XmNdefaultButtonType, defaultButton, nullptr);
     setUpButton(&open, XmDIALOG_OK_BUTTON, pOk ? pOk : "OK", 1);
     setUpButton(&open, XmDIALOG_CANCEL_BUTTON, pCancel, 2);
     setUpButton(&open, XmDIALOG_HELP_BUTTON, pHelp, 3);
     setMessage(open.box, pMessage);
     if (!pCancel && !pHelp) /* Escape, too, has something to press */
-        XtOverrideTranslations(open.box,
-                               XtParseTranslationTable("<Key>osfCancel: BulletinBoardReturn()"));
+        XtOverrideTranslations(open.box, XtParseTranslationTable("<Key>osfCancel: OvPress(OK)"));
     OV_instHandleFrameClose(open.box, nullptr);
     OV_instRunDialog(open.box, &open.MessageBoxId);
     return (open.MessageBoxId ? open.MessageBoxId : open.iLast) - 1; /* or destroyed elsewhere */
+}
+
+int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *pOk,
+                              const char *pCancel, const char *pHelp)
+{
+    return askInBox(parent, pMessage, pOk, pCancel, pHelp, XmDIALOG_OK_BUTTON);
+}
+
+bool OV_instConfirm(Widget parent, const char *pQuestion)
+{
+    return askInBox(parent, pQuestion, "Yes", "No", nullptr, XmDIALOG_CANCEL_BUTTON) == 0;
 }
 
 int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, const char *pHelp,

@@ -13,9 +13,13 @@
 int OV_instOkCancelMessageBox(Widget parent, const char *pMessage, const char *pOk,
                               const char *pCancel, const char *pHelp);
 
-/* The same with a message formatted by OV_instVStrprint; with a null parent the text goes to
- * standard error. 0 for a null format; ends the process with status 1 when the text cannot be
- * built. */
+/* Asks whether to do what destroys something, with the buttons "Yes" and "No", the latter being the
+ * default: whether the answer is "Yes". */
+bool OV_instConfirm(Widget parent, const char *pQuestion);
+
+/* OV_instOkCancelMessageBox with a message formatted by OV_instVStrprint; with a null parent the
+ * text goes to standard error. 0 for a null format; ends the process with status 1 when the text
+ * cannot be built. */
 int OV_instDisplayMessage(Widget parent, const char *pOk, const char *pCancel, const char *pHelp,
                           const char *pFormat, ...) __attribute__((format(printf, 5, 6)));
 

@@ -29,6 +29,24 @@ void OV_instPressButton(Widget button, XEvent *pEvent)
         XtCallActionProc(button, "ArmAndActivate", pEvent, nullptr, 0);
 }
 
+static void pressNamed(Widget widget, XEvent *pEvent, String *apNames, Cardinal *piNames)
+{
+    Widget button = *piNames == 1 ? OV_instFindWidget(widget, apNames[0]) : nullptr;
+
+    if (OV_instCanPress(button))
+        OV_instPressButton(button, pEvent);
+}
+
+void OV_instAddPressAction(XtAppContext app)
+{
+    static char s_caName[] = "OvPress";
+    XtActionsRec aActions[] = {
+        {s_caName, pressNamed}
+    };
+
+    XtAppAddActions(app, aActions, XtNumber(aActions));
+}
+
 bool OV_instActivateButton(Widget button)
 {
     static char s_caMessage[] = "OVINST_PRESS";

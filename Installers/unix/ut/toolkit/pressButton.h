@@ -11,10 +11,14 @@ bool OV_instCanPress(Widget button);
  * event. */
 void OV_instPressButton(Widget button, XEvent *pEvent);
 
-/* The same for use outside the handling of an event, as in a timer. The call dispatches an event of
- * its own, so that what the button's callbacks destroy lives until they are through. Nothing
- * happens, and the result is false, when the button cannot be pressed or is not realized; else
- * true, and it may be gone. */
+/* Makes the action "OvPress(NAME)" known to translations: it presses the button of that name in the
+ * dialog, whichever has the keyboard. */
+void OV_instAddPressAction(XtAppContext app);
+
+/* OV_instPressButton for use outside the handling of an event, as in a timer. The call dispatches
+ * an event of its own, so that what the button's callbacks destroy lives until they are through.
+ * Nothing happens, and the result is false, when the button cannot be pressed or is not realized;
+ * else true, and it may be gone. */
 bool OV_instActivateButton(Widget button);
 
 #endif

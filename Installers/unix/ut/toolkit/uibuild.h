@@ -45,8 +45,9 @@ struct OV_CallbackRow {
 #define UI_FLUSH_LEFT(name) UI_OPPOSITE("left", name)
 #define UI_FLUSH_RIGHT(name) UI_OPPOSITE("right", name)
 
-/* For a box of one button: Escape has nothing else to press. */
-#define UI_ESCAPE_IS_OK UI_SET("translations", "#override <Key>osfCancel: BulletinBoardReturn()")
+/* For a message box: Escape presses its first button, since it has no other, or none that may be
+ * pressed so easily. */
+#define UI_ESCAPE_IS_OK UI_SET("translations", "#override <Key>osfCancel: OvPress(OK)")
 
 /* Makes what the tables describe below parent. Row 0 is a popup shell and row 1, the dialog,
  * its child; the result is row 1, not managed, since managing it shows the dialog. All rows below
