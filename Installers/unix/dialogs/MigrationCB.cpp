@@ -290,7 +290,8 @@ void _OnBrowseDialogCancel(Widget, XtPointer, XtPointer)
 }
 
 /* What is selected in the box as an absolute path, for the caller to free; null when that cannot be
- * had, which the user is told in the words of another dialog: meant. */
+ * had, which the user is told in the words of another dialog: who drives dialogs by their texts
+ * knows those. */
 static char *_GetAbsolutPath(Widget box)
 {
     OwnedText text(OV_instGetBrowsed(box));
