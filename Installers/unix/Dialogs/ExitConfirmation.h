@@ -12,7 +12,7 @@
  * asked over goes away, the call goes on handling events and never returns. */
 void OV_exitSetupConfirmation(Widget parent, const char *pMessage, const char *pProduct);
 
-/* Make the boxes below parent, unmanaged. Nothing shows the last one. */
+/* Make the boxes below parent, unmanaged. No button reaches the last one today. */
 Widget CreatembExitSetup(Widget parent);
 Widget CreatembExitSetupFinish(Widget parent);
 Widget CreatembExitSetupComplete(Widget parent);

@@ -111,7 +111,8 @@ void ExitSetupExitCB(Widget widget, XtPointer, XtPointer)
         return;
     }
     Widget notice = CreatembExitSetupFinish(OV_instGetShell(widget));
-    /* An empty product leaves the blank in front: meant so. */
+    /* An empty product leaves the blank in front: who drives dialogs by their texts compares them
+     * whole. */
     OwnedText text(OV_instStrPrint("%s Setup was interrupted before your\n"
                                    "new software was fully installed",
                                    Sproduct.c_str()));

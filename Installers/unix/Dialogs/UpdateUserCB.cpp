@@ -179,10 +179,10 @@ void UpdateUserSelectUserCB(Widget widget, XtPointer, XtPointer)
 void user_sel_name_ok(Widget, XtPointer, XtPointer call)
 {
     const auto *pCall = static_cast<const XmListCallbackStruct *>(call);
-    const size_t lAt = pCall ? static_cast<size_t>(pCall->item_position) - 1 : s_users.size();
+    const size_t iAt = pCall ? static_cast<size_t>(pCall->item_position) - 1 : s_users.size();
 
-    if (lAt < s_users.size())
-        showName(s_users[lAt].c_str());
+    if (iAt < s_users.size())
+        showName(s_users[iAt].c_str());
     closeUserList();
 }
 

@@ -106,11 +106,10 @@ void OV_instChangeDestination(Widget parent)
 void OV_instShowDestination(Widget inDialog, const char *pSpaceLabel, const char *pFolderField)
 {
     char caSpace[OV_SIZE_TEXT] = "";
-    const char *pRoot;
+    const char *pRoot = OV_instGetRootDestinationDirectory();
 
     OV_instGetFreeSpaceString(OV_instGetDestinationDirectory(), caSpace);
     OV_instSetLiteralLabel(OV_instFindWidget(inDialog, pSpaceLabel), caSpace);
-    pRoot = OV_instGetRootDestinationDirectory();
     XmTextFieldSetString(OV_instFindWidget(inDialog, pFolderField),
                          const_cast<char *>(pRoot ? pRoot : ""));
 }

@@ -1,4 +1,4 @@
-/* An older page that asks whether to leave. Nothing shows it, and its buttons do nothing. */
+/* An older page that asks whether to leave. No button reaches it today, and its own do nothing. */
 #ifndef OVINST_DIALOGS_EXIT_H
 #define OVINST_DIALOGS_EXIT_H
 

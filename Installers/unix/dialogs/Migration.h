@@ -1,5 +1,5 @@
-/* Carrying over the user's preferences of an earlier version. No step of the sequence opens the
- * dialog: meant. */
+/* Carrying over the user's preferences of an earlier version. No button reaches the dialog today,
+ * so that the step of the sequence that would migrate finds nothing chosen. */
 #ifndef OVINST_DIALOGS_MIGRATION_H
 #define OVINST_DIALOGS_MIGRATION_H
 
@@ -17,7 +17,8 @@ struct OV_StringList {
     OV_StringList *pNext;
 };
 
-/* A new list; null without memory. Lists stay for the whole run: freeing does nothing, meant. */
+/* A new list; null without memory. Lists stay for the whole run: freeing does nothing, so that
+ * whoever still holds a node may read it. */
 OV_StringList *CreateStringList();
 void InsertStringList(OV_StringList *pList, const char *pText);
 void FreeStringList(OV_StringList *pList);

@@ -33,10 +33,10 @@ enum { WORKING_SIZE = 256 };
 static const char s_caPreferences[] = "Data/Preferences/cpm.cpm";
 
 /* A list and the one made before it. */
-typedef struct HeldList {
+struct HeldList {
     OV_StringList head;
-    struct HeldList *pOlder;
-} HeldList;
+    HeldList *pOlder;
+};
 
 int g_iDoMigrate;
 char *g_pPrefPath;
@@ -144,10 +144,10 @@ OV_StringList *FindPreferencesDirs(const OV_StringList *pDirectories)
 static void setPrefPath(const char *pPath)
 {
     char *pCopy = pPath ? strdup(pPath) : nullptr;
-    const size_t lLength = pCopy ? strlen(pCopy) : 0;
+    const size_t iLength = pCopy ? strlen(pCopy) : 0;
 
-    if (lLength > 1 && pCopy[lLength - 1] == '/')
-        pCopy[lLength - 1] = '\0';
+    if (iLength > 1 && pCopy[iLength - 1] == '/')
+        pCopy[iLength - 1] = '\0';
     free(g_pPrefPath);
     g_pPrefPath = pCopy;
 }
@@ -202,9 +202,9 @@ void OnListCreate(Widget list)
 /* The path at a position of the list, which counts from 1; null for none. */
 static const char *pathAt(int iPosition)
 {
-    const size_t lAt = static_cast<size_t>(iPosition) - 1;
+    const size_t iAt = static_cast<size_t>(iPosition) - 1;
 
-    return iPosition > 0 && lAt < s_paths.size() ? s_paths[lAt].c_str() : nullptr;
+    return iPosition > 0 && iAt < s_paths.size() ? s_paths[iAt].c_str() : nullptr;
 }
 
 void OnCreateTextFieldPathCreate(Widget textField)
@@ -290,7 +290,8 @@ void _OnBrowseDialogCancel(Widget, XtPointer, XtPointer)
 }
 
 /* What is selected in the box as an absolute path, for the caller to free; null when that cannot be
- * had, which the user is told in the words of another dialog: meant. */
+ * had, which the user is told in the words of another dialog: who drives dialogs by their texts
+ * knows those. */
 static char *_GetAbsolutPath(Widget box)
 {
     OwnedText text(OV_instGetBrowsed(box));

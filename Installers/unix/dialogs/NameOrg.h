@@ -1,4 +1,5 @@
-/* The user's name and organization, and their confirmation. The values are kept for later runs. */
+/* The user's name and organization, and their confirmation. The values are kept for later runs.
+ * No button reaches them today: no description sets the flag that asks for them. */
 #ifndef OVINST_DIALOGS_NAMEORG_H
 #define OVINST_DIALOGS_NAMEORG_H
 

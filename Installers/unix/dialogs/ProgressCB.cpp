@@ -46,13 +46,11 @@ struct Bar {
 char *OV_instProgressFileText(const char *pFile)
 {
     size_t iLength = strlen(pFile);
-    const char *pTail;
-    const char *pSlash;
 
     if (iLength <= NAME_WHOLE)
         return strdup(pFile);
-    pTail = pFile + iLength - NAME_TAIL;
-    pSlash = strchr(pTail, '/');
+    const char *pTail = pFile + iLength - NAME_TAIL;
+    const char *pSlash = strchr(pTail, '/');
     return OV_instStrPrint("...%s", pSlash && strlen(pSlash) >= 2 ? pSlash : pTail);
 }
 
@@ -206,10 +204,9 @@ void OV_instProgressMapCB(Widget widget, XtPointer, XtPointer)
 void OV_instProgressCancelCB(Widget widget, XtPointer, XtPointer)
 {
     XtPointer pUserData = nullptr;
-    pid_t iChild;
 
     XtVaGetValues(widget, XmNuserData, &pUserData, nullptr);
-    iChild = static_cast<pid_t>(reinterpret_cast<intptr_t>(pUserData));
+    const auto iChild = static_cast<pid_t>(reinterpret_cast<intptr_t>(pUserData));
     if (iChild <= 0)
         return;
     OV_instPauseRun(iChild);

@@ -1,5 +1,5 @@
 /* The reseller's name, phone and e-mail address, and their confirmation. The values are kept for
- * later runs. */
+ * later runs. No button reaches them today: the page before them, NameOrg, is not reached. */
 #ifndef OVINST_DIALOGS_RESELLER_H
 #define OVINST_DIALOGS_RESELLER_H
 

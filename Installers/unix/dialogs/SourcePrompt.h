@@ -6,11 +6,11 @@
 #include <X11/Intrinsic.h>
 
 /* What the browser's OK works on. */
-typedef struct _OV_SourceBrowse {
+struct OV_SourceBrowse {
     char **ppNewSource; /* gets a new string */
     const char *pFile;
     Widget text; /* the selection */
-} OV_SourceBrowse;
+};
 
 /* Lets the user point at the directory of pFile, which is relative to it, and stores it in
  * *ppNewSource as a new string; what was there is not freed. It is not touched when the user gives

@@ -76,8 +76,8 @@ void OV_BrowseSourceExitCB(Widget box, XtPointer, XtPointer)
     closeBrowser(box);
 }
 
-/* The source directory with its links resolved; the dot makes it the directory that is meant and
- * not the one above. */
+/* The source directory with its links resolved; the dot makes it the directory itself and not
+ * the one above. */
 static char *realSource(const char *pSource)
 {
     OwnedText directory(pSource ? OV_instBuildPath(pSource, ".", nullptr) : nullptr);

@@ -6,6 +6,7 @@
 #include <Xm/Label.h>
 #include <Xm/MessageB.h>
 #include <Xm/PushB.h>
+#include <algorithm>
 #include <initializer_list>
 
 #include "ut/toolkit/looks.h"
@@ -51,8 +52,8 @@ static void growToLeastSize(Widget dialog, XtPointer, XtPointer)
     Dimension height = 0;
 
     XtVaGetValues(dialog, XmNwidth, &width, XmNheight, &height, nullptr);
-    XtVaSetValues(dialog, XmNwidth, width < iWidth ? (Dimension)iWidth : width, XmNheight,
-                  height < iHeight ? (Dimension)iHeight : height, nullptr);
+    XtVaSetValues(dialog, XmNwidth, static_cast<Dimension>(std::max<int>(width, iWidth)), XmNheight,
+                  static_cast<Dimension>(std::max<int>(height, iHeight)), nullptr);
 }
 
 Widget CreatembViewlog(Widget parent)

@@ -161,7 +161,7 @@ char *OV_instGetBrowsed(Widget box)
     char *pText = XmTextFieldGetString(XmFileSelectionBoxGetChild(box, XmDIALOG_TEXT));
     char *pCopy = *pText ? strdup(pText) : nullptr;
 
-    if (!*pText) /* the working directory is not meant */
+    if (!*pText) /* that is no choice of the working directory */
         OV_instTellOver(box, "No directory is selected.");
 
     XtFree(pText);

@@ -6,7 +6,7 @@
 #include <X11/Intrinsic.h>
 
 /* What a browser is made of. The texts are copied. */
-typedef struct _OV_DirectoryBrowser {
+struct OV_DirectoryBrowser {
     const char *pShellName;
     const char *pTitle; /* null: that of every dialog, "PRODUCT setup" */
     const char *pBoxName;
@@ -16,7 +16,7 @@ typedef struct _OV_DirectoryBrowser {
     XtCallbackProc fpOk;    /* of the box; its selection is OV_instGetBrowsed's */
     XtCallbackProc fpCancel;
     XtPointer pClient; /* of both */
-} OV_DirectoryBrowser;
+};
 
 /* Makes the browser over parent, unmanaged; the result is its file selection box, which stays open
  * after each answer until the program takes it down (ut/toolkit/modal.h). Closing its frame is

@@ -72,7 +72,7 @@ static bool readLine(FILE *pFile, std::string *pLine)
         for (int iByte = getc(pFile); iByte != EOF && iByte != '\n';)
             iByte = getc(pFile);
     /* The end must not be half a character: a field would refuse the text. */
-    for (int i = 0; i < 4 && mbstowcs(nullptr, pLine->c_str(), 0) == (size_t)-1; i++)
+    for (int i = 0; i < 4 && mbstowcs(nullptr, pLine->c_str(), 0) == static_cast<size_t>(-1); i++)
         if (!pLine->empty())
             pLine->pop_back();
     return true;

@@ -1,4 +1,5 @@
-/* The application's environment file in a user's home. */
+/* The application's environment file in a user's home. No button reaches it today: only the dialog
+ * of the user's account calls it. */
 #ifndef OVINST_ENGINE_ENVIRONMENTFILE_H
 #define OVINST_ENGINE_ENVIRONMENTFILE_H
 

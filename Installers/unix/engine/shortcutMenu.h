@@ -1,4 +1,4 @@
-/* The writer of the window manager's tool-chest menus. */
+/* The writer of the window manager's tool-chest menus. Nothing calls it today. */
 #ifndef OVINST_ENGINE_SHORTCUTMENU_H
 #define OVINST_ENGINE_SHORTCUTMENU_H
 

@@ -83,7 +83,7 @@ char *OV_instDirname(const char *pPath)
         caPath[iLength - 1] = '\0';
 
     char *pSlash = strrchr(caPath, '/');
-    if (!pSlash) /* the root has lost its only slash and counts as a bare name: meant */
+    if (!pSlash) /* the root, too, has lost its only slash: walks upwards end there at "./" */
         return strdup("./");
     pSlash[1] = '\0';
     return strdup(caPath);

@@ -44,7 +44,7 @@ FILE *OV_instOpenLogfile()
     if (!g_caLogName[0])
         return nullptr;
     FILE *pLog = OV_instGuardedFopen(g_caLogName, "a");
-    if (!pLog) /* the text names one caller whichever it is: meant */
+    if (!pLog) /* one caller is named whichever it is: scripts know the line so */
         (void)fprintf(stderr, "Error: (OV_instUpdateLogfile) can't open '%s'\n", g_caLogName);
     return pLog;
 }

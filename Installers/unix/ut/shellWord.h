@@ -14,7 +14,7 @@ char *OV_instShellWord(const char *pText);
  * end, before a newline, before a "%" that is still to be expanded). A new string, or null. */
 char *OV_instShellQuotedText(const char *pText);
 
-/* The same for a text that is meant literally, such as a path: every backslash is escaped too. */
+/* The same for a text to be taken literally, such as a path: every backslash is escaped too. */
 char *OV_instShellQuotedPath(const char *pPath);
 
 #endif

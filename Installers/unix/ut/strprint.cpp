@@ -127,7 +127,7 @@ static int addCharacter(Pass *pPass, const Directive *pDirective, va_list *pArgs
 }
 
 /* A width pads a string with zero bytes, so that the text seems to end there. It counts one more
- * than it writes: meant. */
+ * than it writes; callers notice counts by the formats that come to nothing (OV_instVStrprint). */
 static int addString(Pass *pPass, const Directive *pDirective, va_list *pArgs)
 {
     const char *pText = va_arg(*pArgs, const char *);
@@ -148,7 +148,8 @@ static int addString(Pass *pPass, const Directive *pDirective, va_list *pArgs)
     return 0;
 }
 
-/* Counts two less than it writes: meant. */
+/* Counts two less than it writes, so that "x%%" comes to nothing: its caller gets the static text.
+ */
 static int addPercent(Pass *pPass, const Directive *pDirective, va_list *)
 {
     return addText(pPass, pDirective, "%", 1, -1);

@@ -41,6 +41,9 @@ struct PrintedFreed {
 };
 using OwnedPrint = std::unique_ptr<char, PrintedFreed>;
 
+/* Nothing calls OV_instStrConcat and OV_instStrPopen today, OV_instStrSystem only the dialog of the
+ * user's account. */
+
 /* Appends the strings up to the terminating null to pBase (heap or null), which is reallocated.
  * Returns the enlarged string for the caller to free, or null when memory is short; pBase is then
  * still the caller's. */

@@ -45,6 +45,9 @@ void XmStringTableCvtDestroy(XtAppContext app, XrmValue *pTo, XtPointer data, Xr
  * belongs to the widget's conversion cache and lives as long as the widget. */
 XtArgVal CONVERT(Widget widget, const char *pText, const char *pTypeName, int iSize, Boolean *pOk);
 
+/* From here to the end only OV_instMergeResources is called today; the rest is what generated
+ * dialogs call. */
+
 /* Event handler that posts the popup menu given as client data, when the event is of the menu's
  * mouse button. */
 void MENU_POST(Widget widget, XtPointer menu, XEvent *pEvent, Boolean *pContinue);

@@ -253,7 +253,7 @@ void OV_instCheckLogfile(XtPointer path, XtIntervalId *pTimer)
         return;
     }
     if (status.st_mtime == s_viewer.lTime || status.st_size == s_viewer.lSize)
-        return; /* both must have changed: meant */
+        return; /* who watches need not see a log again that was only touched */
     OwnedFile file(openText(pPath));
     if (!file)
         return;
@@ -261,7 +261,8 @@ void OV_instCheckLogfile(XtPointer path, XtIntervalId *pTimer)
         XmTextReplace(s_viewer.text, 0, s_viewer.lAt, s_caNothing);
         s_viewer.lAt = 0;
     }
-    /* From the file's beginning, so what is shown already is shown again behind it: meant. */
+    /* From the file's beginning: who watches finds each state of the log as a whole, the newest
+     * last. */
     s_viewer.lAt = insertFile(s_viewer.text, s_viewer.lAt, file.get());
     s_viewer.lTime = status.st_mtime;
     s_viewer.lSize = status.st_size;

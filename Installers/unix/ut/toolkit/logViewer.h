@@ -11,6 +11,8 @@
  * null parent. */
 void ViewLogfile(Widget parent);
 
+/* No button reaches the stand-alone viewer, which the rest is about, today. */
+
 /* Makes the stand-alone viewer below the parent, whose shell it shows, and lets it look at the file
  * 1.5 seconds later. There is one viewer at a time. */
 void ViewFile(Widget parent, const char *pPath);

@@ -17,7 +17,8 @@ Widget OV_instCreateMainTopLevelShell(Widget parent);
 /* Shows the widget's shell in the middle of the screen. The texts may be null. */
 void OV_instPopup(Widget widget, const char *pTitle, const char *pIconName);
 
-/* Shows in the main shell itself what fpBuild makes below it; returns what was made. */
+/* Shows in the main shell itself what fpBuild makes below it; returns what was made. No
+ * dialog is opened by it today. */
 Widget OV_instCreateAndPopup(Widget (*fpBuild)(Widget parent));
 
 /* Hides the widget's shell. */
@@ -37,7 +38,7 @@ void OV_instUpdateLabelString(Widget widget, const char *pText);
 void OV_instSetLiteralLabel(Widget widget, const char *pText);
 
 /* Appends a shell command's output to a text widget. Returns pclose's status, or -1 when the
- * command cannot be started. */
+ * command cannot be started. Nothing calls it today. */
 int OV_instOutputCmdInTextWidget(Widget text, const char *pCommand);
 
 /* Gives all widgets up to the terminating null the width of the widest. */
