@@ -12,6 +12,7 @@
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
 #include "ut/toolkit/wrappedLabel.h"
+#include "description/configParts.h"
 #include "engine/configWalk.h"
 #include "dialogs/moveFiles.h"
 #include "dialogs/preInstall.h"
@@ -127,19 +128,6 @@ void OV_instUISetCustomDlg(_OV_InstConfigList *pConfig)
     OV_instCustomUpdateSpaceFields();
 }
 
-static const char *descriptionOf(const _OV_InstConfigList *pChild)
-{
-    const char *pText = nullptr;
-
-    if (pChild->pData && pChild->iType == OV_CONFIG_CUSDLG)
-        pText = static_cast<const _OV_InstCusDlg *>(pChild->pData)->pText;
-    else if (pChild->pData && pChild->iType == OV_CONFIG_MAINDLG)
-        pText = static_cast<const _OV_InstMainDlg *>(pChild->pData)->pText;
-    else if (pChild->pData)
-        pText = static_cast<const _OV_InstSuiteChoice *>(pChild->pData)->pText;
-    return pText ? pText : "";
-}
-
 /* ---- callbacks of the rows ---- */
 
 void OV_instCustomItemFocusCB(Widget, XtPointer child, XtPointer)
@@ -149,7 +137,7 @@ void OV_instCustomItemFocusCB(Widget, XtPointer child, XtPointer)
 
     if (!pChild || !change)
         return;
-    OV_instSetWrappedLabel(find("laCustomDescriptionItem"), descriptionOf(pChild));
+    OV_instSetWrappedLabel(find("laCustomDescriptionItem"), OV_instGetConfigText(pChild));
     XtSetSensitive(change, pChild->iType != OV_CONFIG_SUITE);
     XtRemoveAllCallbacks(change, XmNactivateCallback);
     XtAddCallback(change, XmNactivateCallback, OV_instCustomPBChangeOptionsCB, child);

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "description/configParts.h"
 #include "engine/archive.h"
 #include "engine/configWalk.h"
 #include "engine/customFunc.h"
@@ -300,8 +301,7 @@ static bool isHandedOver(const _OV_InstConfigList *pConfig, const _OV_InstSuiteL
 static int runSuite(const _OV_InstConfigList *pConfig, const char *pFrom, const char *pDest,
                     FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode)
 {
-    const _OV_InstSuiteChoice *pChoice = static_cast<_OV_InstSuiteChoice *>(pConfig->pData);
-    const _OV_InstSuiteList *pSuite = pChoice ? pChoice->pSuite : nullptr;
+    const _OV_InstSuiteList *pSuite = OV_instGetConfigSuite(pConfig);
     int iResult = 0;
 
     if (!pSuite)
