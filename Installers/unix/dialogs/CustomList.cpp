@@ -8,6 +8,7 @@
 
 #include "ut/toolkit/wrappedLabel.h"
 #include "description/configParts.h"
+#include "engine/choices.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
@@ -23,13 +24,6 @@ static const char s_caRow[] = "foCustomOptionsItem";
 static const char s_caRowLooks[] = UI_SET("verticalSpacing", "0") UI_SET("horizontalSpacing", "0");
 
 /* ---- a row ---- */
-
-static int isHidden(const _OV_InstConfigList *pChild)
-{
-    const auto *pData = static_cast<const _OV_InstSuiteChoice *>(pChild->pData);
-
-    return pChild->iType == OV_CONFIG_SUITE && pData && pData->pSuite && pData->pSuite->iHidden;
-}
 
 /* A press anywhere in a row makes it the current one, as its check box does. */
 static void rowPressed(Widget, XtPointer toggle, XEvent *, Boolean *)
@@ -167,7 +161,7 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
         if (!pChild)
             continue;
         OV_instResetPackagePasses(CDInstPtr->pPackageHead);
-        if (!isHidden(pChild))
+        if (!OV_instIsHidden(pChild))
             addRow(rows, pChild);
         if (!bFocused) /* shown or not: meant so */
             OV_instCustomItemFocusCB(rows, pChild, nullptr);
