@@ -55,23 +55,3 @@ TEST_F(Maintenance, ARemovalThatCannotStartLeavesThePage)
     EXPECT_EQ("2:11 3:11 5:01 +", states()) << "marks that are left come into the next run";
     EXPECT_NE(nullptr, shown("mbMaintenance")) << "no window is left";
 }
-
-TEST_F(Maintenance, FlagsReachDeepAndTellWhatIsMissing)
-{
-    describe(s_caTwo);
-    static_cast<_OV_InstCusDlg *>(config(4)->pData)->aChildren[1] = 99;
-    static_cast<_OV_InstCusDlg *>(config(4)->pData)->aChildren[2] = 2; /* round again */
-    EXPECT_EQ("Error in SetSelectedFlafs\nError in SetSelectedFlafs\n", printed([] {
-                  SetSelectedFlags(nullptr, 1);
-                  SetSelectedFlags(config(2), 1);
-              }));
-    EXPECT_EQ("2:11 3:01 4:11 5:01 +", states());
-    suite("P")->iState = suite("Q")->iState = suite("R")->iState = 1;
-    EXPECT_EQ("Error in SetInstalledFlags\nError in SetInstalledFlags\n", printed([] {
-                  SetInstalledFlags(nullptr, 0);
-                  SetInstalledFlags(config(2), 0);
-              }));
-    EXPECT_EQ(0, suite("P")->iState + suite("Q")->iState);
-    EXPECT_EQ(1, suite("R")->iState);
-    EXPECT_EQ("2:11 3:01 4:11 5:01 +", states());
-}

@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 #include "description/reader.h"
-#include "dialogs/Maintenance.h"
+#include "engine/choices.h"
 #include "engine/history.h"
 #include "engine/installer.h"
 #include "dialogs/moveFiles.h"

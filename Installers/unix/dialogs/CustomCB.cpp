@@ -12,7 +12,8 @@
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
 #include "ut/toolkit/wrappedLabel.h"
-#include "engine/configWalk.h"
+#include "description/configParts.h"
+#include "engine/choices.h"
 #include "dialogs/moveFiles.h"
 #include "dialogs/preInstall.h"
 #include "engine/selection.h"
@@ -24,12 +25,10 @@
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
 
-/* The dialog in use, and what was counted. The names of the counters are the wrong way round: what
- * is newly chosen is counted in iRemove. */
+/* The dialog in use, and what was counted. */
 static struct {
     Widget dialog; /* null when there is none */
-    int iAdd;
-    int iRemove;
+    OV_ChoiceCounts counts;
 } s_custom;
 
 static void forget(Widget dialog, XtPointer, XtPointer)
@@ -40,7 +39,8 @@ static void forget(Widget dialog, XtPointer, XtPointer)
 
 void OV_instCustomUse(Widget dialog)
 {
-    s_custom = {dialog, 0, 0};
+    s_custom.dialog = dialog;
+    s_custom.counts = {0, 0};
     XtAddCallback(dialog, XmNdestroyCallback, forget, nullptr);
 }
 
@@ -54,37 +54,21 @@ static Widget find(const char *pName)
 static void showCounts()
 {
     OV_instSetLiteralLabel(find("laCustomRequiredValue1"),
-                           std::to_string(s_custom.iRemove).c_str());
-    OV_instSetLiteralLabel(find("laCustomAvailableValue1"), std::to_string(s_custom.iAdd).c_str());
-}
-
-static void countSuite(const _OV_InstConfigList *pSuite, const _OV_InstConfigList *pChanged)
-{
-    const bool bGroupCleared = pChanged && pChanged->iType == OV_CONFIG_CUSDLG &&
-                               !pChanged->iSelected && pChanged->iInstalled;
-
-    if (bGroupCleared) { /* every installed suite, in the group or not: meant so */
-        s_custom.iAdd += pSuite->iInstalled ? 1 : 0;
-        return;
-    }
-    if (pSuite->iSelected != pSuite->iInstalled)
-        ++*(pSuite->iSelected ? &s_custom.iRemove : &s_custom.iAdd);
+                           std::to_string(s_custom.counts.iRemove).c_str());
+    OV_instSetLiteralLabel(find("laCustomAvailableValue1"),
+                           std::to_string(s_custom.counts.iAdd).c_str());
 }
 
 void OV_instCustomUpdate(_OV_InstConfigList *pConfig, const _OV_InstConfigList *pChanged)
 {
-    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
-
-    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get()))
-        if (pVisit->pConfig->iType == OV_CONFIG_SUITE)
-            countSuite(pVisit->pConfig, pChanged);
+    OV_instCountChoices(pConfig, pChanged, &s_custom.counts);
     if (pConfig && pConfig->iType == OV_CONFIG_CUSDLG)
         showCounts();
 }
 
 void OV_instCustomUpdateReset()
 {
-    s_custom.iAdd = s_custom.iRemove = 0;
+    s_custom.counts = {0, 0};
 }
 
 void OV_instCustomAddRemoveUpdate(_OV_InstConfigList *pConfig)
@@ -127,19 +111,6 @@ void OV_instUISetCustomDlg(_OV_InstConfigList *pConfig)
     OV_instCustomUpdateSpaceFields();
 }
 
-static const char *descriptionOf(const _OV_InstConfigList *pChild)
-{
-    const char *pText = nullptr;
-
-    if (pChild->pData && pChild->iType == OV_CONFIG_CUSDLG)
-        pText = static_cast<const _OV_InstCusDlg *>(pChild->pData)->pText;
-    else if (pChild->pData && pChild->iType == OV_CONFIG_MAINDLG)
-        pText = static_cast<const _OV_InstMainDlg *>(pChild->pData)->pText;
-    else if (pChild->pData)
-        pText = static_cast<const _OV_InstSuiteChoice *>(pChild->pData)->pText;
-    return pText ? pText : "";
-}
-
 /* ---- callbacks of the rows ---- */
 
 void OV_instCustomItemFocusCB(Widget, XtPointer child, XtPointer)
@@ -149,7 +120,7 @@ void OV_instCustomItemFocusCB(Widget, XtPointer child, XtPointer)
 
     if (!pChild || !change)
         return;
-    OV_instSetWrappedLabel(find("laCustomDescriptionItem"), descriptionOf(pChild));
+    OV_instSetWrappedLabel(find("laCustomDescriptionItem"), OV_instGetConfigText(pChild));
     XtSetSensitive(change, pChild->iType != OV_CONFIG_SUITE);
     XtRemoveAllCallbacks(change, XmNactivateCallback);
     XtAddCallback(change, XmNactivateCallback, OV_instCustomPBChangeOptionsCB, child);
@@ -167,13 +138,6 @@ void OV_instCustomPBChangeOptionsCB(Widget, XtPointer child, XtPointer)
     OV_instUISetCustomDlg(pChild);
 }
 
-static bool isVital(const _OV_InstConfigList *pChild)
-{
-    const auto *pData = static_cast<const _OV_InstSuiteChoice *>(pChild->pData);
-
-    return pChild->iType == OV_CONFIG_SUITE && pData && pData->pSuite && pData->pSuite->iVital;
-}
-
 void OV_instCustomTBChangeCB(Widget, XtPointer child, XtPointer call)
 {
     auto *pChild = static_cast<_OV_InstConfigList *>(child);
@@ -182,7 +146,7 @@ void OV_instCustomTBChangeCB(Widget, XtPointer child, XtPointer call)
     if (!pChild || !pCall)
         return;
     pChild->iSelected = pCall->set ? 1 : 0;
-    if (!pChild->iSelected && isVital(pChild))
+    if (!pChild->iSelected && OV_instIsVital(pChild))
         (void)OV_instOkCancelMessageBox(
             OV_instGetMainTopLevelShell(),
             "This component is an essential part of the\napplication. If it is not installed, the "
@@ -228,16 +192,6 @@ void OV_instCustomOKCB(Widget widget, XtPointer, XtPointer)
     (void)OV_instMoveFiles(widget, pShown); /* takes the dialog down; what fails is shown there */
 }
 
-/* What was chosen beneath nested lists is given up as well. */
-static void undoChoices(_OV_InstConfigList *pShown)
-{
-    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pShown));
-
-    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get()))
-        if (pVisit->pGroup)
-            pVisit->pConfig->iSelected = pVisit->pConfig->iInstalled;
-}
-
 void OV_instCustomCancelCB(Widget widget, XtPointer, XtPointer)
 {
     _OV_InstConfigList *pShown = OV_InstGetLastConfig();
@@ -245,7 +199,7 @@ void OV_instCustomCancelCB(Widget widget, XtPointer, XtPointer)
     if (!pShown)
         exit(1);
     if (OV_instMaintenanceExists())
-        undoChoices(pShown);
+        OV_instUndoChoices(pShown); /* beneath nested lists as well */
     if (pShown->pParent) {
         _DisplayPreviousDlg(widget);
         pShown->pParent = nullptr;

@@ -7,6 +7,8 @@
 #include <Xm/ToggleB.h>
 
 #include "ut/toolkit/wrappedLabel.h"
+#include "description/configParts.h"
+#include "engine/choices.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
@@ -22,28 +24,6 @@ static const char s_caRow[] = "foCustomOptionsItem";
 static const char s_caRowLooks[] = UI_SET("verticalSpacing", "0") UI_SET("horizontalSpacing", "0");
 
 /* ---- a row ---- */
-
-static const char *nameOf(const _OV_InstConfigList *pChild)
-{
-    const char *pName = "";
-
-    if (!pChild->pData)
-        return pName;
-    if (pChild->iType == OV_CONFIG_CUSDLG)
-        pName = static_cast<const _OV_InstCusDlg *>(pChild->pData)->pTitle;
-    else if (pChild->iType == OV_CONFIG_MAINDLG)
-        pName = static_cast<const _OV_InstMainDlg *>(pChild->pData)->pTitle;
-    else if (static_cast<const _OV_InstSuiteChoice *>(pChild->pData)->pSuite)
-        pName = static_cast<const _OV_InstSuiteChoice *>(pChild->pData)->pSuite->pName;
-    return pName ? pName : "";
-}
-
-static int isHidden(const _OV_InstConfigList *pChild)
-{
-    const auto *pData = static_cast<const _OV_InstSuiteChoice *>(pChild->pData);
-
-    return pChild->iType == OV_CONFIG_SUITE && pData && pData->pSuite && pData->pSuite->iHidden;
-}
 
 /* A press anywhere in a row makes it the current one, as its check box does. */
 static void rowPressed(Widget, XtPointer toggle, XEvent *, Boolean *)
@@ -81,7 +61,7 @@ static void addRow(Widget rows, _OV_InstConfigList *pChild)
     char caSize[OV_SIZE_TEXT];
     Widget row = XtVaCreateWidget(s_caRow, xmFormWidgetClass, rows, nullptr);
     Widget toggle = addToggle(row, pChild);
-    Widget name = addLabel(row, "laCustomItemName", toggle, toggle, nameOf(pChild));
+    Widget name = addLabel(row, "laCustomItemName", toggle, toggle, OV_instGetConfigName(pChild));
 
     diskSpace2String(OV_instGetWriteSize(CDInstPtr, pChild, 0), caSize);
     Widget size = addLabel(row, "laCustomItemSize", name, toggle, caSize);
@@ -181,7 +161,7 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
         if (!pChild)
             continue;
         OV_instResetPackagePasses(CDInstPtr->pPackageHead);
-        if (!isHidden(pChild))
+        if (!OV_instIsHidden(pChild))
             addRow(rows, pChild);
         if (!bFocused) /* shown or not: meant so */
             OV_instCustomItemFocusCB(rows, pChild, nullptr);

@@ -9,6 +9,7 @@
 #include <Xm/MessageB.h>
 
 #include "Dialogs/ExitConfirmation.h"
+#include "description/configParts.h"
 #include "description/modules.h"
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/Maintenance.h"
@@ -25,12 +26,11 @@
 
 enum { ONE_BUTTON_SLOT = 2, TEXT_WIDTH = 420 };
 
-/* What a button does and what stands beside it, by the kind of its configuration. */
-typedef struct Choice {
-    XtCallbackProc fpActivate;
-    const char *pProduct;
-    const char *pDescription;
-} Choice;
+/* What a button does, in the order of OV_InstConfigType. */
+static const XtCallbackProc s_afpActivate[] = {
+    OV_instConfigureMainDlgCB, OV_instConfigureCustomDlgCB, OV_instMainDlgInstallationCB};
+static_assert(sizeof(s_afpActivate) / sizeof(*s_afpActivate) == OV_CONFIG_COUNT,
+              "one callback for each configuration kind");
 
 /* ---- pictures ---- */
 
@@ -98,35 +98,19 @@ static Widget findSlot(Widget dialog, const char *pPrefix, int iSlot, const char
     exit(1);
 }
 
-static Choice choiceOf(const _OV_InstConfigList *pChild)
-{
-    if (!pChild || !pChild->pData)
-        badConfiguration();
-    if (pChild->iType == OV_CONFIG_CUSDLG) {
-        const auto *pData = static_cast<const _OV_InstCusDlg *>(pChild->pData);
-        return {OV_instConfigureCustomDlgCB, pData->pTitle, pData->pText};
-    }
-    if (pChild->iType == OV_CONFIG_MAINDLG) {
-        const auto *pData = static_cast<const _OV_InstMainDlg *>(pChild->pData);
-        return {OV_instConfigureMainDlgCB, pData->pTitle, pData->pText};
-    }
-    if (pChild->iType != OV_CONFIG_SUITE)
-        badConfiguration();
-    const auto *pData = static_cast<const _OV_InstSuiteChoice *>(pChild->pData);
-    return {OV_instMainDlgInstallationCB, pData->pSuite ? pData->pSuite->pName : "", pData->pText};
-}
-
 static void fillSlot(Widget dialog, int iSlot, _OV_InstConfigList *pChild)
 {
-    const Choice choice = choiceOf(pChild);
     const int iWidth = OV_instScaleLength(XtDisplay(dialog), TEXT_WIDTH);
     Widget button = findSlot(dialog, "pbMainDlg", iSlot);
 
-    XtAddCallback(button, XmNactivateCallback, choice.fpActivate, pChild);
+    if (!pChild || !pChild->pData || pChild->iType < 0 || pChild->iType >= OV_CONFIG_COUNT)
+        badConfiguration();
+    XtAddCallback(button, XmNactivateCallback, s_afpActivate[pChild->iType], pChild);
     OV_instSetPixmapOnWidget(button, pChild->pIcon);
-    OV_instSetFoldedLabel(findSlot(dialog, "laMainDlg", iSlot, "Product"), choice.pProduct, iWidth);
-    OV_instSetFoldedLabel(findSlot(dialog, "laMainDlg", iSlot, "Description"), choice.pDescription,
-                          iWidth);
+    OV_instSetFoldedLabel(findSlot(dialog, "laMainDlg", iSlot, "Product"),
+                          OV_instGetConfigName(pChild), iWidth);
+    OV_instSetFoldedLabel(findSlot(dialog, "laMainDlg", iSlot, "Description"),
+                          OV_instGetConfigText(pChild), iWidth);
 }
 
 static void emptySlot(Widget dialog, int iSlot)

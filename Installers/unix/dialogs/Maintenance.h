@@ -4,8 +4,6 @@
 
 #include <X11/Intrinsic.h>
 
-#include "description/model.h"
-
 /* Makes the dialog below parent, unmanaged; the result is its message box. */
 Widget CreatembMaintenance(Widget parent);
 
@@ -14,12 +12,6 @@ void OV_DisableAddButtonIfNecessary(void);
 
 /* Makes a dialog the one that the routine above acts on; CreatembMaintenance does it. */
 void OV_instMaintenanceUse(Widget dialog);
-
-/* Give pConfig and all beneath it what makes a run treat its suites as wanted or not: the selected
- * flags, where groups count as installed; or the installed flags of the suites' own records. What
- * is missing is told on standard output. */
-void SetSelectedFlags(_OV_InstConfigList *pConfig, int iValue);
-void SetInstalledFlags(_OV_InstConfigList *pConfig, int iValue);
 
 /* Callbacks. No button reinstalls: meant so. */
 void OV_instMaintenanceWelcomeCreateCB(Widget label, XtPointer pClient, XtPointer pCall);

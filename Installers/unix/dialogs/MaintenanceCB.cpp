@@ -1,6 +1,5 @@
 #include "dialogs/Maintenance.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 #include <Xm/MessageB.h>
@@ -9,7 +8,7 @@
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
 #include "ut/toolkit/foldText.h"
-#include "engine/configWalk.h"
+#include "engine/choices.h"
 #include "engine/driver.h"
 #include "engine/installer.h"
 #include "engine/marks.h"
@@ -45,73 +44,11 @@ static _OV_InstConfigList *maintenanceConfig()
     return OV_instGetConfigFromId(CDInstPtr, OV_MAINTENANCE_CONFIG);
 }
 
-/* Whether the only thing that could be added or removed is everything. */
-static bool isSingleSuite(const _OV_InstConfigList *pRoot)
-{
-    int iMost = 0;
-    const int32_t *aChildren = OV_instGetConfigChildren(pRoot, &iMost);
-
-    if (!pRoot || pRoot->iType != OV_CONFIG_CUSDLG || !aChildren || !aChildren[0] || aChildren[1])
-        return false;
-    const _OV_InstConfigList *pOnly = OV_instGetConfigFromId(CDInstPtr, aChildren[0]);
-    return pOnly && pOnly->iType == OV_CONFIG_SUITE;
-}
-
 void OV_DisableAddButtonIfNecessary()
 {
-    if (s_maintenance.dialog && isSingleSuite(maintenanceConfig()))
+    if (s_maintenance.dialog && OV_instIsSingleSuite(maintenanceConfig()))
         XtSetSensitive(OV_instFindWidget(s_maintenance.dialog, "pbMaintenanceAddRemove"), False);
 }
-
-/* ---- flags ---- */
-
-/* A walk passes over the members that do not exist; they are told here. */
-static void tellMissing(const _OV_InstConfigList *pGroup, const char *pMessage)
-{
-    int iMost = 0;
-    const int32_t *aChildren = OV_instGetConfigChildren(pGroup, &iMost);
-
-    for (int i = 0; aChildren && i < iMost && aChildren[i] > 0; i++)
-        if (!OV_instGetConfigFromId(CDInstPtr, aChildren[i]))
-            puts(pMessage);
-}
-
-void SetSelectedFlags(_OV_InstConfigList *pConfig, int iValue)
-{
-    static const char s_caMissing[] = "Error in SetSelectedFlafs"; /* misspelt: meant so */
-    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
-
-    if (!pConfig)
-        puts(s_caMissing);
-    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get())) {
-        pVisit->pConfig->iSelected = iValue;
-        if (pVisit->pConfig->iType != OV_CONFIG_CUSDLG)
-            continue;
-        pVisit->pConfig->iInstalled = 1;
-        tellMissing(pVisit->pConfig, s_caMissing);
-    }
-}
-
-void SetInstalledFlags(_OV_InstConfigList *pConfig, int iValue)
-{
-    static const char s_caMissing[] = "Error in SetInstalledFlags";
-    OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
-
-    if (!pConfig)
-        puts(s_caMissing);
-    while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get())) {
-        const int iType = pVisit->pConfig->iType;
-        if (iType == OV_CONFIG_CUSDLG)
-            tellMissing(pVisit->pConfig, s_caMissing);
-        if (iType != OV_CONFIG_SUITE || !pVisit->pConfig->pData)
-            continue;
-        auto *pData = static_cast<_OV_InstSuiteChoice *>(pVisit->pConfig->pData);
-        if (pData->pSuite)
-            pData->pSuite->iState = iValue;
-    }
-}
-
-/* ---- callbacks ---- */
 
 void OV_instMaintenanceWelcomeCreateCB(Widget label, XtPointer, XtPointer)
 {
@@ -152,17 +89,6 @@ void OV_instMaintenaceExitCB(Widget widget, XtPointer, XtPointer)
     exit(1);
 }
 
-/* What was chosen in an earlier visit is forgotten. */
-static void resetChoices(const _OV_InstConfigList *pRoot)
-{
-    int iMost = 0;
-    const int32_t *aChildren = OV_instGetConfigChildren(pRoot, &iMost);
-
-    for (int i = 0; aChildren && i < iMost && aChildren[i] > 0; i++)
-        if (_OV_InstConfigList *pChild = OV_instGetConfigFromId(CDInstPtr, aChildren[i]))
-            pChild->iSelected = pChild->iInstalled;
-}
-
 void OV_instMaintenanceAddRemoveCB(Widget widget, XtPointer, XtPointer)
 {
     _OV_InstConfigList *pRoot = maintenanceConfig();
@@ -171,7 +97,7 @@ void OV_instMaintenanceAddRemoveCB(Widget widget, XtPointer, XtPointer)
         noMaintenance();
     XtDestroyWidget(OV_instGetShell(widget));
     OV_instInstallationMode = 1;
-    resetChoices(pRoot);
+    OV_instResetChoices(pRoot); /* what was chosen in an earlier visit */
     OV_instConfigureCustomDlgCB(nullptr, pRoot, nullptr);
     pRoot->pParent = nullptr; /* its Cancel comes back here, whatever was visited before */
 }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "description/configParts.h"
 #include "engine/archive.h"
 #include "engine/configWalk.h"
 #include "engine/customFunc.h"
@@ -36,14 +37,15 @@ typedef int (*OperRoutine)(PackListRun *pRun, _OV_InstOper *pOper);
 enum { EVERY_PASS = -1, NO_PASS = -2 };
 
 /* What an operation kind does, in which pass, and whether its failure counts. A null routine does
- * nothing. */
+ * nothing; a kind that is not known is no operation at all. */
 struct OperRow {
-    int bKnown;
+    OV_InstOperType iKind;
+    bool bKnown;
     int iPass;
     OperRoutine install;
-    int bInstallCounts;
+    bool bInstallCounts;
     OperRoutine remove;
-    int bRemoveCounts;
+    bool bRemoveCounts;
 };
 
 /* ---- the routines behind the rows ---- */
@@ -174,35 +176,39 @@ static int registerModule(PackListRun *pRun, _OV_InstOper *pOper)
                           pOper->body.selfReg.pModule, pRun->pStream, pRun->ovPass);
 }
 
-#define NO_MEANING                                                                                 \
-    {                                                                                              \
-        0, NO_PASS, nullptr, 0, nullptr, 0                                                         \
-    }
-
 /* In the order of OV_InstOperType. */
-static const OperRow s_aRows[] = {
-    NO_MEANING, /* Suite */
-    NO_MEANING, /* Package */
-    {1, OV_CUSTOM_INIT,     copyFile,       1, copyFile,          1},
-    {1, OV_CUSTOM_INIT,     copyCompressed, 0, removeCompressed,  1},
-    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
-    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
-    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
-    {1, OV_CUSTOM_INIT,     unpack,         1, removeUnpacked,    0},
-    {1, OV_CUSTOM_INIT,     makeDirectory,  1, rememberDirectory, 0},
-    {1, OV_CUSTOM_INIT,     makeLink,       1, makeLink,          1},
-    {1, OV_CUSTOM_INIT,     makeLink,       1, makeLink,          1},
-    NO_MEANING, /* Prefix */
-    NO_MEANING, /* Env */
-    NO_MEANING, /* Alias */
-    NO_MEANING, /* ConfigBegin */
-    NO_MEANING, /* ConfigEnd */
-    {1, EVERY_PASS,         callFunction,   1, callFunction,      1},
-    {1, NO_PASS,            nullptr,        0, nullptr,           0}, /* Shortcut */
-    {1, OV_CUSTOM_REGISTRY, addRegData,     0, nullptr,           0},
-    {1, EVERY_PASS,         registerModule, 0, nullptr,           0},
+static constexpr OperRow s_aRows[] = {
+    {OV_OPER_SUITE,       false, NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_PACKAGE,     false, NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_COPY,        true,  OV_CUSTOM_INIT,     copyFile,       true,  copyFile,          true },
+    {OV_OPER_COPYZ,       true,  OV_CUSTOM_INIT,     copyCompressed, false, removeCompressed,  true },
+    {OV_OPER_UNTAR,       true,  OV_CUSTOM_INIT,     unpack,         true,  removeUnpacked,    false},
+    {OV_OPER_UNTARZ,      true,  OV_CUSTOM_INIT,     unpack,         true,  removeUnpacked,    false},
+    {OV_OPER_UNTAR2,      true,  OV_CUSTOM_INIT,     unpack,         true,  removeUnpacked,    false},
+    {OV_OPER_UNTARZ2,     true,  OV_CUSTOM_INIT,     unpack,         true,  removeUnpacked,    false},
+    {OV_OPER_MKDIR,       true,  OV_CUSTOM_INIT,     makeDirectory,  true,  rememberDirectory, false},
+    {OV_OPER_HARDLINK,    true,  OV_CUSTOM_INIT,     makeLink,       true,  makeLink,          true },
+    {OV_OPER_SOFTLINK,    true,  OV_CUSTOM_INIT,     makeLink,       true,  makeLink,          true },
+    {OV_OPER_PREFIX,      false, NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_ENV,         false, NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_ALIAS,       false, NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_CONFIGBEGIN, false, NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_CONFIGEND,   false, NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_FUNCTION,    true,  EVERY_PASS,         callFunction,   true,  callFunction,      true },
+    {OV_OPER_SHORTCUT,    true,  NO_PASS,            nullptr,        false, nullptr,           false},
+    {OV_OPER_REGDATA,     true,  OV_CUSTOM_REGISTRY, addRegData,     false, nullptr,           false},
+    {OV_OPER_SELFREG,     true,  EVERY_PASS,         registerModule, false, nullptr,           false},
 };
 static_assert(sizeof(s_aRows) / sizeof(s_aRows[0]) == OV_OPER_COUNT, "a row for every kind");
+
+static constexpr bool isInOrder()
+{
+    for (int i = 0; i < OV_OPER_COUNT; i++)
+        if (s_aRows[i].iKind != i)
+            return false;
+    return true;
+}
+static_assert(isInOrder(), "every kind finds its own row");
 
 /* ---- the driver ---- */
 
@@ -216,7 +222,8 @@ static const OperRow *rowOf(const _OV_InstOper *pOper)
 static int runOper(PackListRun *pRun, _OV_InstOper *pOper, const OperRow *pRow)
 {
     OperRoutine routine = pRun->iMode == OV_INST_INSTALL_MODE ? pRow->install : pRow->remove;
-    int bCounts = pRun->iMode == OV_INST_INSTALL_MODE ? pRow->bInstallCounts : pRow->bRemoveCounts;
+    const bool bCounts =
+        pRun->iMode == OV_INST_INSTALL_MODE ? pRow->bInstallCounts : pRow->bRemoveCounts;
     int iResult;
 
     if (!routine || (pRow->iPass != EVERY_PASS && pRow->iPass != pRun->ovPass))
@@ -300,8 +307,7 @@ static bool isHandedOver(const _OV_InstConfigList *pConfig, const _OV_InstSuiteL
 static int runSuite(const _OV_InstConfigList *pConfig, const char *pFrom, const char *pDest,
                     FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode)
 {
-    const _OV_InstSuiteChoice *pChoice = static_cast<_OV_InstSuiteChoice *>(pConfig->pData);
-    const _OV_InstSuiteList *pSuite = pChoice ? pChoice->pSuite : nullptr;
+    const _OV_InstSuiteList *pSuite = OV_instGetConfigSuite(pConfig);
     int iResult = 0;
 
     if (!pSuite)

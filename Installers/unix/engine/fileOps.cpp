@@ -119,31 +119,13 @@ int OV_instMakeParent(const char *pPath)
 
 /* ---- copying ---- */
 
-/* The source directory as it was last resolved. Resolving takes more system calls than copying a
- * small file, so it is done again only when the directory was changed or a file is not found. */
-static struct {
-    char *pSourceDir; /* what was resolved */
-    char *pResolved;
-} s_source;
-
-static const char *sourceDirectory(bool bAfresh)
-{
-    const char *pSourceDir = CDInstPtr && CDInstPtr->pSourceDir ? CDInstPtr->pSourceDir : "";
-
-    if (!bAfresh && s_source.pResolved && strcmp(s_source.pSourceDir, pSourceDir) == 0)
-        return s_source.pResolved;
-    free(s_source.pSourceDir);
-    free(s_source.pResolved);
-    s_source.pSourceDir = strdup(pSourceDir);
-    s_source.pResolved = s_source.pSourceDir && OV_instGetSourceDirectory()
-                             ? strdup(OV_instGetSourceDirectory())
-                             : nullptr;
-    return s_source.pResolved;
-}
-
+/* The source directory is looked up again only where a file is not found in the known one. */
 static int openInSource(const char *pSource, bool bAfresh, char **ppPath)
 {
-    *ppPath = OV_instBuildPath(sourceDirectory(bAfresh), pSource, nullptr);
+    const char *pDirectory =
+        bAfresh ? OV_instGetSourceDirectory() : OV_instGetKnownSourceDirectory();
+
+    *ppPath = OV_instBuildPath(pDirectory, pSource, nullptr);
     return *ppPath ? open(*ppPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY) : -1;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "description/configParts.h"
 #include "engine/configWalk.h"
 #include "engine/setupState.h"
 
@@ -11,18 +12,6 @@ static struct {
     _OV_InstConfigList *slConfigs[OV_CONFIG_STORE + 1];
     int iConfigNum;
 } s_store;
-
-static _OV_InstSuiteList *suiteOf(const _OV_InstConfigList *pConfig)
-{
-    return pConfig->pData ? static_cast<_OV_InstSuiteChoice *>(pConfig->pData)->pSuite : nullptr;
-}
-
-static _OV_InstPackageNode *packagesOf(const _OV_InstConfigList *pConfig)
-{
-    _OV_InstSuiteList *pSuite = suiteOf(pConfig);
-
-    return pSuite ? pSuite->pPackHead : nullptr;
-}
 
 void OV_instMarkAllConfig(_OV_InstConfigList *pConfig, int iState)
 {
@@ -49,7 +38,7 @@ static void markFound(_OV_InstConfigList *pConfig, int iState)
 /* Whether this suite configuration stands for pSuite; it was marked then. */
 static bool markSuite(_OV_InstConfigList *pConfig, _OV_InstSuiteList *pSuite, int iState)
 {
-    if (suiteOf(pConfig) != pSuite)
+    if (OV_instGetConfigSuite(pConfig) != pSuite)
         return false;
     markFound(pConfig, iState);
     if (!pSuite)
@@ -114,7 +103,8 @@ void OV_instUpdateNumInUseFlag(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfi
         }
         if (!iReset && pVisited->iSelected != 1)
             continue;
-        for (_OV_InstPackageNode *pNode = packagesOf(pVisited); pNode; pNode = pNode->pNext)
+        for (_OV_InstPackageNode *pNode = OV_instGetConfigPackages(pVisited); pNode;
+             pNode = pNode->pNext)
             pNode->pPackage->iInUse = iReset ? 0 : pNode->pPackage->iInUse + 1;
     }
 }
@@ -125,7 +115,8 @@ static int packagesAffected(const _OV_InstConfigList *pConfig)
 
     if (pConfig->iSelected == pConfig->iInstalled)
         return 0;
-    for (_OV_InstPackageNode *pNode = packagesOf(pConfig); pNode; pNode = pNode->pNext) {
+    for (_OV_InstPackageNode *pNode = OV_instGetConfigPackages(pConfig); pNode;
+         pNode = pNode->pNext) {
         const _OV_InstPackage *pPackage = pNode->pPackage;
         if ((pPackage->iInUse != 0) != (pPackage->iInstalled != 0))
             iCount++;

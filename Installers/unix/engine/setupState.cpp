@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
@@ -21,6 +22,13 @@ static struct {
     bool bMaintenanceExists;
     bool sRemoveAll;
 } s_state = {"", ".", "> /dev/null", 0, nullptr, false, false};
+
+/* The source directory as it was last resolved. */
+static struct {
+    std::string text;   /* what was resolved, as it stands in the description */
+    const char *pKnown; /* the buffer, or the running directory; null before the first time */
+    char caResolved[PATH_MAX];
+} s_source;
 
 static const char s_caCommon[] = "Orvane"; /* the directory that products share */
 
@@ -144,19 +152,27 @@ int OV_instSetRootDestination(const char *pPath)
 
 const char *GetSourceDirectory(const _OV_instCDinst *pRoot)
 {
-    static char s_caBuffer[PATH_MAX];
-
     if (!pRoot)
         return nullptr;
-    if (!pRoot->pSourceDir || !realpath(pRoot->pSourceDir, s_caBuffer))
-        return s_state.runningDirectory;
-    (void)OV_instRemoveExtraSlash(s_caBuffer); /* fails for null only */
-    return s_caBuffer;
+    s_source.text = textOrEmpty(pRoot->pSourceDir);
+    s_source.pKnown = s_state.runningDirectory;
+    if (pRoot->pSourceDir && realpath(pRoot->pSourceDir, s_source.caResolved)) {
+        (void)OV_instRemoveExtraSlash(s_source.caResolved); /* fails for null only */
+        s_source.pKnown = s_source.caResolved;
+    }
+    return s_source.pKnown;
 }
 
 const char *OV_instGetSourceDirectory()
 {
     return GetSourceDirectory(CDInstPtr);
+}
+
+const char *OV_instGetKnownSourceDirectory()
+{
+    if (CDInstPtr && s_source.pKnown && s_source.text == textOrEmpty(CDInstPtr->pSourceDir))
+        return s_source.pKnown;
+    return OV_instGetSourceDirectory();
 }
 
 [[noreturn]] static void sourceFailure(const char *pMessage)

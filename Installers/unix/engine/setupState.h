@@ -42,6 +42,10 @@ int OV_instSetRootDestination(const char *pPath);
 const char *OV_instGetSourceDirectory();
 const char *GetSourceDirectory(const _OV_instCDinst *pRoot);
 
+/* OV_instGetSourceDirectory as it was found out last, as long as the description's directory is the
+ * same: resolving it takes more system calls than copying a small file. */
+const char *OV_instGetKnownSourceDirectory();
+
 /* Makes pPath (absolute, or resolved now) the medium's directory and returns it. Ends the process
  * with status 1 when that cannot be done. */
 const char *OV_instSetSourceDirectory(const char *pPath);

@@ -5,6 +5,7 @@
 #include <sys/statvfs.h>
 
 #include "OVinstModule.h"
+#include "description/configParts.h"
 #include "engine/configWalk.h"
 #include "engine/customFunc.h"
 #include "engine/selection.h"
@@ -160,13 +161,6 @@ static uint64_t sizeOf(const _OV_InstPackage *pPackage, int64_t lSelector)
     return lSelector == READ_SIZES ? pPackage->lSize : pPackage->lSize2;
 }
 
-static _OV_InstPackageNode *packagesOf(const _OV_InstConfigList *pConfig)
-{
-    const _OV_InstSuiteChoice *pChoice = static_cast<const _OV_InstSuiteChoice *>(pConfig->pData);
-
-    return pChoice && pChoice->pSuite ? pChoice->pSuite->pPackHead : nullptr;
-}
-
 /* What a suite configuration itself contributes to a pass. */
 static int64_t suitePass(const _OV_InstConfigList *pConfig, int64_t lSelector, int iPass)
 {
@@ -174,7 +168,8 @@ static int64_t suitePass(const _OV_InstConfigList *pConfig, int64_t lSelector, i
 
     if (iPass == 0 && (!pConfig->iInstalled || !pConfig->iSelected))
         return 0;
-    for (_OV_InstPackageNode *pNode = packagesOf(pConfig); pNode; pNode = pNode->pNext) {
+    for (_OV_InstPackageNode *pNode = OV_instGetConfigPackages(pConfig); pNode;
+         pNode = pNode->pNext) {
         if (pNode->pPackage->iCounted)
             continue;
         ulSum += sizeOf(pNode->pPackage, lSelector);
@@ -259,7 +254,8 @@ static uint64_t suiteBytes(const _OV_InstConfigList *pConfig, int64_t lSelector,
 
     if (pConfig->iSelected == pConfig->iInstalled)
         return 0;
-    for (_OV_InstPackageNode *pNode = packagesOf(pConfig); pNode; pNode = pNode->pNext) {
+    for (_OV_InstPackageNode *pNode = OV_instGetConfigPackages(pConfig); pNode;
+         pNode = pNode->pNext) {
         _OV_InstPackage *pPackage = pNode->pPackage;
         bool bRemoved = pPackage->iInstalled && !pPackage->iInUse;
 
