@@ -36,8 +36,8 @@ static int readIcon(const char **ppText, _OV_InstConfigList *pConfig)
 }
 
 /* Ids until the slots are full, one is missing or 0 (which then ends the list), or one is not
- * greater than the dialog's own: that one stays in the list and the line is still good, which is
- * meant. */
+ * greater than the dialog's own: that one is told, but stays in the list, and media that have one
+ * still load. */
 static int readChildren(const char *pText, int32_t iOwnId, int32_t *aChildren, int iMost)
 {
     for (int i = 0; i < iMost; i++) {

@@ -33,7 +33,8 @@ static int getKeyword(const char *pWord, const char *const *apKeywords)
 }
 
 /* Walks on to the list's last element. The first configuration governs until a custom dialog that
- * has a successor takes over; the last element itself never counts, which is meant. */
+ * has a successor takes over; the last element itself never counts. Whoever follows a parent before
+ * a dialog has set it would notice a change. */
 static void reachConfigEnd(_OV_instCDinst *pRoot)
 {
     if (!pRoot->pConfigTail)
@@ -208,7 +209,7 @@ _OV_instCDinst *newCDinst()
     if (!pRoot)
         return nullptr;
     pRoot->bChestRC = 1;
-    pRoot->bUserOrgRes = 0; /* never set by any description, which is meant */
+    pRoot->bUserOrgRes = 0; /* no key sets it: media would get pages that they never showed */
     pRoot->bDisplayLog = 1;
     return pRoot;
 }

@@ -4,8 +4,8 @@
 
 #include "OVinstModule.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/owned.h"
 #include "ut/frontEnd.h"
+#include "ut/owned.h"
 
 char *OV_instModulePath(const char *pDirectory, const char *pModule)
 {

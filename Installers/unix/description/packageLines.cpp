@@ -18,8 +18,8 @@ struct LineRow {
     int (*readBody)(const char *pText, _OV_InstOper *pOper);
 };
 
-/* What a suite's word stands for. A package is looked for first: one called "Hidden" or "Vital"
- * is a package, and one listed twice appears twice; both are meant. */
+/* What a suite's word stands for. A package is looked for first: media may have one called "Hidden"
+ * or "Vital". One that is listed twice appears twice, also in the history. */
 static int addSuiteWord(_OV_instCDinst *pRoot, _OV_InstSuiteList *pSuite, const char *pWord)
 {
     if (_OV_InstPackage *pPackage = OV_instGetPackageFromName(pRoot, pWord)) {
@@ -75,7 +75,7 @@ static int readCopy(const char *pText, _OV_InstOper *pOper)
     if (readTexts(&pText, {&pCopy->pSource}) < 0)
         return -1;
     OwnedText dest(getQuotedString(pText, &pText));
-    if (dest && *dest) /* an unterminated destination counts as none, which is meant */
+    if (dest && *dest) /* media load whose destination has no closing quote: it counts as none */
         pCopy->pDest = dest.release();
     if (readUnits(&pText, &pOper->lUnits) < 0)
         return -1;
@@ -115,7 +115,8 @@ static char *readMemberName(const char **ppText, bool *pbQuotes)
     return pName;
 }
 
-/* Whatever stands behind the last pair, trailing blanks too, is one more member: this is meant. */
+/* Whatever stands behind the last pair, trailing blanks too, is one more member: sizes and the
+ * records of media with such lines count it. */
 static int readMembers(const char *pText, _OV_InstTar *pTar)
 {
     bool bQuotes = true;
@@ -141,7 +142,7 @@ static int readTar(const char *pText, _OV_InstOper *pOper)
 
     if (readTexts(&pText, {&pTar->pArchive}) < 0)
         return -1;
-    if (scanInteger(pText, &pText, &pOper->lUnits) < 0) /* stays 0 when it is missing: meant */
+    if (scanInteger(pText, &pText, &pOper->lUnits) < 0) /* 0 when missing: the members count */
         return -1;
     return readMembers(pText, pTar);
 }

@@ -118,11 +118,10 @@ static FILE *openDescription(const char *pPath)
 {
     OwnedFd file(open(pPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat info;
-    FILE *pFile;
 
     if (file.iFd < 0 || fstat(file.iFd, &info) < 0 || !S_ISREG(info.st_mode))
         return nullptr;
-    pFile = fdopen(file.iFd, "r");
+    FILE *pFile = fdopen(file.iFd, "r");
     if (pFile)
         (void)file.release(); /* the stream closes it */
     return pFile;

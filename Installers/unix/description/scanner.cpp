@@ -26,7 +26,7 @@ static bool isTokenCharacter(char c)
     return isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
 }
 
-static bool isListed(const char *pWord, const char *const *apKeywords, int bCaseSensitive)
+static bool isListed(const char *pWord, const char *const *apKeywords, bool bCaseSensitive)
 {
     int (*compare)(const char *, const char *) = bCaseSensitive ? strcmp : strcasecmp;
 
@@ -49,8 +49,8 @@ static const char *findQuote(const char *pText)
     return nullptr;
 }
 
-/* Only backslash-n is undone; texts rely on every other escape, a doubled backslash included,
- * staying as it is written, which is meant. */
+/* Only backslash-n is undone. Media rely on every other escape, a doubled backslash included,
+ * staying as it is written: values for the registry are written for the shell. */
 static char *copyQuoted(const char *pFrom, const char *pEnd)
 {
     char *pCopy = static_cast<char *>(malloc(static_cast<size_t>(pEnd - pFrom) + 1));
@@ -114,7 +114,7 @@ bool checkToken(const char *pWord, const char *const *apKeywords, int bCaseSensi
 {
     if (!pWord)
         return false;
-    return !apKeywords || !*apKeywords || isListed(pWord, apKeywords, bCaseSensitive);
+    return !apKeywords || !*apKeywords || isListed(pWord, apKeywords, bCaseSensitive != 0);
 }
 
 char *getToken(const char *pText, const char *const *apKeywords, const char **ppCursor,
@@ -134,7 +134,7 @@ char *getToken(const char *pText, const char *const *apKeywords, const char **pp
         tellNoMemory();
         return nullptr;
     }
-    if (apKeywords && !isListed(word.get(), apKeywords, bCaseSensitive))
+    if (apKeywords && !isListed(word.get(), apKeywords, bCaseSensitive != 0))
         return nullptr;
     return word.release();
 }
@@ -194,7 +194,8 @@ int scanInteger(const char *pText, const char **ppCursor, int64_t *plValue)
     while (*pText && !isDigit(*pText))
         pText++;
     const char *pStart = pText;
-    while (isDigit(*pText)) /* also for a hexadecimal number, whose "x" stays: this is meant */
+    /* Also for a hexadecimal number: media that have one have its "x1F" read as what follows. */
+    while (isDigit(*pText))
         pText++;
     *ppCursor = pText;
     if (pText == pStart)
@@ -228,7 +229,7 @@ int OV_ReadHeaderLine(const char *pKey, char *pWord, char *pValue, FILE *pFile, 
     if (line && bVerbose)
         fprintf(stderr, "Invalid header line, expecting: %s\n", pKey);
     /* The line stays counted, so line numbers run ahead by one for every absent optional key:
-     * this is meant. */
+     * authors who debug a medium know the number that they are told so. */
     (void)fseeko(pFile, lStart, SEEK_SET); /* failing, the next key reads on and is missed */
     return 0;
 }
