@@ -82,7 +82,8 @@ TEST_F(Reader, TakesEveryKindOfLine)
     EXPECT_EQ(0, OV_instParsingConfiguration);
 
     ASSERT_NE(nullptr, model = read("SetupVersion 1\nProductName a \\\nb \t\nProductVersion\n"
-                                    "ProductDirectory d\nLogFile\nInstallDirectory /x\n"));
+                                    "ProductDirectory d\nLogFile\nInstallDirectory \n"));
+    EXPECT_EQ(nullptr, model->pInstallDir) << "without a value";
     EXPECT_STREQ("a  b", model->pProductName);
     EXPECT_STREQ("", model->pLogFile);
     EXPECT_EQ(nullptr, model->pHistoryFile);

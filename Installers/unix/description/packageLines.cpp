@@ -1,5 +1,6 @@
 #include "description/packageLines.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,7 +24,10 @@ struct LineRow {
 static int addSuiteWord(_OV_instCDinst *pRoot, _OV_InstSuiteList *pSuite, const char *pWord)
 {
     if (_OV_InstPackage *pPackage = OV_instGetPackageFromName(pRoot, pWord)) {
+        const _OV_InstPackageNode *pLast = pSuite->pPackTail;
         OV_instAddPackage2Suite(pSuite, pPackage);
+        if (pSuite->pPackTail == pLast) /* without memory, which was told */
+            return -1;
     } else if (strcmp(pWord, "Hidden") == 0) {
         pSuite->iHidden = 1;
     } else if (strcmp(pWord, "Vital") == 0) {
@@ -74,7 +78,10 @@ static int readCopy(const char *pText, _OV_InstOper *pOper)
 
     if (readTexts(&pText, {&pCopy->pSource}) < 0)
         return -1;
+    errno = 0;
     OwnedText dest(getQuotedString(pText, &pText));
+    if (!dest && errno == ENOMEM)
+        return -1;
     if (dest && *dest) /* media load whose destination has no closing quote: it counts as none */
         pCopy->pDest = dest.release();
     if (readUnits(&pText, &pOper->lUnits) < 0)
@@ -184,8 +191,9 @@ static int readShortcut(const char *pText, _OV_InstOper *pOper)
 
     if (readTexts(&pText, {&pShortcut->pShort1, &pShortcut->pShort2, &pShortcut->pShort3}) < 0)
         return -1;
-    pShortcut->pShort4 = getQuotedString(pText, &pText); /* may stay null */
-    return 0;
+    errno = 0;
+    pShortcut->pShort4 = getQuotedString(pText, &pText); /* may stay null, but not without memory */
+    return pShortcut->pShort4 || errno != ENOMEM ? 0 : -1;
 }
 
 static int readRegData(const char *pText, _OV_InstOper *pOper)

@@ -52,6 +52,8 @@ static int storeHeader(const HeaderRow *pRow, const char *pValue, _OV_instCDinst
     }
     if (!pRow->pText)
         return strcmp(pValue, "1") == 0 ? 0 : -1;
+    if (pRow->pText == &_OV_instCDinst::pInstallDir && !*pValue)
+        return 0; /* it names no destination, so the one of the options counts */
     pRoot->*pRow->pText = strdup(pValue);
     return pRoot->*pRow->pText ? 0 : -1;
 }
@@ -113,13 +115,14 @@ int readCdinst(FILE *pFile, _OV_instCDinst *pRoot, void (*progress)(), int *piLi
     return validateModule(pRoot) == OV_INST_NO_ERROR ? 0 : -1;
 }
 
-/* Only a plain file: a device may never end, and a pipe cannot be read again. */
+/* Only what can be read to its end without waiting for somebody: no pipe, and no device that a person
+ * or nobody ends. */
 static FILE *openDescription(const char *pPath)
 {
     OwnedFd file(open(pPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat info;
 
-    if (file.iFd < 0 || fstat(file.iFd, &info) < 0 || !S_ISREG(info.st_mode))
+    if (file.iFd < 0 || fstat(file.iFd, &info) < 0 || !(S_ISREG(info.st_mode) || S_ISBLK(info.st_mode)))
         return nullptr;
     FILE *pFile = fdopen(file.iFd, "r");
     if (pFile)

@@ -149,6 +149,7 @@ char **getTokenList(const char *pText, const char *const *apKeywords, int bCaseS
         return nullptr;
     }
     apTokens[0] = nullptr;
+    errno = 0;
     while (char *pToken = getToken(pText, apKeywords, &pText, bCaseSensitive)) {
         char **apGrown = growTokens(apTokens, iCount);
         if (!apGrown) {
@@ -160,6 +161,10 @@ char **getTokenList(const char *pText, const char *const *apKeywords, int bCaseS
         apTokens = apGrown;
         apTokens[iCount++] = pToken;
         apTokens[iCount] = nullptr;
+    }
+    if (errno == ENOMEM) { /* told already; the list must not count as a shorter one */
+        freeTokenList(apTokens);
+        return nullptr;
     }
     char **apTrimmed = static_cast<char **>(realloc(apTokens, (iCount + 1) * sizeof(*apTrimmed)));
     return apTrimmed ? apTrimmed : apTokens;
