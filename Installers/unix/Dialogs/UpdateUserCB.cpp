@@ -127,8 +127,11 @@ static void readUsers()
     OwnedFile file(listUsers(&path));
     std::string text;
 
-    if (!file)
+    if (!file) {
+        if (path)
+            (void)unlink(path.get()); /* ours, if it is there at all */
         endWithoutRoom();
+    }
     (void)OV_instReadWhole(file.get(), &text); /* what could be read is offered */
     std::istringstream words(text);
     s_users.clear();

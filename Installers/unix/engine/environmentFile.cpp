@@ -18,6 +18,14 @@ static const char s_caSource[] = "KIVO_FILE"; /* that very name: meant */
 static const char s_caCreated[] = ".kivo_2.01";
 static const char s_caTemporary[] = ".kivo_install_tmp_file";
 
+static mode_t currentUmask()
+{
+    const mode_t iMask = umask(0);
+
+    (void)umask(iMask); /* never fails */
+    return iMask;
+}
+
 /* Not by a command: a copy that root makes in somebody's home would follow a link that he has
  * planted there. What comes in between is replaced, not followed. */
 void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gid_t gid)
@@ -28,13 +36,13 @@ void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gi
     OV_Replacement copy;
 
     if (!source || fstat(fileno(source.get()), &asNew) < 0 || !S_ISREG(asNew.st_mode) ||
-        asNew.st_nlink != 1) { /* its other name could be any file of the machine's */
+        OV_instIsPlanted(fileno(source.get()), path.get())) {
         fprintf(stderr, "ERROR: Can't find file: %s\n", path ? path.get() : s_caSource);
         return;
     }
     asNew.st_uid = geteuid();
     asNew.st_gid = getegid();
-    asNew.st_mode &= 0777;
+    asNew.st_mode &= 0777 & ~currentUmask(); /* as a command that copies does */
     if (OV_instBeginReplacement(&copy, pHome, s_caTemporary, s_caSource, &asNew) == 0)
         (void)OV_instEndReplacement(&copy, OV_instCopyWhole(source.get(), copy.pStream) == 0);
     (void)fchown(fileno(source.get()), uid, gid); /* the source's owner, not the copy's: meant */

@@ -2,12 +2,18 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include "ut/strprint.h"
 
+/* Not every text has an end of line: a box needs none. */
 static void printError(const char *pText, const char *)
 {
+    const size_t iLength = strlen(pText);
+
     fputs(pText, stderr);
+    if (iLength && pText[iLength - 1] != '\n')
+        fputc('\n', stderr);
 }
 
 static int printQuestion(const char *pText, const char *pFirst, const char *, const char *)

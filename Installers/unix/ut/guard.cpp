@@ -246,10 +246,9 @@ int OV_instGuardedOpen(const char *pPath, int iFlags, mode_t iMode)
     return openGuarded(pPath, iFlags | ((iFlags & O_PATH) ? O_CLOEXEC : s_iAlways), iMode);
 }
 
-/* Whether an opened file is to be left alone: it has a second name, and lies in a directory where
- * others could have made a name for any file there is. Where nobody else can, second names are our
- * own or a backup's. What lies outside the guarded root was chosen by whoever started setup. */
-static bool isPlanted(int iFd, const char *pPath)
+/* Where nobody else can, second names are our own or a backup's. What lies outside the guarded root
+ * was chosen by whoever started setup. */
+bool OV_instIsPlanted(int iFd, const char *pPath)
 {
     const char *pName = nullptr;
     struct stat status;
@@ -278,7 +277,7 @@ FILE *OV_instGuardedFopen(const char *pPath, const char *pMode)
     OwnedFd file(OV_instGuardedOpen(pPath, pRow->iFlags & ~O_TRUNC, 0666));
     if (file.iFd < 0)
         return nullptr;
-    if ((pRow->iFlags & O_CREAT) && isPlanted(file.iFd, pPath)) {
+    if ((pRow->iFlags & O_CREAT) && OV_instIsPlanted(file.iFd, pPath)) {
         errno = EMLINK;
         return nullptr;
     }
@@ -340,7 +339,7 @@ int OV_instGuardedChmod(const char *pPath, mode_t iMode)
 
     if (file.iFd < 0)
         return -1;
-    if (isPlanted(file.iFd, pPath))
+    if (OV_instIsPlanted(file.iFd, pPath))
         return failWith(EMLINK);
     /* A path descriptor needs no read permission, but fchmod refuses it. */
     (void)snprintf(caLink, sizeof caLink, "/proc/self/fd/%d", file.iFd); /* fits any int */

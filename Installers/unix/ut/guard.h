@@ -29,6 +29,10 @@ int OV_instGuardedOpenIn(const char *pRoot, const char *pPath, int iFlags, mode_
  * have given that name to any file there is. */
 FILE *OV_instGuardedFopen(const char *pPath, const char *pMode);
 
+/* Whether an opened file is to be left alone: it has a second name, and lies in a directory where
+ * others could have made a name for any file there is. */
+bool OV_instIsPlanted(int iFd, const char *pPath);
+
 /* The directory that pPath's last component lives in, opened; *ppName points at that component
  * within pPath. The caller closes the descriptor. -1 with errno set (EINVAL for a path that ends
  * in a slash). */
