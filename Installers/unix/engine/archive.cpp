@@ -191,13 +191,12 @@ static int feedArchive(Feed *pFeed)
 static int startCommand(Feed *pFeed, const char *pDest, OV_Confinement *pConfinement)
 {
     char caSaved[OV_INST_PATH_SIZE + 1];
-    int iDirectory;
 
     if (!getcwd(caSaved, sizeof(caSaved))) {
         OV_instSendUpdate(pFeed->pStream, "-1 Can't get current working\n");
         return 1;
     }
-    iDirectory = OV_instGuardedOpenDir(pDest);
+    int iDirectory = OV_instGuardedOpenDir(pDest);
     if (iDirectory < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Can't change directory to: %s\n", pDest);
         return 1;
@@ -225,7 +224,8 @@ static int addOwnerWrite(const char *pMember, mode_t iMode)
 }
 
 /* Gives the entry's existing files owner write permission. The names are examined as they stand in
- * the entry, from wherever the run was started: meant so. */
+ * the entry, from wherever the run was started; what is below the destination is tar's to replace.
+ */
 static void makeWritable(const Feed *pFeed)
 {
     for (int32_t i = 0; i < pFeed->pTar->iCount; i++) {
@@ -246,19 +246,19 @@ static int closeFeed(Feed *pFeed)
 {
     int iResult = 0;
     int iCommandStatus = 0;
-    int iStatus;
 
     if (close(pFeed->iArchive) < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close tarfile %s\n", pFeed->pPath);
         iResult = 1;
     }
-    iStatus = close(pFeed->iPipe);
+    int iStatus = close(pFeed->iPipe);
     if (OV_instWaitConfined(pFeed->iCommand, &iCommandStatus) < 0 || iStatus < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close pipe for file '%s'\n",
                           pFeed->pPath);
         iResult = 1;
     } else if (iCommandStatus != 0 && pFeed->bLeftEarly) {
-        /* Otherwise tar's own status is not examined: meant so. */
+        /* Otherwise tar's own status is not examined: media rely on archives that it complains of
+         * and unpacks. */
         (void)pipeFailure(pFeed); /* writes the record */
         iResult = 1;
     } else if (pFeed->bLeftEarly) {
@@ -281,7 +281,6 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
     OV_Confinement confinement = {};
     char *pPath = nullptr;
     struct stat info;
-    int iResult;
 
     if (!pTar || !OV_instIsText(pTar->pArchive)) {
         OV_instSendUpdate(pStream, "-1 Untar invalid parameters\n");
@@ -304,7 +303,7 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
     feed.ulSize = static_cast<uint64_t>(info.st_size);
     feed.iArchive = archive.iFd;
     feed.iPipe = -1;
-    iResult = startCommand(&feed, pDest, &confinement);
+    int iResult = startCommand(&feed, pDest, &confinement);
     OV_instReleaseConfinement(&confinement);
     if (iResult != 0)
         return 1;

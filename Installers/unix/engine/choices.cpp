@@ -95,7 +95,8 @@ static void tellMissing(const _OV_InstConfigList *pGroup, const char *pMessage)
 
 void SetSelectedFlags(_OV_InstConfigList *pConfig, int iValue)
 {
-    static const char s_caMissing[] = "Error in SetSelectedFlafs"; /* misspelt: meant so */
+    static const char s_caMissing[] =
+        "Error in SetSelectedFlafs"; /* who looks for it knows it so */
     OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
 
     if (!pConfig)

@@ -28,11 +28,9 @@ bool InModuleList(const char *pPath)
 
 void UpdateModuleList(const char *pPath)
 {
-    char *pCopy;
-
     if (!pPath || s_modules.iCount == MAX_MODULES || InModuleList(pPath))
         return;
-    pCopy = strdup(pPath);
+    char *pCopy = strdup(pPath);
     if (pCopy)
         s_modules.apPaths[s_modules.iCount++] = pCopy;
 }
@@ -49,7 +47,7 @@ static int loadModule(_OV_InstFunction *pFunction, const char *pFrom, FILE *pStr
     OwnedText path(OV_instModulePath(pFrom, pFunction->pModule));
 
     if (!path) {
-        fputs("-1 Can't allocate memory\n", stderr); /* not into the pipe: meant so */
+        fputs("-1 Can't allocate memory\n", stderr); /* the pipe's reader would ask */
         return OV_INST_EXIT_SETUP;
     }
     pFunction->hModule = dlopen(path.get(), RTLD_LAZY);
@@ -77,8 +75,6 @@ static void *findFunction(_OV_InstFunction *pFunction, const char *pName, FILE *
 int OV_instCustomFunction(_OV_InstOper *pOper, _OV_CustomData *pData, FILE *pStream)
 {
     _OV_InstFunction *pFunction = pOper ? &pOper->body.function : nullptr;
-    void *pInit;
-    int iResult;
 
     if (!pFunction || !pData || !OV_instIsText(pFunction->pModule) ||
         !OV_instIsText(pFunction->pFunction)) {
@@ -87,7 +83,7 @@ int OV_instCustomFunction(_OV_InstOper *pOper, _OV_CustomData *pData, FILE *pStr
     }
     if (!pFunction->hModule && loadModule(pFunction, pData->pFrom, pStream) != 0)
         return OV_INST_EXIT_SETUP;
-    pInit = findFunction(pFunction, "initModule", pStream);
+    void *pInit = findFunction(pFunction, "initModule", pStream);
     if (!pInit)
         return OV_INST_EXIT_SETUP;
     (void)reinterpret_cast<OV_CustomFunction>(pInit)(CDInstPtr, pData); /* its result is not used */
@@ -97,7 +93,7 @@ int OV_instCustomFunction(_OV_InstOper *pOper, _OV_CustomData *pData, FILE *pStr
         return OV_INST_EXIT_SETUP;
     OwnedFile log(OV_instOpenLogfile());
     pData->fpLog = log.get();
-    iResult = reinterpret_cast<OV_CustomFunction>(pFunction->pAddress)(CDInstPtr, pData);
+    int iResult = reinterpret_cast<OV_CustomFunction>(pFunction->pAddress)(CDInstPtr, pData);
     pData->fpLog = nullptr;
     return iResult;
 }

@@ -32,7 +32,7 @@ struct PackListRun {
 };
 
 /* An operation's two halves return 0 or a failure. */
-typedef int (*OperRoutine)(PackListRun *pRun, _OV_InstOper *pOper);
+using OperRoutine = int (*)(PackListRun *pRun, _OV_InstOper *pOper);
 
 enum { EVERY_PASS = -1, NO_PASS = -2 };
 
@@ -65,7 +65,7 @@ static int copyFile(PackListRun *pRun, _OV_InstOper *pOper)
 }
 
 /* A compressed file is installed as it is, under its source's name; only its removal goes through
- * the decompression: meant so. */
+ * the decompression. Products of media written for earlier versions look for it so. */
 static int copyCompressed(PackListRun *pRun, _OV_InstOper *pOper)
 {
     const _OV_InstCopy *pCopy = &pOper->body.copy;
@@ -224,11 +224,10 @@ static int runOper(PackListRun *pRun, _OV_InstOper *pOper, const OperRow *pRow)
     OperRoutine routine = pRun->iMode == OV_INST_INSTALL_MODE ? pRow->install : pRow->remove;
     const bool bCounts =
         pRun->iMode == OV_INST_INSTALL_MODE ? pRow->bInstallCounts : pRow->bRemoveCounts;
-    int iResult;
 
     if (!routine || (pRow->iPass != EVERY_PASS && pRow->iPass != pRun->ovPass))
         return 0;
-    iResult = routine(pRun, pOper);
+    int iResult = routine(pRun, pOper);
     return bCounts ? iResult : 0;
 }
 
@@ -315,7 +314,8 @@ static int runSuite(const _OV_InstConfigList *pConfig, const char *pFrom, const 
     if (isHandedOver(pConfig, pSuite, iMode))
         iResult = OV_instInstallPackList(pSuite->pPackHead, pFrom, pDest, pStream, ovPass, iMode,
                                          pSuite->pName);
-    /* The removing passes write the history too, so a run records a suite twice: meant so. */
+    /* The removing passes write the history too, so a run records a suite twice. Who reads the
+     * history takes a package that is named twice for one. */
     if (pConfig->iSelected && ovPass == OV_CUSTOM_INIT)
         OV_UpdateHistoryFile(pDest, pSuite);
     return iResult;

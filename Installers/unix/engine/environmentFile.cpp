@@ -14,7 +14,8 @@
 #include "ut/shellWord.h"
 #include "ut/wholeFile.h"
 
-static const char s_caSource[] = "KIVO_FILE"; /* that very name: meant */
+static const char s_caSource[] =
+    "KIVO_FILE"; /* whatever the product is called: its media bring it so */
 static const char s_caCreated[] = ".kivo_2.01";
 static const char s_caTemporary[] = ".kivo_install_tmp_file";
 
@@ -45,18 +46,19 @@ void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gi
     asNew.st_mode &= 0777 & ~currentUmask(); /* as a command that copies does */
     if (OV_instBeginReplacement(&copy, pHome, s_caTemporary, s_caSource, &asNew) == 0)
         (void)OV_instEndReplacement(&copy, OV_instCopyWhole(source.get(), copy.pStream) == 0);
-    (void)fchown(fileno(source.get()), uid, gid); /* the source's owner, not the copy's: meant */
+    (void)fchown(fileno(source.get()), uid,
+                 gid); /* the source: who may rewrite it notices a change */
 }
 
 /* Where the user's own directories are, for the shell that reads the file: all but the variable at
- * its end is meant literally. */
+ * its end is taken literally. */
 static std::string userRoot()
 {
     std::string home = GetDefaultUserHomeWithEnvVar();
-    const size_t lVariable = home.rfind('$');
-    OwnedText quoted(OV_instShellQuotedPath(home.substr(0, lVariable).c_str()));
+    const size_t iVariable = home.rfind('$');
+    OwnedText quoted(OV_instShellQuotedPath(home.substr(0, iVariable).c_str()));
 
-    return (quoted ? quoted.get() : "") + home.substr(lVariable);
+    return (quoted ? quoted.get() : "") + home.substr(iVariable);
 }
 
 static void writeEnvironment(FILE *pFile, const char *pHome)

@@ -273,8 +273,6 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
                     FILE *pStream, int iDelete)
 {
     char *pPath = nullptr;
-    int iResult;
-    bool bModeFailed;
 
     if (!OV_instIsText(pSource) || !OV_instIsText(pTarget)) {
         OV_instSendUpdate(pStream, "-1 Copyfile invalid parameters\n");
@@ -291,11 +289,11 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
     OwnedFd to(openTarget(pTarget, pStream));
     if (to.iFd < 0)
         return 1;
-    iResult = fillTarget(from.iFd, &to, pPath, pTarget, pStream);
+    int iResult = fillTarget(from.iFd, &to, pPath, pTarget, pStream);
     if (to.iFd < 0)
         return 1;
     /* Set through the descriptor: the name could by now be somebody else's file. */
-    bModeFailed = fchmod(to.iFd, static_cast<mode_t>(iMode & MODE_BITS)) < 0;
+    bool bModeFailed = fchmod(to.iFd, static_cast<mode_t>(iMode & MODE_BITS)) < 0;
     if (close(from.release()) < 0) {
         OV_instSendUpdate(pStream, "-1 Copyfile closing src file %s\n", pPath);
         iResult = 1;

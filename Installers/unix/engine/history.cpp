@@ -95,12 +95,11 @@ static FILE *openInTree(char *pPath, const char *pProductDirectory)
 {
     char *pFound =
         pProductDirectory && pProductDirectory[0] ? strstr(pPath, pProductDirectory) : nullptr;
-    FILE *pFile;
 
     if (!pFound)
         return nullptr;
     OwnedText inFolder(historyPath(pPath));
-    pFile = inFolder ? OV_instGuardedFopen(inFolder.get(), "r+") : nullptr;
+    FILE *pFile = inFolder ? OV_instGuardedFopen(inFolder.get(), "r+") : nullptr;
     if (!pFile) {
         OwnedText beside(OV_instStrPrint("%s/%s", pPath, OV_instGetHistoryFile()));
         pFile = beside ? OV_instGuardedFopen(beside.get(), "r+") : nullptr;
@@ -116,7 +115,8 @@ static FILE *openAroundMedium(_OV_instCDinst *pRoot)
     OwnedText real(OV_instGetRealPath(pRoot->pSourceDir));
     const char *pDirectory = pRoot->pProductDirectory;
     bool bInSource = real && pDirectory && pDirectory[0] && strstr(real.get(), pDirectory);
-    /* The running directory's buffer itself is cut: meant so. */
+    /* The running directory's buffer itself is cut: where the medium cannot be resolved, the tree
+     * that was found stands in for it from now on. */
     char *pPath = bInSource ? real.get() : OV_instGetRunningDirectory();
     FILE *pFile = openInTree(pPath, pDirectory);
 
@@ -173,14 +173,12 @@ static char *packageOf(char *pLine)
 {
     char caFirst[HISTORY_LINE];
     char caSecond[HISTORY_LINE];
-    char *pOpening;
-    char *pClosing;
 
     if (sscanf(pLine, "%255s %255s", caFirst, caSecond) != 2 ||
         strcmp(caFirst, s_caPackageWord) != 0)
         return nullptr;
-    pOpening = strchr(pLine, '"');
-    pClosing = pOpening ? strchr(pOpening + 1, '"') : nullptr;
+    char *pOpening = strchr(pLine, '"');
+    char *pClosing = pOpening ? strchr(pOpening + 1, '"') : nullptr;
     if (!pClosing)
         return nullptr;
     *pClosing = '\0';

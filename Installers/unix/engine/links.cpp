@@ -91,7 +91,6 @@ static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *p
     char caSaved[OV_INST_PATH_SIZE + 1];
     const char *pLast = nullptr;
     char *pPath = nullptr;
-    int iResult;
 
     if (!getcwd(caSaved, sizeof(caSaved))) {
         OV_instSendUpdate(pStream, "-1 %s can't get current working directory\n", pKind->pWord);
@@ -117,7 +116,7 @@ static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *p
         return 1;
     }
     const Link link = {pTarget, target.iFd, parent.iFd, pLast};
-    iResult = replaceByLink(pKind, &link, pName, pStream);
+    int iResult = replaceByLink(pKind, &link, pName, pStream);
     if (chdir(caSaved) < 0) {
         OV_instSendUpdate(pStream, "-1 %s can't change directory back to: %s\n", pKind->pWord,
                           caSaved);

@@ -25,7 +25,7 @@ static const char s_caLocation[] = "OV_LOCATION";
 /* Registrations gathered so far, and whether they were carried out. */
 static struct {
     char *pCommand;
-    int iDone;
+    bool bDone;
 } s_selfReg;
 
 static int regDataFailure(FILE *pStream, int iPlace)
@@ -139,7 +139,7 @@ static int runRegistrations(const char *pCommonDest, const char *pDest, const ch
     OwnedText gathered(s_selfReg.pCommand);
 
     s_selfReg.pCommand = nullptr;
-    s_selfReg.iDone = 1;
+    s_selfReg.bDone = true;
     if (!gathered)
         return selfRegFailure(pStream, 4);
     if (!hasDisplay()) {
@@ -156,14 +156,14 @@ static int runRegistrations(const char *pCommonDest, const char *pDest, const ch
             : nullptr);
     if (!command)
         return selfRegFailure(pStream, 5);
-    (void)!system(command.get()); /* its status is not examined: meant so */
+    (void)!system(command.get()); /* not examined: runs would fail that went well so far */
     return OV_INST_NO_ERROR;
 }
 
 int OV_instSelfReg(const char *pCommonDest, const char *pDest, const char *pModule, FILE *pStream,
                    int iPass)
 {
-    if (s_selfReg.iDone || (iPass != OV_CUSTOM_INIT && iPass != OV_CUSTOM_REGISTRY))
+    if (s_selfReg.bDone || (iPass != OV_CUSTOM_INIT && iPass != OV_CUSTOM_REGISTRY))
         return OV_INST_NO_ERROR;
     if (!pDest || !pModule)
         return selfRegFailure(pStream, 0);

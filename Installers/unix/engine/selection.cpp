@@ -43,7 +43,7 @@ static bool markSuite(_OV_InstConfigList *pConfig, _OV_InstSuiteList *pSuite, in
     markFound(pConfig, iState);
     if (!pSuite)
         puts("Null pList to UpdateInstalledFlag");
-    /* Installed whatever the state: meant so. */
+    /* Installed whatever the state: the history that led here names them. */
     for (_OV_InstPackageNode *pNode = pSuite ? pSuite->pPackHead : nullptr; pNode;
          pNode = pNode->pNext)
         pNode->pPackage->iInstalled = 1;
@@ -159,7 +159,8 @@ void OV_instSetLastDlg(_OV_InstConfigList *pConfig)
 
 _OV_InstConfigList *OV_instRestoreLastDlg()
 {
-    /* The slot above the last stored entry, not the entry itself: meant so. */
+    /* The slot above the last stored entry, not the entry itself: the dialogs find their way back
+     * by the parent links, and what they get here has to agree with those. */
     s_store.lastConfig = s_store.slConfigs[s_store.iConfigNum--];
     if (s_store.iConfigNum < 0) {
         puts("Underflow in config store");

@@ -88,12 +88,10 @@ int OV_instSetCdinstDirectory(const char *pDirectory)
 /* "ROOT/" or "ROOT/SUB/" without doubled slashes; null when there is no root or no room. */
 static const char *destination(const _OV_instCDinst *pRoot, const char *pSub, char *pBuffer)
 {
-    int iLength;
-
     if (!pRoot || !pRoot->pInstallDir || !pRoot->pInstallDir[0])
         return nullptr;
-    iLength = snprintf(pBuffer, OV_INST_PATH_SIZE, pSub ? "%s/%s/" : "%s/", pRoot->pInstallDir,
-                       textOrEmpty(pSub));
+    int iLength = snprintf(pBuffer, OV_INST_PATH_SIZE, pSub ? "%s/%s/" : "%s/", pRoot->pInstallDir,
+                           textOrEmpty(pSub));
     if (iLength < 0 || iLength >= OV_INST_PATH_SIZE)
         return nullptr;
     (void)OV_instRemoveExtraSlash(pBuffer); /* fails for null only */
@@ -130,7 +128,7 @@ const char *OV_instGetCommonDestinationDirectory()
 {
     static char s_caBuffer[OV_INST_PATH_SIZE];
 
-    /* The product directory is required although it is not used: meant so. */
+    /* Without a product directory there is none either: modules are given both or neither. */
     if (!CDInstPtr || !CDInstPtr->pProductDirectory)
         return nullptr;
     return destination(CDInstPtr, s_caCommon, s_caBuffer);
@@ -184,7 +182,6 @@ const char *OV_instGetKnownSourceDirectory()
 const char *OV_instSetSourceDirectory(const char *pPath)
 {
     char caReal[PATH_MAX];
-    char *pCopy;
 
     if (!CDInstPtr || !pPath || !pPath[0])
         sourceFailure("Internal error (input) while setting source directory\n");
@@ -193,7 +190,7 @@ const char *OV_instSetSourceDirectory(const char *pPath)
             sourceFailure("Internal error (realpath) while setting source directory\n");
         pPath = caReal;
     }
-    pCopy = strdup(pPath);
+    char *pCopy = strdup(pPath);
     if (!pCopy)
         sourceFailure("Internal error (memory allocation) while setting source directory\n");
     free(CDInstPtr->pSourceDir);

@@ -32,15 +32,15 @@ struct MenuPass {
 /* The n-th word of a line, or nothing. */
 static std::string wordOf(const std::string &line, int iWord)
 {
-    size_t lStart = line.find_first_not_of(s_caBlanks);
+    size_t iStart = line.find_first_not_of(s_caBlanks);
 
-    for (; iWord > 0 && lStart != std::string::npos; iWord--) {
-        lStart = line.find_first_of(s_caBlanks, lStart);
-        lStart = line.find_first_not_of(s_caBlanks, lStart);
+    for (; iWord > 0 && iStart != std::string::npos; iWord--) {
+        iStart = line.find_first_of(s_caBlanks, iStart);
+        iStart = line.find_first_not_of(s_caBlanks, iStart);
     }
-    if (lStart == std::string::npos)
+    if (iStart == std::string::npos)
         return "";
-    return line.substr(lStart, line.find_first_of(s_caBlanks, lStart) - lStart);
+    return line.substr(iStart, line.find_first_of(s_caBlanks, iStart) - iStart);
 }
 
 /* A text between the quotes of a menu file. */
@@ -59,16 +59,16 @@ static std::string quoted(const std::string &text)
 /* The label that an entry begins with, as it stands between its quotes. */
 static bool readLabel(const std::string &line, std::string *pLabel)
 {
-    size_t lStart = line.find_first_not_of(s_caBlanks);
+    size_t iStart = line.find_first_not_of(s_caBlanks);
 
-    if (lStart == std::string::npos || line[lStart] != '"')
+    if (iStart == std::string::npos || line[iStart] != '"')
         return false;
-    size_t lEnd = lStart + 1;
-    while (lEnd < line.size() && line[lEnd] != '"')
-        lEnd += line[lEnd] == '\\' ? 2 : 1;
-    if (lEnd >= line.size())
+    size_t iEnd = iStart + 1;
+    while (iEnd < line.size() && line[iEnd] != '"')
+        iEnd += line[iEnd] == '\\' ? 2 : 1;
+    if (iEnd >= line.size())
         return false;
-    *pLabel = line.substr(lStart + 1, lEnd - lStart - 1);
+    *pLabel = line.substr(iStart + 1, iEnd - iStart - 1);
     return true;
 }
 
@@ -116,10 +116,10 @@ static void copyEntry(MenuPass *pPass, const std::string &line)
         pPass->text += line;
         return;
     }
-    const size_t lLevel = static_cast<size_t>(pPass->iLevel);
+    const size_t iLevel = static_cast<size_t>(pPass->iLevel);
     if (pPass->iLevel < lastLevel(pPass)) {
-        if (label == quoted(pShortcut->path[lLevel + 1]) && !pPass->abMatched[lLevel]) {
-            pPass->abMatched[lLevel] = true;
+        if (label == quoted(pShortcut->path[iLevel + 1]) && !pPass->abMatched[iLevel]) {
+            pPass->abMatched[iLevel] = true;
             pPass->iMatched++;
         }
         pPass->text += line;
@@ -148,20 +148,21 @@ static void copyLine(MenuPass *pPass, const std::string &line)
     }
 }
 
-/* The menus that are missing. One that is there without the entry is defined once more: meant. */
+/* The menus that are missing. One that is there without the entry is defined once more: the lines
+ * that the user has stay his. */
 static std::string missingMenus(const MenuPass *pPass)
 {
     const std::vector<std::string> &path = pPass->pShortcut->path;
     std::string text;
 
     for (int i = pPass->iMatched; i <= lastLevel(pPass); i++) {
-        const size_t lLevel = static_cast<size_t>(i);
+        const size_t iLevel = static_cast<size_t>(i);
         if (i == 0 && pPass->bTopExtended)
             continue;
-        text += "\nMenu " + path[lLevel] + "\n{\n";
+        text += "\nMenu " + path[iLevel] + "\n{\n";
         text += i == lastLevel(pPass)
                     ? entryOf(pPass->pShortcut)
-                    : "\t\"" + path[lLevel + 1] + "\"\tf.menu " + path[lLevel + 1] + "\n";
+                    : "\t\"" + path[iLevel + 1] + "\"\tf.menu " + path[iLevel + 1] + "\n";
         text += "}\n";
     }
     return text;
@@ -172,11 +173,11 @@ std::string OV_instChangeMenus(const std::string &menus, const OV_Shortcut *pSho
 {
     MenuPass pass = {pShortcut, NO_LEVEL, 0, {}, false, ""};
 
-    for (size_t lStart = 0; lStart < menus.size();) {
-        size_t lEnd = menus.find('\n', lStart);
-        lEnd = lEnd == std::string::npos ? menus.size() : lEnd + 1;
-        copyLine(&pass, menus.substr(lStart, lEnd - lStart));
-        lStart = lEnd;
+    for (size_t iStart = 0; iStart < menus.size();) {
+        size_t iEnd = menus.find('\n', iStart);
+        iEnd = iEnd == std::string::npos ? menus.size() : iEnd + 1;
+        copyLine(&pass, menus.substr(iStart, iEnd - iStart));
+        iStart = iEnd;
     }
     *pAppended = missingMenus(&pass);
     return pass.text;
@@ -186,11 +187,11 @@ int OV_instSplitMenuPath(const char *pMenuPath, std::vector<std::string> *pPath)
 {
     pPath->clear();
     for (const char *pName = pMenuPath + strspn(pMenuPath, "/"); *pName;) {
-        const size_t lLength = strcspn(pName, "/");
-        if (lLength > LONGEST_NAME || pPath->size() == MOST_NAMES)
+        const size_t iLength = strcspn(pName, "/");
+        if (iLength > LONGEST_NAME || pPath->size() == MOST_NAMES)
             return -1;
-        pPath->emplace_back(pName, lLength);
-        pName += lLength;
+        pPath->emplace_back(pName, iLength);
+        pName += iLength;
         pName += strspn(pName, "/");
     }
     return 0;
@@ -269,7 +270,7 @@ static int writeMenus(const char *pDirectory, const std::string &copied,
     if (!put(copied, file.pStream))
         pReason = "fputs failed writing shortcut\n";
     else if (!put(appended, file.pStream))
-        pReason = "fputs failed writin shortcut\n"; /* spelt so: meant */
+        pReason = "fputs failed writin shortcut\n"; /* who looks for it knows it so */
     if (OV_instEndReplacement(&file, !pReason) == 0)
         return 0;
     fputs(pReason ? pReason : "fputs failed writing shortcut\n", stderr);

@@ -57,11 +57,9 @@ int64_t OV_instGetBlockSize(const char *pPath)
 /* Unsigned throughout: sums of absurd sizes wrap instead of being undefined. */
 static uint64_t roundUp(uint64_t ulSize, uint64_t ulBlock)
 {
-    uint64_t ulRest;
-
     if (!ulSize)
         ulSize = 1;
-    ulRest = ulSize % ulBlock;
+    uint64_t ulRest = ulSize % ulBlock;
     return ulRest ? ulSize + (ulBlock - ulRest) : ulSize;
 }
 
@@ -113,7 +111,7 @@ int64_t OV_instGetPackageSize(_OV_InstPackage *pPackage, int64_t lBlock, const c
     return static_cast<int64_t>(ulSum);
 }
 
-/* Only the first suite gets totals: meant so. */
+/* Only the first suite gets totals: whoever reads them from the model finds them there. */
 static void sumFirstSuite(_OV_InstSuiteList *pSuite)
 {
     for (_OV_InstPackageNode *pNode = pSuite ? pSuite->pPackHead : nullptr; pNode;
@@ -130,11 +128,10 @@ int OV_instSetSizes(_OV_instCDinst *pRoot)
 {
     const char *pDest = GetDestinationDirectory(pRoot);
     const char *pFrom = GetSourceDirectory(pRoot);
-    int64_t lBlock;
 
     if (!pRoot || !pRoot->pPackageHead || !pDest || !pDest[0])
         return -1;
-    lBlock = OV_instGetBlockSize(pDest);
+    int64_t lBlock = OV_instGetBlockSize(pDest);
     if (lBlock == -1)
         return -1;
     for (_OV_InstPackageNode *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext) {
@@ -224,10 +221,8 @@ int64_t GetSizePass(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int64_t 
 static int64_t sizeInPasses(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int64_t lSelector,
                             int iAbsolute)
 {
-    int64_t lStays;
-
     OV_instResetPackagePasses(pRoot->pPackageHead);
-    lStays = GetSizePass(pRoot, pConfig, lSelector, iAbsolute, 0);
+    int64_t lStays = GetSizePass(pRoot, pConfig, lSelector, iAbsolute, 0);
     return lStays + GetSizePass(pRoot, pConfig, lSelector, iAbsolute, 1);
 }
 
@@ -288,12 +283,10 @@ int64_t OV_instCountBytesToInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pC
 int64_t OV_instGetTrueSize(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int64_t lSelector,
                            int iAbsolute)
 {
-    int64_t lBytes;
-
     OV_instUpdateNumInUseFlag(pRoot, pConfig, 1);
     OV_instUpdateNumInUseFlag(pRoot, pConfig, 0);
     OV_instResetPackagePasses(pRoot ? pRoot->pPackageHead : nullptr);
-    lBytes = OV_instCountBytesToInstall(pRoot, pConfig, lSelector, iAbsolute);
+    int64_t lBytes = OV_instCountBytesToInstall(pRoot, pConfig, lSelector, iAbsolute);
     OV_instResetPackagePasses(pRoot ? pRoot->pPackageHead : nullptr);
     return lBytes;
 }
@@ -332,7 +325,6 @@ int OV_instEnoughSpace(const _OV_InstConfigList *pConfig)
     char caFree[OV_SIZE_TEXT];
     OwnedText partition(OV_instGetPartitionDirectory(OV_instGetDestinationDirectory()));
     int64_t lNeeded = -1;
-    int64_t lFree;
 
     if (pConfig) {
         _OV_InstConfigList asIfChosen = *pConfig;
@@ -341,7 +333,7 @@ int OV_instEnoughSpace(const _OV_InstConfigList *pConfig)
     }
     if (!partition)
         return 1;
-    lFree = OV_instGetAvailableSpace(partition.get());
+    int64_t lFree = OV_instGetAvailableSpace(partition.get());
     if (lNeeded < lFree)
         return 1;
     diskSpace2String(lNeeded, caNeeded);

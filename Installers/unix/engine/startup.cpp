@@ -27,8 +27,8 @@ static char s_caPath[] = "PATH=/usr/local/sbin:/usr/sbin:/sbin:/bin:/sbin:/usr/b
 struct Options {
     char *pDescription;
     char *pDestination;
-    int bNoRoot;
-    int bCommandLine;
+    bool bNoRoot;
+    bool bCommandLine;
 };
 
 /* What would make the commands do something else than they are told. */
@@ -49,8 +49,6 @@ static void openStandardStreams()
 
 void OV_instPrepareEnvironment()
 {
-    const char *pRedirect;
-
     openStandardStreams();
     OV_instCatchBrokenPipes(); /* whoever stops reading what is printed stops no run */
     for (const char *const *ppName = s_apMisleading; *ppName; ppName++)
@@ -59,7 +57,7 @@ void OV_instPrepareEnvironment()
     (void)putenv(s_caPath);
     if (getenv("OVINST_DEBUG_MODE"))
         OV_instSetDebugLevel(1);
-    pRedirect = getenv("OVINST_REDIRECT");
+    const char *pRedirect = getenv("OVINST_REDIRECT");
     if (pRedirect)
         OV_instSetRedirect(pRedirect);
 }
@@ -80,12 +78,12 @@ static void showVersion(Options *, const char *)
 
 static void setNoRoot(Options *pOptions, const char *)
 {
-    pOptions->bNoRoot = 1;
+    pOptions->bNoRoot = true;
 }
 
 static void setCommandLine(Options *pOptions, const char *)
 {
-    pOptions->bCommandLine = 1;
+    pOptions->bCommandLine = true;
 }
 
 static char *copyArgument(const char *pArgument)
@@ -167,13 +165,12 @@ static void findRunningDirectory(const char *pProgram)
 static char *descriptionBeside(const char *pProgram)
 {
     OwnedText directory(OV_instDirname(pProgram));
-    char *pPath;
 
     if (!directory) {
         fprintf(stderr, "Error: can't get dirname of %s\n", pProgram);
         exit(1);
     }
-    pPath = OV_instStrPrint("%s%s", directory.get(), s_caDescription);
+    char *pPath = OV_instStrPrint("%s%s", directory.get(), s_caDescription);
     if (!pPath) {
         fputs("Error: out of memory\n", stderr);
         exit(1);
@@ -204,7 +201,7 @@ static void completeOptions(Options *pOptions, const char *pProgram)
 
 void OV_instProcessArgs(int argc, char **argv, char **ppDescription, char **ppDestination)
 {
-    Options options = {nullptr, nullptr, 0, 0};
+    Options options = {nullptr, nullptr, false, false};
     const char *pNoRoot = getenv("OVINST_NOROOT");
 
     *ppDescription = nullptr;

@@ -47,13 +47,12 @@ static FILE *openCompressed(const char *pSource, FILE *pStream, char **ppPath)
         OwnedText word(OV_instShellWord(*ppPath));
         OwnedText command(word ? OV_instStrPrint("%s -c %s", OV_instDecompressor(), word.get())
                                : nullptr);
-        FILE *pPipe;
 
         if (!command) {
             OV_instSendUpdate(pStream, "-1 memory error\n");
             return nullptr;
         }
-        pPipe = popen(command.get(), "re");
+        FILE *pPipe = popen(command.get(), "re");
         if (pPipe)
             return pPipe;
         free(*ppPath);
@@ -65,15 +64,13 @@ static FILE *openCompressed(const char *pSource, FILE *pStream, char **ppPath)
 
 static FILE *openUncompressed(const char *pTarget, FILE *pStream)
 {
-    FILE *pTo;
-
     if (OV_instMakeParent(pTarget) < 0) {
         OV_instSendUpdate(pStream, "-1 Uncompress can't create destination directory for:\n%s\n",
                           pTarget);
         return nullptr;
     }
-    pTo = OV_instGuardedFopen(pTarget, "w");
-    if (!pTo) /* begins with 0, so that nobody is asked: meant so */
+    FILE *pTo = OV_instGuardedFopen(pTarget, "w");
+    if (!pTo) /* begins with 0: the parent's reader takes -1 for an error to be asked about */
         OV_instSendUpdate(pStream, "0 Can't create file %s\n", pTarget);
     return pTo;
 }
@@ -82,8 +79,6 @@ int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64
                       FILE *pStream, int iDelete)
 {
     char *pPath = nullptr;
-    int iResult;
-    bool bModeFailed;
 
     if (!OV_instIsText(pSource) || !OV_instIsText(pTarget)) {
         OV_instSendUpdate(pStream, "-1 Uncompress invalid parameters\n");
@@ -100,12 +95,12 @@ int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64
     OwnedFile to(openUncompressed(pTarget, pStream));
     if (!to)
         return 1;
-    iResult = uncompressBlocks(from.get(), to.get(), pPath, pTarget, pStream);
+    int iResult = uncompressBlocks(from.get(), to.get(), pPath, pTarget, pStream);
     if (pclose(from.release()) != 0) {
         OV_instSendUpdate(pStream, "-1 Uncompress couldn't close input file %s\n", pPath);
         iResult = 1;
     }
-    bModeFailed = fchmod(fileno(to.get()), static_cast<mode_t>(iMode & 07777)) < 0;
+    bool bModeFailed = fchmod(fileno(to.get()), static_cast<mode_t>(iMode & 07777)) < 0;
     if (fclose(to.release()) != 0) {
         OV_instSendUpdate(pStream, "-1 Uncompress couldn't close destination file %s\n", pTarget);
         iResult = 1;

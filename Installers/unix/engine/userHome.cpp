@@ -7,18 +7,16 @@
 
 static char *g_UserHome; /* a heap string, or null */
 
-static int isElsewhere(const char *pHome)
+static bool isElsewhere(const char *pHome)
 {
     return g_UserHome && (!pHome || strcmp(g_UserHome, pHome) != 0);
 }
 
 void SetDefaultUserHome(const char *pPath)
 {
-    char *pCopy;
-
     if (pPath == g_UserHome)
         return;
-    pCopy = pPath ? strdup(pPath) : nullptr;
+    char *pCopy = pPath ? strdup(pPath) : nullptr;
     free(g_UserHome);
     g_UserHome = pCopy;
 }
