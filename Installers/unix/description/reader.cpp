@@ -115,14 +115,15 @@ int readCdinst(FILE *pFile, _OV_instCDinst *pRoot, void (*progress)(), int *piLi
     return validateModule(pRoot) == OV_INST_NO_ERROR ? 0 : -1;
 }
 
-/* Only what can be read to its end without waiting for somebody: no pipe, and no device that a person
- * or nobody ends. */
+/* Only what can be read to its end without waiting for somebody: no pipe, and no device that a
+ * person or nobody ends. */
 static FILE *openDescription(const char *pPath)
 {
     OwnedFd file(open(pPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat info;
 
-    if (file.iFd < 0 || fstat(file.iFd, &info) < 0 || !(S_ISREG(info.st_mode) || S_ISBLK(info.st_mode)))
+    if (file.iFd < 0 || fstat(file.iFd, &info) < 0 ||
+        !(S_ISREG(info.st_mode) || S_ISBLK(info.st_mode)))
         return nullptr;
     FILE *pFile = fdopen(file.iFd, "r");
     if (pFile)

@@ -224,8 +224,7 @@ static int addOwnerWrite(const char *pMember, mode_t iMode)
 }
 
 /* Gives the entry's existing files owner write permission. The names are examined as they stand in
- * the entry, from wherever the run was started; what is below the destination is tar's to replace.
- */
+ * the entry, from wherever the run was started: files below the destination are replaced by tar. */
 static void makeWritable(const Feed *pFeed)
 {
     for (int32_t i = 0; i < pFeed->pTar->iCount; i++) {

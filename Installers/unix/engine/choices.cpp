@@ -95,8 +95,8 @@ static void tellMissing(const _OV_InstConfigList *pGroup, const char *pMessage)
 
 void SetSelectedFlags(_OV_InstConfigList *pConfig, int iValue)
 {
-    static const char s_caMissing[] =
-        "Error in SetSelectedFlafs"; /* who looks for it knows it so */
+    /* Misspelt: who looks for the text knows it so. */
+    static const char s_caMissing[] = "Error in SetSelectedFlafs";
     OwnedWalk walk(OV_instStartWalk(CDInstPtr, pConfig));
 
     if (!pConfig)

@@ -14,8 +14,7 @@
 #include "ut/shellWord.h"
 #include "ut/wholeFile.h"
 
-static const char s_caSource[] =
-    "KIVO_FILE"; /* whatever the product is called: its media bring it so */
+static const char s_caSource[] = "KIVO_FILE"; /* so on the media of every product */
 static const char s_caCreated[] = ".kivo_2.01";
 static const char s_caTemporary[] = ".kivo_install_tmp_file";
 
@@ -46,8 +45,8 @@ void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gi
     asNew.st_mode &= 0777 & ~currentUmask(); /* as a command that copies does */
     if (OV_instBeginReplacement(&copy, pHome, s_caTemporary, s_caSource, &asNew) == 0)
         (void)OV_instEndReplacement(&copy, OV_instCopyWhole(source.get(), copy.pStream) == 0);
-    (void)fchown(fileno(source.get()), uid,
-                 gid); /* the source: who may rewrite it notices a change */
+    /* The source's owner, not the copy's: that file its user could always rewrite. */
+    (void)fchown(fileno(source.get()), uid, gid);
 }
 
 /* Where the user's own directories are, for the shell that reads the file: all but the variable at
