@@ -27,7 +27,8 @@ void OV_instCustomAddRemoveUpdate(_OV_InstConfigList *pConfig);
 void OV_instCustomUpdateReset();
 void OV_instCustomUpdateSpaceFields();
 
-/* Callbacks; the client data of a row's is its configuration. */
+/* Callbacks; the client data of a row's is its configuration. No button reaches the last one today.
+ */
 void OV_instCustomMapCB(Widget widget, XtPointer pClient, XtPointer pCall);
 void OV_instCustomOKCB(Widget widget, XtPointer pClient, XtPointer pCall);
 void OV_instCustomCancelCB(Widget widget, XtPointer pClient, XtPointer pCall);
@@ -37,7 +38,8 @@ void OV_instCustomPBChangeOptionsCB(Widget widget, XtPointer pChild, XtPointer p
 void OV_instCustomTBChangeCB(Widget widget, XtPointer pChild, XtPointer pCall);
 void OV_instCustomContinueCB(Widget widget, XtPointer pClient, XtPointer pCall);
 
-/* The generated code's way of setting resources: lines of "WIDGET.RESOURCE = VALUE". */
+/* The generated code's way of setting resources: lines of "WIDGET.RESOURCE = VALUE". Nothing calls
+ * it today. */
 void BxSetValuesCB(Widget widget, XtPointer pText, XtPointer pCall);
 
 #endif

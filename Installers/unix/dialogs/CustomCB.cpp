@@ -126,7 +126,7 @@ void OV_instCustomItemFocusCB(Widget, XtPointer child, XtPointer)
     XtAddCallback(change, XmNactivateCallback, OV_instCustomPBChangeOptionsCB, child);
 }
 
-/* The refill labels the button "Continue" again: meant so. */
+/* The refill labels the button "Continue" again: users find that on every list, however deep. */
 void OV_instCustomPBChangeOptionsCB(Widget, XtPointer child, XtPointer)
 {
     auto *pChild = static_cast<_OV_InstConfigList *>(child);
@@ -217,19 +217,19 @@ void OV_instCustomContinueCB(Widget, XtPointer, XtPointer) {}
 
 static void setValue(Widget widget, const std::string &line)
 {
-    const size_t lEquals = line.find('=');
-    const size_t lDot = line.rfind('.', lEquals);
+    const size_t iEquals = line.find('=');
+    const size_t iDot = line.rfind('.', iEquals);
 
-    if (lEquals == std::string::npos || lDot == std::string::npos) {
+    if (iEquals == std::string::npos || iDot == std::string::npos) {
         fputs(
             "Callback Error (BxSetValuesCB):\n\tSyntax Error - specify BxSetValuesCB data as\n\t  "
             "  <Widget Name>.<Resource> = <Value>",
             stdout);
         return;
     }
-    Widget named = OV_instFindWidget(widget, OV_instTrimmed(line.substr(0, lDot)).c_str());
-    const std::string resource = OV_instTrimmed(line.substr(lDot + 1, lEquals - lDot - 1));
-    const std::string value = OV_instTrimmed(line.substr(lEquals + 1));
+    Widget named = OV_instFindWidget(widget, OV_instTrimmed(line.substr(0, iDot)).c_str());
+    const std::string resource = OV_instTrimmed(line.substr(iDot + 1, iEquals - iDot - 1));
+    const std::string value = OV_instTrimmed(line.substr(iEquals + 1));
     if (named)
         XtVaSetValues(named, XtVaTypedArg, resource.c_str(), XmRString, value.c_str(),
                       static_cast<int>(value.size() + 1), nullptr);
@@ -240,9 +240,9 @@ void BxSetValuesCB(Widget widget, XtPointer text, XtPointer)
     const char *pLines = static_cast<const char *>(text);
 
     while (pLines && *pLines) {
-        const size_t lLength = strcspn(pLines, "\n");
-        if (lLength)
-            setValue(widget, std::string(pLines, lLength));
-        pLines += lLength + (pLines[lLength] == '\n');
+        const size_t iLength = strcspn(pLines, "\n");
+        if (iLength)
+            setValue(widget, std::string(pLines, iLength));
+        pLines += iLength + (pLines[iLength] == '\n');
     }
 }

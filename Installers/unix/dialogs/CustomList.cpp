@@ -28,7 +28,7 @@ static const char s_caRowLooks[] = UI_SET("verticalSpacing", "0") UI_SET("horizo
 /* A press anywhere in a row makes it the current one, as its check box does. */
 static void rowPressed(Widget, XtPointer toggle, XEvent *, Boolean *)
 {
-    (void)XmProcessTraversal((Widget)toggle, XmTRAVERSE_CURRENT);
+    (void)XmProcessTraversal(static_cast<Widget>(toggle), XmTRAVERSE_CURRENT);
 }
 
 static Widget addToggle(Widget row, _OV_InstConfigList *pChild)
@@ -110,14 +110,15 @@ static void fitRows(Widget rows)
 
 static void listResized(Widget, XtPointer rows, XEvent *, Boolean *)
 {
-    fitRows((Widget)rows);
+    fitRows(static_cast<Widget>(rows));
 }
 
 /* The keyboard reaches the rows that are out of sight as well. */
 static void showObscured(Widget window, XtPointer, XtPointer call)
 {
-    XmScrollVisible(window, ((XmTraverseObscuredCallbackStruct *)call)->traversal_destination, 0,
-                    0);
+    const auto *pCall = static_cast<const XmTraverseObscuredCallbackStruct *>(call);
+
+    XmScrollVisible(window, pCall->traversal_destination, 0, 0);
 }
 
 static void clearRows(Widget rows)
@@ -163,7 +164,8 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
         OV_instResetPackagePasses(CDInstPtr->pPackageHead);
         if (!OV_instIsHidden(pChild))
             addRow(rows, pChild);
-        if (!bFocused) /* shown or not: meant so */
+        if (!bFocused) /* shown or not: authors may hide the option whose text the page begins with
+                        */
             OV_instCustomItemFocusCB(rows, pChild, nullptr);
         bFocused = true;
         iGroups += pChild->iType == OV_CONFIG_CUSDLG;

@@ -36,7 +36,7 @@ static_assert(sizeof(s_afpActivate) / sizeof(*s_afpActivate) == OV_CONFIG_COUNT,
 
 static void freePicture(Widget widget, XtPointer pixmap, XtPointer)
 {
-    XFreePixmap(XtDisplay(widget), (Pixmap)pixmap);
+    XFreePixmap(XtDisplay(widget), reinterpret_cast<Pixmap>(pixmap));
 }
 
 /* Where the picture is transparent the button shows through. */
@@ -58,7 +58,7 @@ static void showPicture(Widget widget, char **apLines)
         return;
     XpmFreeAttributes(&attributes);
     XtVaSetValues(widget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, pixmap, nullptr);
-    XtAddCallback(widget, XmNdestroyCallback, freePicture, (XtPointer)pixmap);
+    XtAddCallback(widget, XmNdestroyCallback, freePicture, reinterpret_cast<XtPointer>(pixmap));
 }
 
 void OV_instSetPixmapOnWidget(Widget widget, const _OV_InstIcon *pIcon)
@@ -78,7 +78,7 @@ void OV_instSetPixmapOnWidget(Widget widget, const _OV_InstIcon *pIcon)
     }
     void *pLines = dlsym(pModule, pIcon->pIcon2);
     if (pLines)
-        showPicture(widget, (char **)pLines);
+        showPicture(widget, static_cast<char **>(pLines));
     else
         fprintf(stderr, "Error: OV_instSetPixmapOnWidget, '%s' not in '%s'\n", pIcon->pIcon2,
                 path.get());
@@ -116,7 +116,7 @@ static void fillSlot(Widget dialog, int iSlot, _OV_InstConfigList *pChild)
 static void emptySlot(Widget dialog, int iSlot)
 {
     XtUnmanageChild(findSlot(dialog, "rcMainDlg", iSlot));
-    if (iSlot == ONE_BUTTON_SLOT) /* misspelt: meant so */
+    if (iSlot == ONE_BUTTON_SLOT) /* spelt so: who drives dialogs by their texts knows it */
         OV_instUpdateLabelString(OV_instFindWidget(dialog, "laMainDlg"),
                                  "To start intallation, click the large button");
 }

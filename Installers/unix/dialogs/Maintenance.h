@@ -13,7 +13,7 @@ void OV_DisableAddButtonIfNecessary(void);
 /* Makes a dialog the one that the routine above acts on; CreatembMaintenance does it. */
 void OV_instMaintenanceUse(Widget dialog);
 
-/* Callbacks. No button reinstalls: meant so. */
+/* Callbacks. No button reaches the last one today. */
 void OV_instMaintenanceWelcomeCreateCB(Widget label, XtPointer pClient, XtPointer pCall);
 void OV_instMaintenanceMapCB(Widget widget, XtPointer pClient, XtPointer pCall);
 void OV_instMaintenaceExitCB(Widget widget, XtPointer pClient, XtPointer pCall);

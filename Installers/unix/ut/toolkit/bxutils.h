@@ -8,13 +8,13 @@
 #include <Xm/Xm.h>
 
 /* One row of a table of an application's defaults. A row with a null instance name ends it. */
-typedef struct _UIAppDefault {
+struct _UIAppDefault {
     const char *pClass;
     const char *pInstance; /* empty: as the class part */
     const char *pSubName;  /* may be null */
     const char *pResource;
     char *pValue; /* filled in by InitAppDefaults; the row's, to be freed with XtFree */
-} _UIAppDefault;
+};
 
 /* Makes String convert to XmString and XmStringTable by the rules below in this application
  * context. To be called once its application shell exists: the toolkit registers converters of its
