@@ -78,15 +78,3 @@ TEST_F(MainDlg, PicturesAndTheirFaults)
     EXPECT_EQ(5u, iWidth);
     EXPECT_EQ(3u, iHeight);
 }
-
-TEST_F(MainDlg, MistakesEndTheProcess)
-{
-    describe("1 MainDlg 'T' 'D' '' 10\n10 CusDlg 'List' '' '' 1 11\n11 Suite 'P' '' '' 1\n");
-    EXPECT_EXIT(OV_instMainDlgInstallationCB(nullptr, config(10), nullptr),
-                testing::ExitedWithCode(1), "^Error: can only install suites\n$");
-    config(10)->iType = 3;
-    EXPECT_EXIT((void)show(1), testing::ExitedWithCode(1), "^Error: bad configuration file\n$");
-    OV_instSetLastDlg(nullptr);
-    EXPECT_EXIT(OV_instMainDlgExitCB(nullptr, nullptr, nullptr), testing::ExitedWithCode(1), "");
-    config(10)->iType = OV_CONFIG_CUSDLG;
-}

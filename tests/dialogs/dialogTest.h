@@ -94,7 +94,7 @@ struct UserScript {
     void leave()
     {
         Widget question = openBox(), left = question ? question : openBox(browser.c_str());
-        if (!left || bLooking)
+        if (!left || bLooking || --iPatience > 380) /* it may be about to go */
             return;
         seen += question ? "stuck" : "open";
         press(left, question ? "OK" : "Cancel");
@@ -115,6 +115,7 @@ struct UserScript {
             exit(99); /* whoever waits would wait for ever */
         }
         steps.pop_front();
+        iPatience = 400;
         bLooking = true; /* others may be opened and used there */
         if (now.look)
             now.look(used);

@@ -125,26 +125,6 @@ TEST_F(FirstPages, ReadsWhatIsThere)
     }
 }
 
-/* A planted link (more traps have their tests with the files), then no directory at all. */
-TEST_F(FirstPages, TrapsAreNeitherReadNorWritten)
-{
-    const std::string secret = m_scratch / "secret";
-
-    writeFile(secret, "secret\n");
-    fs::create_symlink(secret, m_user);
-    for (int i = 0; i < 2; i++) {
-        Widget dialog = show(CreatembNameOrg);
-        EXPECT_EQ("||", user(dialog));
-        enter(dialog, "txNameOrgName", "Ann");
-        ASSERT_TRUE(press(dialog, "OK"));
-        ASSERT_TRUE(press(openBox("mbNameOrgConfirm"), "OK"));
-        ASSERT_NE(nullptr, shown("mbReseller")); /* it goes on */
-        EXPECT_EQ("secret\n", readFile(secret));
-        XtDestroyWidget(XtParent(shown("mbReseller")));
-        fs::remove_all(m_scratch / "tmp");
-    }
-}
-
 TEST_F(FirstPages, AnAgreementMayHoldAnything)
 {
     std::string longText;

@@ -89,16 +89,6 @@ TEST_F(Progress, BarIsFilledUpToThePercentage)
     EXPECT_EQ(0x102030u, drawn.pixels[drawn.iWidth - 1]);
 }
 
-TEST_F(Progress, PercentageIsReadableOverBothParts)
-{
-    show();
-    OV_instProgressUpdate(50, nullptr);
-    const Drawn drawn(m_area);
-    const unsigned iHalf = drawn.iWidth * 50 / 100;
-    EXPECT_EQ(1u, drawn.colours(0, iHalf).count(empty())); /* fill ^ (fill ^ empty) */
-    EXPECT_EQ(1u, drawn.colours(iHalf, drawn.iWidth).count(fill()));
-}
-
 TEST_F(Progress, DrawsWhenThePercentageChangesAndWhenExposed)
 {
     show();

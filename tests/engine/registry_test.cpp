@@ -108,12 +108,3 @@ TEST_F(Registry, ModulesAreRegisteredTogetherAndOnce)
         });
     expectNothingWasRun();
 }
-
-TEST_F(Registry, LocationIsMadeForItsUser)
-{
-    EXPECT_EQ("Unable to get OV_LOCATION environment variable\n",
-              printed([] { EXPECT_EQ(nullptr, OV_instGetOVLocation()); }));
-    setenv("OV_LOCATION", full("@/location").c_str(), 1);
-    EXPECT_EQ(full("@/location"), OV_instGetOVLocation());
-    EXPECT_EQ(0700u, modeOf("@/location"));
-}

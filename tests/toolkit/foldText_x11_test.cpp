@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <Xm/Label.h>
-#include <chrono>
 
 #include "dialogs/dialogTest.h"
 #include "ut/toolkit/bxutils.h"
@@ -79,14 +78,4 @@ TEST_F(FoldText, PathsBreakBehindSlashes)
     EXPECT_EQ("/0123/567/\n 12345678/\n012345678", fold("/0123/567/ 12345678/012345678"));
     const std::string word(200, 'w');
     EXPECT_EQ("/" + word + "/ end", replaced(fold(("/" + word + "/ end").c_str()), "\n", ""));
-}
-
-/* A description may hold anything; what it holds must not stop the program. */
-TEST_F(FoldText, HugeTextsAreFoldedInTime)
-{
-    const auto start = std::chrono::steady_clock::now();
-
-    EXPECT_LT(100, linesOf(std::string(100000, 'T'), 400));
-    EXPECT_NE("", OV_instFoldText(m_label, std::string(100000, '\x80').c_str(), 400));
-    EXPECT_GT(std::chrono::seconds(10), std::chrono::steady_clock::now() - start);
 }

@@ -162,21 +162,6 @@ TEST_F(Looks, LargerDialogsGiveTheirRoomToWhatNeedsIt)
     });
 }
 
-TEST_F(Looks, EveryButtonHasALetterOfItsOwn)
-{
-    visitAll([](const std::string &name, Widget dialog) {
-        std::set<int> letters;
-        for (Widget seen : seenOf(dialog)) {
-            if (!isButton(seen) || resourceOf<unsigned char>(seen, XmNlabelType) != XmSTRING)
-                continue;
-            const std::string text = labelOf(seen);
-            const int iLetter = (int)resourceOf<KeySym>(seen, XmNmnemonic);
-            EXPECT_NE(text.npos, text.find((char)iLetter)) << name << ": " << text;
-            EXPECT_TRUE(letters.insert(tolower(iLetter)).second) << name << ": " << text;
-        }
-    });
-}
-
 TEST_F(Looks, LettersPressTheButtons)
 {
     fillModel();
@@ -294,55 +279,4 @@ TEST_F(Looks, ReturnAndEscape)
         EXPECT_EQ(bLeaves, s_iCancel) << name;
         EXPECT_EQ(!bLeaves, s_iOk) << name;
     });
-}
-
-/* ---- the user's resources ---- */
-
-/* Values that no fallback has, for resources that ours set; the classes are those that have them.
- */
-static const struct {
-    const char *pLine;
-    const char *pResource;
-    const char *pClass;
-    long lValue;
-} s_aUser[] = {
-    {"*background: #123456", "background", nullptr, 0x123456},
-    {"*foreground: #abcdef", "foreground", nullptr, 0xabcdef},
-    {"*XmPushButton.marginWidth: 31", "marginWidth", "XmPushButton", 31},
-    {"*XmFrame.marginHeight: 23", "marginHeight", "XmFrame", 23},
-    {"*XmMessageBox.marginWidth: 29", "marginWidth", "XmMessageBox", 29},
-    {"*XmForm.verticalSpacing: 1", "verticalSpacing", "XmForm", 1},
-    {"*XmRowColumn.spacing: 17", "spacing", "XmRowColumn", 17},
-    {"*XmToggleButton.indicatorSize: 25", "indicatorSize", "XmToggleButton", 25},
-    {"*XmText.marginHeight: 9", "marginHeight", "XmText", 9},
-};
-
-TEST_F(Looks, UsersResourcesWin)
-{
-    std::string lines = "*XmLabel.alignment: ALIGNMENT_END\n*fontSize: 12\n"
-                        "*mbWelcome.okLabelString: On we go\n*dsWelcome.title: Mine\n"
-                        "*laMainDlg.labelString: Pick\n*mbWelcome*OK.mnemonic: w\n";
-    for (const auto &row : s_aUser)
-        lines += std::string(row.pLine) + "\n";
-    put("@/resources", lines);
-    setenv("XENVIRONMENT", full("@/resources").c_str(), 1);
-    reopen({});
-    unsetenv("XENVIRONMENT");
-    visitAll([](const std::string &name, Widget dialog) {
-        for (Widget seen : seenOf(dialog))
-            for (const auto &row : s_aUser) {
-                const char *pClass = XtClass(seen)->core_class.class_name;
-                if (XmIsGadget(seen) || (row.pClass && strcmp(row.pClass, pClass)))
-                    continue;
-                const long lValue = row.pClass ? (long)(resourceOf<Dimension>(seen, row.pResource))
-                                               : (long)resourceOf<Pixel>(seen, row.pResource);
-                EXPECT_EQ(row.lValue, lValue) << name << ": " << XtName(seen) << " " << row.pLine;
-            }
-    });
-    Widget welcome = managed(CreatembWelcome(main()));
-    Widget middle = OV_instFindWidget(welcome, "laWelcomeMiddle");
-    EXPECT_EQ("On we go", label(welcome, "OK"));
-    EXPECT_EQ((KeySym)'w', resourceOf<KeySym>(XtNameToWidget(welcome, "OK"), XmNmnemonic));
-    EXPECT_EQ(XmALIGNMENT_END, resourceOf<unsigned char>(middle, XmNalignment));
-    EXPECT_EQ("Pick", label(CreatembMainDlg(main()), "laMainDlg"));
 }

@@ -49,50 +49,6 @@ static int mapState(Widget widget)
     return state.map_state;
 }
 
-/* Whether the widget's shell is in the middle of the screen, going by the widget's size. */
-static void expectCentred(Widget widget)
-{
-    Widget shell = OV_instGetShell(widget);
-    Screen *pScreen = XtScreen(shell);
-
-    EXPECT_EQ(WidthOfScreen(pScreen) / 2 - resourceOf<Dimension>(widget, XmNwidth) / 2,
-              resourceOf<Position>(shell, XmNx));
-    EXPECT_EQ(HeightOfScreen(pScreen) / 2 - resourceOf<Dimension>(widget, XmNheight) / 2,
-              resourceOf<Position>(shell, XmNy));
-}
-
-static Widget buildSample(Widget parent)
-{
-    Widget form = XtVaCreateWidget("foSample", xmFormWidgetClass, parent, XmNwidth, 301, XmNheight,
-                                   151, nullptr);
-
-    XtCreateManagedWidget("laSample", xmLabelGadgetClass, form, nullptr, 0);
-    return form;
-}
-
-TEST_F(Uiut, PopupCentresAndPopdownHides)
-{
-    Widget shell = XtVaCreatePopupShell("dsOne", xmDialogShellWidgetClass, parent, nullptr);
-    Widget form = buildSample(shell);
-    OV_instPopup(form, "A %s title", "icon");
-    runFor(application, 20);
-    EXPECT_STREQ("A %s title", resourceOf<char *>(shell, XmNtitle));
-    EXPECT_EQ(IsViewable, mapState(shell));
-    expectCentred(form);
-    OV_instPopdown(XtNameToWidget(form, "laSample"));
-    EXPECT_EQ(IsUnmapped, mapState(shell));
-    XtDestroyWidget(shell);
-
-    Widget made = OV_instCreateAndPopup(buildSample);
-    runFor(application, 20);
-    ASSERT_TRUE(made);
-    EXPECT_EQ(301, resourceOf<Dimension>(parent, XmNwidth));
-    expectCentred(made);
-    EXPECT_EQ(IsViewable, mapState(parent));
-    XtDestroyWidget(parent);
-    parent = OV_instCreateMainTopLevelShell(application);
-}
-
 static void destroyBox()
 {
     XtDestroyWidget(XtParent(openBox()));
@@ -275,17 +231,4 @@ TEST_F(Uiut, NoticeIsDrawnWithoutALoop)
     OV_instDisplayMessageBox(parent, "Third"); /* goes with somebody else's hand */
     XtDestroyWidget(XtParent(openBox("mbMessage")));
     OV_instRemoveMessageBox();
-}
-
-TEST_F(Uiut, CommandOutputIsAppended)
-{
-    Widget form = XtCreateWidget("form", xmFormWidgetClass, parent, nullptr, 0);
-    Widget text = XtVaCreateManagedWidget("text", xmTextWidgetClass, form, XmNeditMode,
-                                          XmMULTI_LINE_EDIT, XmNvalue, "before\n", nullptr);
-    int iStatus = OV_instOutputCmdInTextWidget(
-        text, "echo 'one %s'; head -c 25000 /dev/zero | tr '\\0' x; printf '\\nlast'; exit 3");
-
-    EXPECT_EQ(3, WEXITSTATUS(iStatus));
-    EXPECT_EQ("before\none %s\n" + std::string(25000, 'x') + "\nlast", textIn(text));
-    XtDestroyWidget(form);
 }

@@ -111,22 +111,6 @@ TEST(StrPrint, FailsOnWhatCannotBeRendered)
           "%1000000000000000000000000000000000000000000000c", "%.1111111111111111111111111d"})
         EXPECT_EQ(s_fpUnchecked(pFormat, 1.0, "x"), nullptr) << pFormat;
     EXPECT_EQ(OV_instStrPrint(nullptr), nullptr);
-    EXPECT_EQ(OV_instStrPopen(nullptr, "r"), nullptr);
-    EXPECT_EQ(OV_instStrSystem(nullptr), 1);
     EXPECT_EQ(get_len_or_allocate(none, nullptr, &string, LENGTH), 1);
     EXPECT_EQ(get_len_or_allocate(none, "x", nullptr, LENGTH), 1);
-}
-
-TEST(StrPrint, HasWrappersThatConcatenateAndRunCommands)
-{
-    OwnedText text(OV_instStrConcat(nullptr, "a%d", "", "b", nullptr));
-    text.reset(OV_instStrConcat(text.release(), "c", nullptr));
-    EXPECT_STREQ(text.get(), "a%dbc");
-
-    OwnedPipe pipe(OV_instStrPopen("exit %d", "r", 5));
-    ASSERT_NE(pipe, nullptr);
-    EXPECT_EQ(pclose(pipe.release()), 5 << 8);
-    EXPECT_EQ(OV_instStrSystem("exit %d", 3), 3 << 8);
-    const char *pEmpty = "";
-    EXPECT_EQ(OV_instStrSystem(pEmpty, 0), 0) << "the static empty string is not freed";
 }
