@@ -68,13 +68,4 @@ TEST_F(MainDlg, PicturesAndTheirFaults)
     EXPECT_EQ(XmPIXMAP, typeOf(dialog, "pbMainDlg1"));
     for (const char *pName : {"pbMainDlg2", "pbMainDlg3", "pbMainDlg4"})
         EXPECT_EQ(XmSTRING, typeOf(dialog, pName)) << pName;
-    const Pixmap pixmap =
-        resourceOf<Pixmap>(OV_instFindWidget(dialog, "pbMainDlg1"), XmNlabelPixmap);
-    Window root = None;
-    int iAt = 0;
-    unsigned iWidth = 0, iHeight = 0, iRest = 0;
-    ASSERT_TRUE(XGetGeometry(XtDisplay(dialog), pixmap, &root, &iAt, &iAt, &iWidth, &iHeight,
-                             &iRest, &iRest));
-    EXPECT_EQ(5u, iWidth);
-    EXPECT_EQ(3u, iHeight);
 }

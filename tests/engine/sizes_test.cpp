@@ -165,4 +165,7 @@ TEST_F(Sizes, TooLittleSpaceIsTold)
     EXPECT_EQ(0u, text.find("Not Enough Disk Space\n1073741824.00 GB Needed, Only ")) << text;
     EXPECT_NE(std::string::npos, text.find("B AvailableReturning OK\n")) << text;
     EXPECT_EQ("+", states()) << "only a copy counts as chosen";
+    load("Package 'a' ''\nSuite 'A' a a\nConfigBegin\n4 Suite 'A' '' '' 0\nConfigEnd\n");
+    package("a")->lSize2 = static_cast<uint64_t>(OV_instGetAvailableSpace("/tmp") / 3 * 2);
+    EXPECT_EQ(1, OV_instEnoughSpace(config(4))) << "a package listed twice needs its room once";
 }

@@ -59,34 +59,6 @@ TEST(Install, SecondRunDoesNothingAndRecordsAgain)
     EXPECT_NE(medium.log().find(">>>>>>> SETUP", 10), std::string::npos);
 }
 
-TEST(Install, HistoryDecidesWhatIsInstalled)
-{
-    Medium medium;
-
-    medium.file("a", "a");
-    medium.file("b", "b");
-    medium.describe(offering("Package \"pa\" \"\"\nCopy \"a\" \"\" 1 0644\n"
-                             "Package \"pb\" \"\"\nCopy \"b\" \"\" 1 0644\n"
-                             "Suite \"A\" pa\nSuite \"B\" pb\n",
-                             {"A", "B"}));
-    writeFile(medium.tree + "SetupFiles/.h.his",
-              "HistoryFileVersion 2\nTest Product\n2.1\n/no/such/medium\n"
-              "Package \"pa\" Installed\nPackage \"gone\" Installed\n");
-    RunResult result = medium.install();
-
-    /* What the history does not name is no longer selected: nothing is copied at all. */
-    EXPECT_EQ(result.iStatus, 0);
-    EXPECT_NE(result.out.find("Setup has detected an older version of Test Product (2.1)\n"
-                              "Before installing, you should select Remove All.Returning OK\n"),
-              std::string::npos);
-    EXPECT_FALSE(medium.has("a"));
-    EXPECT_FALSE(medium.has("b"));
-    /* A source that cannot be resolved gives way to the program's own directory. */
-    EXPECT_EQ(medium.history().substr(0, medium.history().find("\nPackage")),
-              "HistoryFileVersion 2\nTest Product\n3.5\n" + fs::canonical(medium.place).string() +
-                  "/");
-}
-
 TEST(Install, FailsBeforeAnythingIsTouched)
 {
     static const char *const aaRows[][2] = {

@@ -168,15 +168,3 @@ TEST(Getline, ReadsPiecesOf102399Bytes)
     EXPECT_TRUE(linesOf("a\n" + full + "x") == "a|3");       /* unfinished, and lost */
     EXPECT_TRUE(linesOf(full + full + "\n" + full) == full + full + "|" + full + "|3");
 }
-
-TEST(SplitString, KeepsEmptyPieces)
-{
-    int iCount = -1;
-    char **apPieces = OV_instSplitStringOn(":a:", ':', &iCount);
-
-    ASSERT_EQ(iCount, 3);
-    EXPECT_EQ(std::string(apPieces[0]) + "|" + apPieces[1] + "|" + apPieces[2], "|a|");
-    OV_instFreeStringArray(apPieces);
-    EXPECT_EQ(OV_instSplitStringOn("a", '\0', &iCount), nullptr);
-    EXPECT_EQ(iCount, 0);
-}

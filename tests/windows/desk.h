@@ -86,10 +86,6 @@ struct Desk {
 
     void click(int iX, int iY);
 
-    /* xdotool's names of keys for the window, which gets the keyboard as a window manager would
-     * give it. */
-    void keys(const std::string &shell, const std::string &names);
-
     /* Replaces what a browser proposes: its field is the one above the buttons. */
     void choose(const std::string &browser, const std::string &path);
 
