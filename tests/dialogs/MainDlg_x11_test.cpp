@@ -35,6 +35,7 @@ TEST_F(MainDlg, HeadingFollowsTheSecondSlotAndAllSlotsCount)
     Widget dialog = show(1);
     EXPECT_EQ("1 P: 100%s safe|2 List: Choose|3 Page: More|", slots(dialog));
     EXPECT_FALSE(isManaged(dialog, "OK") || isManaged(dialog, "Help"));
+    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
     EXPECT_EQ(m_root, textIn(OV_instFindWidget(dialog, "txMainDlgFolder")));
     EXPECT_EQ('B', label(dialog, "laMainDlgAvailableSpace").back());
     XtDestroyWidget(XtParent(dialog));

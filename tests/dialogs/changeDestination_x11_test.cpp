@@ -35,8 +35,6 @@ TEST_F(ChangeDestination, StartsAtTheDestinationOrTheWorkingDirectory)
               "Product setup: @/root/ Destination a b -> @/root/b|",
               browse({"?", "#2", "?", "c"}));
     EXPECT_EQ("@/root/", root());
-    EXPECT_EQ("", browse({"!1"}));
-    EXPECT_EQ("@/root/a/", root());
     ASSERT_EQ(0, OV_instSetRootDestination(full("@/none/yet").c_str()));
     fs::current_path(m_scratch / "other");
     EXPECT_EQ("Product setup: @/other/ Destination sub -> @/none/yet/|", browse({"?", "c"}));

@@ -60,7 +60,7 @@ using Steps = std::vector<Step>;
  * "y", "n" and "a" press the first, second and third button of a message box. "name:OK" presses
  * that button of another dialog, "name:x" closes its frame, "name:Escape" is the key, and "name:"
  * only looks. In a directory browser ">text" selects the text and presses OK, "#2" selects an entry
- * of the list, "!2" opens it by a double click, "?" looks and "c" is Cancel.
+ * of the list, "?" looks and "c" is Cancel.
  * What was seen is written down, the texts of boxes and looks each followed by "|"; a box that is
  * open at the end is left, and "stuck" or, for a browser, "open" is written down. */
 struct UserScript {
@@ -149,28 +149,11 @@ struct UserScript {
             press(box, "OK");
         } else if (what[0] == '#') {
             XmListSelectPos(list, std::stoi(what.substr(1)), True);
-        } else if (what[0] == '!') {
-            openEntry(list, std::stoi(what.substr(1)));
         } else if (what == "?") {
             look(box, list, text);
         } else {
             press(box, "Cancel");
         }
-    }
-    /* As two clicks do: the second one is no new selection. */
-    static void openEntry(Widget list, int iEntry)
-    {
-        XmListSelectPos(list, iEntry, True);
-        XEvent event = {};
-        event.xbutton.type = ButtonRelease;
-        event.xbutton.display = XtDisplay(list);
-        XmListCallbackStruct call = {};
-        call.reason = XmCR_DEFAULT_ACTION;
-        call.event = &event;
-        call.item = resourceOf<XmStringTable>(list, XmNitems)[iEntry - 1];
-        call.item_length = XmStringLength(call.item);
-        call.item_position = iEntry;
-        XtCallCallbacks(list, XmNdefaultActionCallback, &call);
     }
     void look(Widget box, Widget list, Widget text)
     {

@@ -85,8 +85,7 @@ TEST_F(Driver, SomeFailuresAreNotCounted)
 TEST_F(Driver, KindsWithoutMeaningEndTheCall)
 {
     for (int iType : {0, 11, 15, 20, -1}) {
-        load("Package 'p' ''\nShortcut '1' '2' '3'\nMkdir 'd' 0755\nPackage 'q' ''\n"
-             "Mkdir 'd' 0755\nSuite 'S' p q\n");
+        load("Package 'p' ''\nShortcut '1' '2' '3'\nMkdir 'd' 0755\nSuite 'S' p\n");
         package("p")->pOperHead->iType = iType;
         EXPECT_EQ("Error:Undefined operation " + std::to_string(iType) + "\n",
                   told([this] { EXPECT_EQ("1", runSuite("S", INSTALL)); }));

@@ -41,14 +41,6 @@ TEST(WithoutDisplay, BoxesPrint)
     EXPECT_EQ("%n|5\n", testing::internal::GetCapturedStderr());
 }
 
-static int mapState(Widget widget)
-{
-    XWindowAttributes state = {};
-
-    XGetWindowAttributes(XtDisplay(widget), XtWindow(widget), &state);
-    return state.map_state;
-}
-
 static void destroyBox()
 {
     XtDestroyWidget(XtParent(openBox()));
@@ -195,15 +187,13 @@ TEST_F(Uiut, AnyoneCanEndAWait)
 /* How many colours the window shows: more than one means that something is drawn. */
 static size_t coloursOf(Widget shell)
 {
-    XImage *pImage =
-        XGetImage(XtDisplay(shell), XtWindow(shell), 0, 0, resourceOf<Dimension>(shell, XmNwidth),
-                  resourceOf<Dimension>(shell, XmNheight), AllPlanes, ZPixmap);
+    const CorePart &core = shell->core;
+    XImage *pImage = XGetImage(XtDisplay(shell), XtWindow(shell), 0, 0, core.width, core.height,
+                               AllPlanes, ZPixmap);
     std::set<unsigned long> colours;
 
-    for (int y = 0; y < pImage->height; y++) {
-        for (int x = 0; x < pImage->width; x++)
-            colours.insert(XGetPixel(pImage, x, y));
-    }
+    for (int i = 0; i < core.width * core.height; i++)
+        colours.insert(XGetPixel(pImage, i % core.width, i / core.width));
     XDestroyImage(pImage);
     return colours.size();
 }
@@ -213,7 +203,6 @@ TEST_F(Uiut, NoticeIsDrawnWithoutALoop)
     OV_instDisplayMessageBox(parent, "Updating the system registry");
     Widget first = openBox("mbMessage");
     ASSERT_TRUE(first);
-    EXPECT_EQ(IsViewable, mapState(first));
     EXPECT_GT(coloursOf(XtParent(first)), 2u) << "text on a ground";
     for (const char *pName : {"OK", "Cancel", "Help"})
         EXPECT_FALSE(XtIsManaged(XtNameToWidget(first, pName)));
@@ -226,9 +215,4 @@ TEST_F(Uiut, NoticeIsDrawnWithoutALoop)
     EXPECT_EQ("L 'Another'", shownBy(boxChild(openBox("mbMessage"), XmDIALOG_MESSAGE_LABEL)));
     OV_instRemoveMessageBox();
     EXPECT_EQ(nullptr, openBox("mbMessage"));
-    OV_instRemoveMessageBox();
-
-    OV_instDisplayMessageBox(parent, "Third"); /* goes with somebody else's hand */
-    XtDestroyWidget(XtParent(openBox("mbMessage")));
-    OV_instRemoveMessageBox();
 }

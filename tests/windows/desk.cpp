@@ -1,4 +1,5 @@
 #include "windows/desk.h"
+#include "server.h"
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -76,24 +77,9 @@ static int ignoreError(Display *, XErrorEvent *)
     return 0; /* a window that has gone meanwhile */
 }
 
-/* The server chooses a number that is free and tells it on the descriptor. */
-Desk::Desk(const std::string &screen)
+Desk::Desk()
+    : iServer(startServer("1280x1024x24", "96", &name)), pDisplay(XOpenDisplay(name.c_str()))
 {
-    int aEnds[2];
-    char caNumber[16] = "";
-
-    if (pipe(aEnds) < 0)
-        abort();
-    const int iNowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
-    iServer = startProcess({"Xvfb", "-displayfd", std::to_string(aEnds[1]), "-screen", "0", screen,
-                            "-dpi", "96", "-nolisten", "tcp"},
-                           iNowhere);
-    close(aEnds[1]);
-    close(iNowhere);
-    if (read(aEnds[0], caNumber, sizeof caNumber - 1) > 0)
-        name = ":" + std::to_string(atoi(caNumber));
-    close(aEnds[0]);
-    pDisplay = XOpenDisplay(name.c_str());
     EXPECT_NE(nullptr, pDisplay) << "no Xvfb";
     XSetErrorHandler(ignoreError);
 }

@@ -49,13 +49,13 @@ struct Step {
 typedef std::vector<Step> Steps;
 
 struct Desk {
-    pid_t iServer = -1;
-    pid_t iProgram = -1;
-    _XDisplay *pDisplay = nullptr;
     std::string name; /* of the display, ":N" */
-    std::string out;  /* the path of what the program prints, both streams */
+    pid_t iServer;
+    pid_t iProgram = -1;
+    _XDisplay *pDisplay;
+    std::string out; /* the path of what the program prints, both streams */
 
-    explicit Desk(const std::string &screen = "1280x1024x24");
+    Desk();
     ~Desk(); /* the program and the server end */
     Desk(const Desk &) = delete;
     Desk &operator=(const Desk &) = delete;
