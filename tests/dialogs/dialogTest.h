@@ -57,7 +57,7 @@ struct Step {
 using Steps = std::vector<Step>;
 
 /* Uses boxes as a user does, step by step, while the program waits in a loop of its own.
- * "y", "n" and "a" press the first, second and third button of a message box. "name:OK" presses
+ * "y" and "n" press the first and second button of a message box. "name:OK" presses
  * that button of another dialog, "name:x" closes its frame, "name:Escape" is the key, and "name:"
  * only looks. In a directory browser ">text" selects the text and presses OK, "#2" selects an entry
  * of the list, "?" looks and "c" is Cancel.
@@ -103,7 +103,7 @@ struct UserScript {
     {
         const Step now = steps.front();
         const size_t colon = isalpha(now.what[0]) ? now.what.find(':') : std::string::npos;
-        const bool bAnswer = now.what.size() == 1 && strchr("yna", now.what[0]);
+        const bool bAnswer = now.what == "y" || now.what == "n";
         Widget question = openBox();
         Widget used = colon != std::string::npos ? openBox(now.what.substr(0, colon).c_str())
                       : bAnswer || question      ? (bAnswer ? question : nullptr)
@@ -123,7 +123,7 @@ struct UserScript {
         if (colon != std::string::npos)
             answer(used, now.what.substr(colon + 1));
         else if (bAnswer)
-            answer(used, now.what == "y" ? "OK" : now.what == "n" ? "Cancel" : "Help");
+            answer(used, now.what == "y" ? "OK" : "Cancel");
         else
             browse(used, now.what);
     }

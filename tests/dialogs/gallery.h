@@ -4,7 +4,6 @@
 #define OVINST_TESTS_DIALOGS_GALLERY_H
 
 #include "Dialogs/ExitConfirmation.h"
-#include "Dialogs/UpdateUser.h"
 #include "dialogTest.h"
 #include "server.h"
 #include "dialogs/Agreement.h"
@@ -13,7 +12,6 @@
 #include "dialogs/Exit.h"
 #include "dialogs/MainDlg.h"
 #include "dialogs/Maintenance.h"
-#include "dialogs/Migration.h"
 #include "dialogs/NameOrg.h"
 #include "dialogs/Progress.h"
 #include "dialogs/Reseller.h"
@@ -144,8 +142,6 @@ struct Gallery : DialogTest {
             {"custom page", [] { return customPage(0); }},
             {"components", [] { return customPage(1); }},
             {"maintenance", [] { return CreatembMaintenance(main()); }},
-            {"migration", [] { return CreatemigrationDlg(main()); }},
-            {"account", [] { return CreatembUpdateUser(main()); }},
             {"progress", [&] { return progress(); }},
             {"log dialog", [] { return CreatembViewlog(main()); }},
             {"exit notice",
@@ -155,7 +151,6 @@ struct Gallery : DialogTest {
                      XtUnmanageChild(XmMessageBoxGetChild(box, child));
                  return box;
              }},
-            {"completion", [] { return CreatembExitSetupComplete(main()); }},
         };
         fillModel();
         for (const auto &[pName, open] : aDialogs) {

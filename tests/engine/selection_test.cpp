@@ -98,18 +98,17 @@ TEST_F(Selection, StoreRestoresTheSlotAboveItsTop)
             (void)OV_instRestoreLastDlg();
         return OV_InstGetLastConfig();
     };
-    const std::string underflow = "Underflow in config store\n";
     (void)printed([&] { restore(OV_CONFIG_STORE + 1); }); /* whatever was left in it */
     for (int iId : {2, 3, 5})
         OV_instSetLastDlg(config(iId)); /* 2 comes to lie in slot 1, 3 in slot 2 */
     EXPECT_EQ(config(5), restore(0));
     EXPECT_EQ(config(3), restore(2));
     EXPECT_EQ(config(2), restore(1));
-    EXPECT_EQ(underflow, printed([&] { restore(1); }));
-    EXPECT_EQ("Overflow in config store\n", printed([] {
+    EXPECT_EQ("Underflow in config store\nOverflow in config store\n", printed([&] {
+                  restore(1);
                   for (int i = 0; i <= OV_CONFIG_STORE; i++)
                       OV_instSetLastDlg(config(i < OV_CONFIG_STORE ? 3 : 4));
               }));
     EXPECT_EQ(config(3), restore(1)) << "the entry that overflowed";
-    EXPECT_EQ(underflow + underflow, printed([&] { restore(OV_CONFIG_STORE + 1); }));
+    (void)printed([&] { restore(OV_CONFIG_STORE + 1); });
 }

@@ -50,7 +50,8 @@ TEST_F(StatusReader, LongRecordsAreCutAtTheBuffersSize)
     ASSERT_EQ(static_cast<ssize_t>(run.size()), write(aEnds[1], run.data(), run.size()));
     close(aEnds[1]);
     const std::string kept = text.substr(0, 4095 - 3) + "\n";
-    EXPECT_EQ("Status: 50.00%\rStatus: 50.00%\r|Error: " + kept + "|" + kept,
+    EXPECT_EQ("Status: 50.00%\rStatus: 50.00%\r|Error: " + kept + "|" + kept +
+                  "Installation Completed\n",
               shown([&] { OV_instReadRecords(aEnds[0], 2, -1); }));
     close(aEnds[0]);
 }

@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
 #include <fcntl.h>
 #include <linux/landlock.h>
-#include <random>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -13,66 +11,11 @@
 
 #include "runs/run.h"
 
-/* A medium whose run takes a while: many copies, and an archive that tar has to work at. */
-static void makeLargeMedium(Medium &medium)
-{
-    std::string operations;
-    std::string members;
-
-    for (int i = 0; i < 300; i++) {
-        std::string name = "files/f" + std::to_string(i);
-        medium.file(name, std::string(20000, 'x'));
-        operations += "Copy \"" + name + "\" \"\" 20000 0644\n";
-        members += " \"" + name + "\" 20000";
-    }
-    must("cd " + medium.place + " && tar -cf big.tar files && bzip2 -1 -k big.tar");
-    medium.describe(onePackage("UntarZ \"big.tar.bz2\" 1" + members + "\n" + operations));
-}
-
-static std::vector<pid_t> childrenOf(pid_t iParent)
-{
-    std::string name = std::to_string(iParent);
-    std::istringstream ids(readFile("/proc/" + name + "/task/" + name + "/children"));
-
-    return {std::istream_iterator<pid_t>(ids), {}};
-}
-
 static void expectNothingLeft(const Medium &medium)
 {
     std::string text = medium.scratch.path.string();
 
     EXPECT_TRUE(soon([&] { return processesNaming(text).empty(); }));
-}
-
-TEST(Faults, KilledProcessesLeaveNobodyBehind)
-{
-    enum Victim { PARENT, CHILD, HELPER };
-    std::mt19937 random(20);
-    Medium medium;
-
-    makeLargeMedium(medium);
-    for (int i = 0; i < 12; i++) {
-        Victim victim = static_cast<Victim>(i % 3);
-        int iDelay = static_cast<int>(random() % 30000);
-        RunResult result = medium.install([&](pid_t iParent) {
-            pid_t iVictim = iParent;
-            if (victim != PARENT)
-                soon([&] { return !childrenOf(iParent).empty() || kill(iParent, 0) < 0; }, 5);
-            if (victim != PARENT && !childrenOf(iParent).empty())
-                iVictim = childrenOf(iParent)[0];
-            usleep(static_cast<useconds_t>(iDelay));
-            if (victim == HELPER && !childrenOf(iVictim).empty())
-                iVictim = childrenOf(iVictim)[0];
-            else if (victim == HELPER)
-                return;
-            kill(iVictim, SIGKILL);
-        });
-
-        SCOPED_TRACE("victim " + std::to_string(victim) + " after " + std::to_string(iDelay));
-        EXPECT_EQ(result.iStatus, victim == PARENT ? 128 + SIGKILL : 0);
-        expectNothingLeft(medium);
-        fs::remove_all(medium.dest);
-    }
 }
 
 TEST(Faults, DamagedArchives)

@@ -22,10 +22,10 @@ static std::string headAt(time_t now)
 
     now += (13 * 60 + 7) * 60;
     gmtime_r(&now, &far);
-    (void)snprintf(caHead, sizeof caHead,
-                   "\n>>>>>>> SETUP Log File created on %d-%02d-%02d-%02dh%02d <<<<<<<\n"
+    (void)strftime(caHead, sizeof caHead,
+                   "\n>>>>>>> SETUP Log File created on %Y-%m-%d-%Hh%M <<<<<<<\n"
                    "Starting Installation\n",
-                   far.tm_year + 1900, far.tm_mon + 1, far.tm_mday, far.tm_hour, far.tm_min);
+                   &far);
     return caHead;
 }
 
