@@ -114,15 +114,13 @@ TEST_F(FirstPages, ReadsWhatIsThere)
 
 TEST_F(FirstPages, AnAgreementMayHoldAnything)
 {
-    std::string longText;
+    std::string longText = "caf\xe9 \xa7\n"; /* not in the characters of the locale */
     for (int i = 0; i < 3000; i++)
         longText += "A line of the agreement, and one word: " + std::string(i % 200, 'w') + "\n";
-    longText += "caf\xe9 \xa7"; /* not in the characters of the locale */
     writeFile(m_medium + "SetupFiles/eula.txt", longText);
     Widget dialog = show(CreatembEULA);
     EXPECT_GE(text(dialog).size(), longText.size());
-    EXPECT_GT(800, dialog->core.width);
-    EXPECT_GT(600, dialog->core.height);
+    EXPECT_TRUE(dialog->core.width < 800 && dialog->core.height < 600);
 }
 
 TEST_F(FirstPages, WaysOut)

@@ -3,9 +3,6 @@
 #include "engine/shortcutMenu.h"
 #include "engine/toolChest.h"
 
-#include <csignal>
-#include <sys/resource.h>
-
 #include "engine/engineTest.h"
 
 struct ShortcutMenu : EngineTest {
@@ -70,27 +67,18 @@ TEST_F(ShortcutMenu, RefusesWhatIsNoShortcut)
     EXPECT_EQ("Overload in Shortcut menu parser\n", install("ToolChest/" + std::string(20, 'n')));
 }
 
-TEST_F(ShortcutMenu, FullDisksAndPlantedLinksLeaveTheOldFile)
+TEST_F(ShortcutMenu, PlantedLinksAreNotFollowed)
 {
-    const std::string old = menu("ToolChest", s_caToApps) + std::string(3000, '!') + "\n";
-    struct stat info = {};
-    put("@/.shortcuts", old);
-    const auto installInRoom = [this](rlim_t lRoom) {
-        const struct rlimit room = {lRoom, lRoom};
-        signal(SIGXFSZ, SIG_IGN);
-        setrlimit(RLIMIT_FSIZE, &room);
-        _exit(install_shortcut("ToolChest/Apps", "View", "view", m_scratch.path.c_str()));
-    };
-    EXPECT_EXIT(installInRoom(old.size() + 10), testing::ExitedWithCode(1), "failed writin short");
-    EXPECT_EQ(old, got("@/.shortcuts"));
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can plant what is somebody else's";
+    struct stat info = {};
+    put("@/victim", "precious\n");
+    put("@/.shortcuts", "");
     ASSERT_EQ(0, chown(full("@/.shortcuts").c_str(), 4343, 4344));
     fs::create_symlink(full("@/victim"), full("@/ORVARC")); /* at the new file's name: replaced */
-    EXPECT_NE(old, install("ToolChest"));
+    EXPECT_NE("", install("ToolChest"));
     ASSERT_EQ(0, stat(full("@/.shortcuts").c_str(), &info));
     EXPECT_TRUE(info.st_uid == 4343 && info.st_gid == 4344);
-    put("@/victim", "precious\n");
     fs::remove(full("@/.shortcuts")); /* in the old file's place: not read */
     fs::create_symlink(full("@/victim"), full("@/.shortcuts"));
     ASSERT_EQ(0, lchown(full("@/.shortcuts").c_str(), 4242, 4242));

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <fcntl.h>
 #include <linux/landlock.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -56,31 +55,7 @@ TEST(Faults, DamagedArchives)
     }
 }
 
-TEST(Faults, FullDisk)
-{
-    Medium medium;
-
-    fs::create_directories(medium.dest);
-    if (mount("tmpfs", medium.dest.c_str(), "tmpfs", 0, "size=1m") < 0)
-        GTEST_SKIP() << "needs the right to mount a tmpfs";
-    medium.file("large", std::string(2000000, 'l'));
-    medium.file("small", "s");
-    must("cd " + medium.place + " && tar -cf a.tar large");
-    medium.describe(onePackage("Copy \"small\" \"first\" 1 0644\nCopy \"large\" \"\" 2000000 0644\n"
-                               "Untar \"a.tar\" 1 \"large\" 2000000\n"
-                               "Copy \"small\" \"second\" 1 0644\n"));
-    RunResult result = medium.install();
-
-    EXPECT_EQ(result.iStatus, 0);
-    EXPECT_NE(result.err.find("Error: Copyfile writing file " + medium.tree + "large\n"),
-              std::string::npos);
-    EXPECT_EQ(medium.installed("first"), "s");
-    EXPECT_NE(medium.log().find("Starting Installation\n"), std::string::npos);
-    expectNothingLeft(medium);
-    umount(medium.dest.c_str());
-}
-
-/* Read-only, or with a file where a directory should be. */
+/* A file is where a directory should be. */
 TEST(Faults, DestinationThatCannotBeMade)
 {
     Medium medium;
@@ -100,12 +75,6 @@ TEST(Faults, DestinationThatCannotBeMade)
     fs::remove_all(medium.dest);
     writeFile(medium.tree + "Setup", "in the way"); /* of the log's directory */
     expectTold("Error while setting up logfile");
-    fs::remove_all(medium.dest);
-    fs::create_directories(medium.dest);
-    if (mount("tmpfs", medium.dest.c_str(), "tmpfs", MS_RDONLY, nullptr) < 0)
-        GTEST_SKIP() << "needs the right to mount a tmpfs";
-    expectTold("Unable to create install directory");
-    umount(medium.dest.c_str());
 }
 
 TEST(Faults, UnwritableLogAndHistoryStopNothing)

@@ -160,26 +160,6 @@ TEST(Install, CommandsRunInAFixedEnvironment)
     EXPECT_EQ(readFile(medium.scratch / "said"), "said\n");
 }
 
-TEST(Install, PathsNeedNoQuoting)
-{
-    Medium medium;
-    std::string name = "od'd \"n$HOME` touch${IFS}x`";
-
-    medium.dest = medium.scratch / ("to " + name);
-    medium.tree = medium.dest + "/prod/";
-    medium.file("bin/tool", "tool\n");
-    must("cd " + medium.place + " && tar -cf a.tar bin");
-    medium.file("with blank/a file", "a");
-    medium.describe(onePackage("Copy \"with blank/a file\" \"b $(touch y)\" 1 0644\n"
-                               "Untar \"a.tar\" 1 \"bin/tool\" 5\n"));
-
-    EXPECT_EQ(medium.install().err, "");
-    EXPECT_EQ(medium.installed("b $(touch y)"), "a");
-    EXPECT_EQ(medium.installed("bin/tool"), "tool\n");
-    for (const char *pName : {"x", "y"})
-        EXPECT_FALSE(fs::exists(medium.place + "/" + pName) || medium.has(pName));
-}
-
 TEST(Install, DoesNotDependOnTheUmask)
 {
     Medium medium;

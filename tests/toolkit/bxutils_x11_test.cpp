@@ -120,19 +120,3 @@ TEST_F(Bxutils, TablesSplitOutsideQuotes)
         EXPECT_EQ((int)items.size(), getCStrCount(pText)) << pText;
     }
 }
-
-static void ignoreWarning(String, String, String, String, String *, Cardinal *) {}
-
-TEST_F(Bxutils, ConvertGivesValuesOrAddresses)
-{
-    XtErrorMsgHandler fpBefore = XtAppSetWarningMsgHandler(context(), ignoreWarning);
-    Boolean ok = False;
-
-    EXPECT_EQ(-3, CONVERT(parent, "-3", XmRPosition, 2, &ok));
-    EXPECT_EQ("L 'a'", components((XmString)CONVERT(parent, "\"a\"", XmRXmString, 8, &ok)));
-    EXPECT_STREQ("as it is", (char *)CONVERT(parent, "as it is", XmRString, 8, &ok));
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(0, CONVERT(parent, "five", XmRInt, 4, &ok));
-    EXPECT_FALSE(ok);
-    XtAppSetWarningMsgHandler(context(), fpBefore);
-}

@@ -21,14 +21,6 @@ struct LogViewer : DialogTest {
     }
 };
 
-TEST_F(LogViewer, WaitEndsWhenTheDialogGoes)
-{
-    const auto go = [](Widget box) { XtDestroyWidget(XtParent(box)); };
-    (void)whileUsed({{"mbViewlog:", go}}, [] { OV_instPopupViewlog(main()); });
-    OV_instPopupViewlog(nullptr);
-    ViewLogfile(nullptr);
-}
-
 TEST_F(LogViewer, ShowsWhateverALogHolds)
 {
     static const std::string s_longLine(70000, 'x');
