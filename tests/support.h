@@ -36,6 +36,13 @@ struct Scratch {
     std::string operator/(const std::string &name) const { return (path / name).string(); }
 };
 
+inline std::string replaced(std::string text, const std::string &from, const std::string &to)
+{
+    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
 inline void writeFile(const std::string &path, const std::string &text)
 {
     fs::create_directories(fs::path(path).parent_path());

@@ -6,30 +6,17 @@
 
 #include "description/describe.h"
 
-TEST(LookUp, GivesTheFirstInFileOrder)
-{
-    Model model(newCDinst());
-    ASSERT_EQ(0, addLines(model, {"Suite \"Base\"", "Suite \"Base\"", "Package \"core\" \"\"",
-                                  "Package \"core\" \"\""}));
-    _OV_InstConfigList *pConfig = newConfig(model.get(), 3, OV_CONFIG_CUSDLG);
-    newConfig(model.get(), 3, OV_CONFIG_SUITE);
-
-    EXPECT_EQ(model->pSuiteHead, OV_instGetSuiteFromName(model.get(), "Base"));
-    EXPECT_EQ(model->pPackageHead->pPackage, OV_instGetPackageFromName(model.get(), "core"));
-    EXPECT_EQ(pConfig, OV_instGetConfigFromId(model.get(), 3));
-    EXPECT_EQ(nullptr, OV_instGetSuiteFromName(model.get(), "base"));
-    EXPECT_EQ(nullptr, OV_instGetConfigFromId(nullptr, 3));
-}
-
-TEST(LookUp, SeesWhatWasAppendedBehindIt)
+TEST(LookUp, GivesTheFirstInFileOrderAndFollowsTheList)
 {
     Model model(newCDinst());
     EXPECT_EQ(nullptr, OV_instGetPackageFromName(model.get(), "late"));
     _OV_InstPackage *pUnnamed = newPackage(model.get());
     EXPECT_EQ(nullptr, OV_instGetPackageFromName(model.get(), "late"));
-    ASSERT_EQ(0, addLines(model, {"Package \"late\" \"\""}));
+    ASSERT_EQ(0, addLines(model, {"Package \"late\" \"\"", "Suite \"Base\"", "Suite \"Base\""}));
     pUnnamed->pName = strdup("late"); /* named last, yet first in the file */
     EXPECT_EQ(pUnnamed, OV_instGetPackageFromName(model.get(), "late"));
+    EXPECT_EQ(model->pSuiteHead, OV_instGetSuiteFromName(model.get(), "Base"));
+    EXPECT_EQ(nullptr, OV_instGetSuiteFromName(model.get(), "base"));
 }
 
 TEST(NewConfig, FindsTheGroupThatGoverns)

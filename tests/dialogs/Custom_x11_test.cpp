@@ -113,23 +113,3 @@ TEST_F(Custom, CountsInMaintenance)
     ASSERT_TRUE(press(dialog, "pbCustomDescriptionItem"));
     EXPECT_EQ("+3 -0", counts()) << "the hidden one and the one far below count";
 }
-
-TEST_F(Custom, SetsResourcesFromText)
-{
-    char caText[] = "laCustomFolder.labelString = New: a=b.c \nnonsense\n\n"
-                    " pbCustomDescriptionItem . sensitive=False\nabsent.width = 3";
-    describe(s_caList);
-    Widget dialog = show(20);
-    EXPECT_EQ("Callback Error (BxSetValuesCB):\n\tSyntax Error - specify BxSetValuesCB data as\n\t "
-              "   <Widget Name>.<Resource> = <Value>",
-              printed([&] { BxSetValuesCB(dialog, caText, nullptr); }));
-    EXPECT_EQ("New: a=b.c", text("laCustomFolder"));
-    EXPECT_FALSE(XtIsSensitive(OV_instFindWidget(dialog, "pbCustomDescriptionItem")));
-}
-
-TEST_F(Custom, WithoutAListTheProcessEnds)
-{
-    OV_instSetLastDlg(nullptr);
-    EXPECT_EXIT(OV_instCustomOKCB(nullptr, nullptr, nullptr), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(OV_instCustomCancelCB(nullptr, nullptr, nullptr), testing::ExitedWithCode(1), "");
-}

@@ -35,6 +35,7 @@ TEST_F(MainDlg, HeadingFollowsTheSecondSlotAndAllSlotsCount)
     Widget dialog = show(1);
     EXPECT_EQ("1 P: 100%s safe|2 List: Choose|3 Page: More|", slots(dialog));
     EXPECT_FALSE(isManaged(dialog, "OK") || isManaged(dialog, "Help"));
+    EXPECT_EQ("Exit Setup", label(dialog, "Cancel"));
     EXPECT_EQ(m_root, textIn(OV_instFindWidget(dialog, "txMainDlgFolder")));
     EXPECT_EQ('B', label(dialog, "laMainDlgAvailableSpace").back());
     XtDestroyWidget(XtParent(dialog));
@@ -68,25 +69,4 @@ TEST_F(MainDlg, PicturesAndTheirFaults)
     EXPECT_EQ(XmPIXMAP, typeOf(dialog, "pbMainDlg1"));
     for (const char *pName : {"pbMainDlg2", "pbMainDlg3", "pbMainDlg4"})
         EXPECT_EQ(XmSTRING, typeOf(dialog, pName)) << pName;
-    const Pixmap pixmap =
-        resourceOf<Pixmap>(OV_instFindWidget(dialog, "pbMainDlg1"), XmNlabelPixmap);
-    Window root = None;
-    int iAt = 0;
-    unsigned iWidth = 0, iHeight = 0, iRest = 0;
-    ASSERT_TRUE(XGetGeometry(XtDisplay(dialog), pixmap, &root, &iAt, &iAt, &iWidth, &iHeight,
-                             &iRest, &iRest));
-    EXPECT_EQ(5u, iWidth);
-    EXPECT_EQ(3u, iHeight);
-}
-
-TEST_F(MainDlg, MistakesEndTheProcess)
-{
-    describe("1 MainDlg 'T' 'D' '' 10\n10 CusDlg 'List' '' '' 1 11\n11 Suite 'P' '' '' 1\n");
-    EXPECT_EXIT(OV_instMainDlgInstallationCB(nullptr, config(10), nullptr),
-                testing::ExitedWithCode(1), "^Error: can only install suites\n$");
-    config(10)->iType = 3;
-    EXPECT_EXIT((void)show(1), testing::ExitedWithCode(1), "^Error: bad configuration file\n$");
-    OV_instSetLastDlg(nullptr);
-    EXPECT_EXIT(OV_instMainDlgExitCB(nullptr, nullptr, nullptr), testing::ExitedWithCode(1), "");
-    config(10)->iType = OV_CONFIG_CUSDLG;
 }

@@ -57,10 +57,10 @@ struct Step {
 using Steps = std::vector<Step>;
 
 /* Uses boxes as a user does, step by step, while the program waits in a loop of its own.
- * "y", "n" and "a" press the first, second and third button of a message box. "name:OK" presses
+ * "y" and "n" press the first and second button of a message box. "name:OK" presses
  * that button of another dialog, "name:x" closes its frame, "name:Escape" is the key, and "name:"
  * only looks. In a directory browser ">text" selects the text and presses OK, "#2" selects an entry
- * of the list, "!2" opens it by a double click, "?" looks and "c" is Cancel.
+ * of the list, "?" looks and "c" is Cancel.
  * What was seen is written down, the texts of boxes and looks each followed by "|"; a box that is
  * open at the end is left, and "stuck" or, for a browser, "open" is written down. */
 struct UserScript {
@@ -94,7 +94,7 @@ struct UserScript {
     void leave()
     {
         Widget question = openBox(), left = question ? question : openBox(browser.c_str());
-        if (!left || bLooking)
+        if (!left || bLooking || --iPatience > 380) /* it may be about to go */
             return;
         seen += question ? "stuck" : "open";
         press(left, question ? "OK" : "Cancel");
@@ -103,7 +103,7 @@ struct UserScript {
     {
         const Step now = steps.front();
         const size_t colon = isalpha(now.what[0]) ? now.what.find(':') : std::string::npos;
-        const bool bAnswer = now.what.size() == 1 && strchr("yna", now.what[0]);
+        const bool bAnswer = now.what == "y" || now.what == "n";
         Widget question = openBox();
         Widget used = colon != std::string::npos ? openBox(now.what.substr(0, colon).c_str())
                       : bAnswer || question      ? (bAnswer ? question : nullptr)
@@ -115,6 +115,7 @@ struct UserScript {
             exit(99); /* whoever waits would wait for ever */
         }
         steps.pop_front();
+        iPatience = 400;
         bLooking = true; /* others may be opened and used there */
         if (now.look)
             now.look(used);
@@ -122,7 +123,7 @@ struct UserScript {
         if (colon != std::string::npos)
             answer(used, now.what.substr(colon + 1));
         else if (bAnswer)
-            answer(used, now.what == "y" ? "OK" : now.what == "n" ? "Cancel" : "Help");
+            answer(used, now.what == "y" ? "OK" : "Cancel");
         else
             browse(used, now.what);
     }
@@ -148,28 +149,11 @@ struct UserScript {
             press(box, "OK");
         } else if (what[0] == '#') {
             XmListSelectPos(list, std::stoi(what.substr(1)), True);
-        } else if (what[0] == '!') {
-            openEntry(list, std::stoi(what.substr(1)));
         } else if (what == "?") {
             look(box, list, text);
         } else {
             press(box, "Cancel");
         }
-    }
-    /* As two clicks do: the second one is no new selection. */
-    static void openEntry(Widget list, int iEntry)
-    {
-        XmListSelectPos(list, iEntry, True);
-        XEvent event = {};
-        event.xbutton.type = ButtonRelease;
-        event.xbutton.display = XtDisplay(list);
-        XmListCallbackStruct call = {};
-        call.reason = XmCR_DEFAULT_ACTION;
-        call.event = &event;
-        call.item = resourceOf<XmStringTable>(list, XmNitems)[iEntry - 1];
-        call.item_length = XmStringLength(call.item);
-        call.item_position = iEntry;
-        XtCallCallbacks(list, XmNdefaultActionCallback, &call);
     }
     void look(Widget box, Widget list, Widget text)
     {

@@ -3,18 +3,15 @@
 #ifndef OVINST_TESTS_DIALOGS_GALLERY_H
 #define OVINST_TESTS_DIALOGS_GALLERY_H
 
-#include <sys/prctl.h>
-
 #include "Dialogs/ExitConfirmation.h"
-#include "Dialogs/UpdateUser.h"
 #include "dialogTest.h"
+#include "server.h"
 #include "dialogs/Agreement.h"
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/Custom.h"
 #include "dialogs/Exit.h"
 #include "dialogs/MainDlg.h"
 #include "dialogs/Maintenance.h"
-#include "dialogs/Migration.h"
 #include "dialogs/NameOrg.h"
 #include "dialogs/Progress.h"
 #include "dialogs/Reseller.h"
@@ -29,25 +26,11 @@ struct Gallery : DialogTest {
     using Look = std::function<void(const std::string &name, Widget dialog)>;
     std::string m_product = "Orvane Studio", m_place; /* what is shown of any length */
 
-    /* A screen of its own, which lasts as long as the test program. Returns the display's name. */
     static std::string newScreen(const char *pSize, const char *pDpi)
     {
-        int aEnds[2];
-        char caNumber[16] = "";
-        if (pipe(aEnds) < 0)
-            return "";
-        const std::string descriptor = std::to_string(aEnds[1]);
-        if (fork() == 0) {
-            (void)prctl(PR_SET_PDEATHSIG, SIGTERM);
-            (void)freopen("/dev/null", "w", stderr);
-            execlp("Xvfb", "Xvfb", "-displayfd", descriptor.c_str(), "-screen", "0", pSize, "-dpi",
-                   pDpi, "-nolisten", "tcp", nullptr);
-            _exit(127);
-        }
-        close(aEnds[1]);
-        const ssize_t iRead = read(aEnds[0], caNumber, sizeof caNumber - 1);
-        close(aEnds[0]);
-        return iRead > 0 ? ":" + std::to_string(atoi(caNumber)) : "";
+        std::string name;
+        (void)startServer(pSize, pDpi, &name);
+        return name;
     }
     /* Opens the application anew with these words behind its name; the rest of the test has it. */
     static void reopen(std::vector<std::string> words)
@@ -159,8 +142,6 @@ struct Gallery : DialogTest {
             {"custom page", [] { return customPage(0); }},
             {"components", [] { return customPage(1); }},
             {"maintenance", [] { return CreatembMaintenance(main()); }},
-            {"migration", [] { return CreatemigrationDlg(main()); }},
-            {"account", [] { return CreatembUpdateUser(main()); }},
             {"progress", [&] { return progress(); }},
             {"log dialog", [] { return CreatembViewlog(main()); }},
             {"exit notice",
@@ -170,7 +151,6 @@ struct Gallery : DialogTest {
                      XtUnmanageChild(XmMessageBoxGetChild(box, child));
                  return box;
              }},
-            {"completion", [] { return CreatembExitSetupComplete(main()); }},
         };
         fillModel();
         for (const auto &[pName, open] : aDialogs) {

@@ -82,42 +82,10 @@ TEST_F(Driver, SomeFailuresAreNotCounted)
         EXPECT_EQ('1', run(iMode, OV_CUSTOM_PRE)("Function 'tellAll' 'engineModule.so' 'fail'")[0]);
 }
 
-TEST_F(Driver, RemovingAllSparesNothingAndEmptySuitesFail)
-{
-    load("Package 'p' ''\nMkdir 'p' 0755\nPackage 'q' ''\nMkdir 'q' 0755\n"
-         "Suite 'S' p q\nSuite 'Empty'\n");
-    package("p")->iInUse = 1;
-    EXPECT_EQ("0", runSuite("S", OV_INST_DELETE_ALL_MODE));
-    EXPECT_EQ(OV_CUSTOM_INIT, package("p")->iPassDone);
-    package("q")->iPassDone = OV_CUSTOM_POST;
-    EXPECT_EQ("0", runSuite("S", INSTALL)) << "a later pass is over";
-    EXPECT_EQ(OV_CUSTOM_INIT, package("q")->iPassDone);
-    EXPECT_EQ("-1", runSuite("Empty", INSTALL));
-    EXPECT_EQ(-1, OV_instInstallPackList(suite("S")->pPackHead, "", "", m_pipe.pStream,
-                                         OV_CUSTOM_INIT, INSTALL, "S"));
-}
-
-TEST_F(Driver, ThousandDirectoriesAreRemovedInReverse)
-{
-    const std::string tooLarge = "Can't remove all dirs, list too large\n";
-    std::string lines, expected = "0 " + tooLarge + tooLarge;
-    for (int i = 0; i < OV_MAX_REMOVED_DIRS + 2; i++) {
-        fs::create_directories(m_dest + "d" + std::to_string(i));
-        lines += "Mkdir 'd" + std::to_string(i) + "' 0755\n";
-    }
-    for (int i = OV_MAX_REMOVED_DIRS - 1; i >= 0; i--)
-        expected += "+1 D/d" + std::to_string(i) + "\n";
-    put("D/d7/user's", "");
-    EXPECT_EQ(expected, runLines(lines, REMOVE));
-    for (int i = 0; i < OV_MAX_REMOVED_DIRS + 2; i++)
-        EXPECT_EQ(i == 7 || i >= OV_MAX_REMOVED_DIRS, exists("D/d" + std::to_string(i))) << i;
-}
-
 TEST_F(Driver, KindsWithoutMeaningEndTheCall)
 {
     for (int iType : {0, 11, 15, 20, -1}) {
-        load("Package 'p' ''\nShortcut '1' '2' '3'\nMkdir 'd' 0755\nPackage 'q' ''\n"
-             "Mkdir 'd' 0755\nSuite 'S' p q\n");
+        load("Package 'p' ''\nShortcut '1' '2' '3'\nMkdir 'd' 0755\nSuite 'S' p\n");
         package("p")->pOperHead->iType = iType;
         EXPECT_EQ("Error:Undefined operation " + std::to_string(iType) + "\n",
                   told([this] { EXPECT_EQ("1", runSuite("S", INSTALL)); }));
@@ -137,6 +105,7 @@ TEST_F(Driver, WhatCannotBeInstalledIsTold)
                   EXPECT_EQ(1, runConfig(90, OV_CUSTOM_PRE, INSTALL));
               }));
     EXPECT_EQ("+1 mkdir D/p\n", records()) << "the others go on";
+    EXPECT_EQ("0", runSuite("S", REMOVE)) << "the pass is over";
     setStates("5:01");
     EXPECT_NE(0, runConfig(5, OV_CUSTOM_PRE, INSTALL)) << "a suite without packages";
 }

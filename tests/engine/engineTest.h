@@ -19,13 +19,6 @@
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
 
-inline std::string replaced(std::string text, const std::string &from, const std::string &to)
-{
-    for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 inline std::string trimmed(const std::string &text)
 {
     const size_t first = text.find_first_not_of(' '), last = text.find_last_not_of(' ');

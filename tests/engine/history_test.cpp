@@ -27,16 +27,6 @@ struct History : EngineTest {
     }
 };
 
-TEST_F(History, UnwritableIsTold)
-{
-    const std::string unable = "Unable to open D//SetupFiles/.Product.his\n";
-    put("D/SetupFiles", "a file in its way");
-    EXPECT_EQ(unable + unable, shortened(printed([this] {
-                  OV_InitHistoryFile(m_dest.c_str(), "Product", "3.5");
-                  OV_UpdateHistoryFile(m_dest.c_str(), suite("A"));
-              })));
-}
-
 TEST_F(History, OnlyASoundHeaderCounts)
 {
     const auto taken = [this](const std::string &content) {

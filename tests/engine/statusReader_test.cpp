@@ -41,3 +41,17 @@ TEST_F(StatusReader, AddsCountsAndTellsErrors)
         +100 c                => Status:150.00%\r||)");
     EXPECT_EQ("Status:100.00%\r||", shown([] { OV_instProcessUpdate("+1 d", 0); }));
 }
+
+TEST_F(StatusReader, LongRecordsAreCutAtTheBuffersSize)
+{
+    int aEnds[2];
+    ASSERT_EQ(0, pipe(aEnds));
+    const std::string text(5000, 'x'), run = "-1 " + text + "\n+1 a\n# Installation completed\n";
+    ASSERT_EQ(static_cast<ssize_t>(run.size()), write(aEnds[1], run.data(), run.size()));
+    close(aEnds[1]);
+    const std::string kept = text.substr(0, 4095 - 3) + "\n";
+    EXPECT_EQ("Status: 50.00%\rStatus: 50.00%\r|Error: " + kept + "|" + kept +
+                  "Installation Completed\n",
+              shown([&] { OV_instReadRecords(aEnds[0], 2, -1); }));
+    close(aEnds[0]);
+}

@@ -54,9 +54,9 @@ std::string offering(const std::string &packagesAndSuites, const std::vector<std
            lines + "ConfigEnd\n";
 }
 
-RunResult Medium::install(const std::function<void(pid_t)> &whileRunning)
+RunResult Medium::install()
 {
-    return run({"-cmdline", "-noroot", "-dest", dest}, whileRunning);
+    return run({"-cmdline", "-noroot", "-dest", dest});
 }
 
 static void redirect(const std::string &path, int iTo)
@@ -67,8 +67,7 @@ static void redirect(const std::string &path, int iTo)
     close(iFd);
 }
 
-RunResult Medium::run(std::vector<std::string> arguments,
-                      const std::function<void(pid_t)> &whileRunning)
+RunResult Medium::run(std::vector<std::string> arguments)
 {
     std::string outPath = scratch / "stdout";
     std::string errPath = scratch / "stderr";
@@ -90,8 +89,6 @@ RunResult Medium::run(std::vector<std::string> arguments,
             execve(argv[0], argv.data(), envp.data());
         _exit(127);
     }
-    if (whileRunning)
-        whileRunning(iChild);
     waitpid(iChild, &iStatus, 0);
     return {WIFSIGNALED(iStatus) ? 128 + WTERMSIG(iStatus) : WEXITSTATUS(iStatus),
             readFile(outPath), readFile(errPath)};

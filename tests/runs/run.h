@@ -36,9 +36,8 @@ struct Medium {
     }
 
     /* "setup -cmdline -noroot -dest DEST", from the medium's directory. */
-    RunResult install(const std::function<void(pid_t)> &whileRunning = nullptr);
-    RunResult run(std::vector<std::string> arguments,
-                  const std::function<void(pid_t)> &whileRunning = nullptr);
+    RunResult install();
+    RunResult run(std::vector<std::string> arguments);
 
     std::string installed(const std::string &name) { return readFile(tree + name); }
     bool has(const std::string &name) { return fs::exists(tree + name); }

@@ -157,13 +157,11 @@ TEST_F(Uibuild, LengthsAndFontsGrowWithTheDots)
         EXPECT_NEAR(3 * iUsual / 2, widthOfText(larger["laFolderDlg"], "Destination"), iUsual / 5);
         EXPECT_EQ(18, resourceOf<Dimension>(larger["pbFolderBrowse"], XmNmarginWidth));
     }
+    {
+        Application user("*XmLabel.FontList: fixed"); /* replaces all of our fonts */
+        EXPECT_EQ(11 * 6, widthOfText(user["laFolderDlg"], "Destination"));
+    }
     Application crowded("Xft.dpi: 384"); /* more than a screen as wide as the tests' can hold */
     const int iMost = WidthOfScreen(XtScreen(crowded.shell)) * 100 / 800;
     EXPECT_GE(iMost, OV_instScaleLength(XtDisplay(crowded.shell), 100));
-}
-
-TEST_F(Uibuild, UsersFontListReplacesOurFonts)
-{
-    Application user("*XmLabel.FontList: fixed");
-    EXPECT_EQ(11 * 6, widthOfText(user["laFolderDlg"], "Destination"));
 }

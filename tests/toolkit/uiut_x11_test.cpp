@@ -41,58 +41,6 @@ TEST(WithoutDisplay, BoxesPrint)
     EXPECT_EQ("%n|5\n", testing::internal::GetCapturedStderr());
 }
 
-static int mapState(Widget widget)
-{
-    XWindowAttributes state = {};
-
-    XGetWindowAttributes(XtDisplay(widget), XtWindow(widget), &state);
-    return state.map_state;
-}
-
-/* Whether the widget's shell is in the middle of the screen, going by the widget's size. */
-static void expectCentred(Widget widget)
-{
-    Widget shell = OV_instGetShell(widget);
-    Screen *pScreen = XtScreen(shell);
-
-    EXPECT_EQ(WidthOfScreen(pScreen) / 2 - resourceOf<Dimension>(widget, XmNwidth) / 2,
-              resourceOf<Position>(shell, XmNx));
-    EXPECT_EQ(HeightOfScreen(pScreen) / 2 - resourceOf<Dimension>(widget, XmNheight) / 2,
-              resourceOf<Position>(shell, XmNy));
-}
-
-static Widget buildSample(Widget parent)
-{
-    Widget form = XtVaCreateWidget("foSample", xmFormWidgetClass, parent, XmNwidth, 301, XmNheight,
-                                   151, nullptr);
-
-    XtCreateManagedWidget("laSample", xmLabelGadgetClass, form, nullptr, 0);
-    return form;
-}
-
-TEST_F(Uiut, PopupCentresAndPopdownHides)
-{
-    Widget shell = XtVaCreatePopupShell("dsOne", xmDialogShellWidgetClass, parent, nullptr);
-    Widget form = buildSample(shell);
-    OV_instPopup(form, "A %s title", "icon");
-    runFor(application, 20);
-    EXPECT_STREQ("A %s title", resourceOf<char *>(shell, XmNtitle));
-    EXPECT_EQ(IsViewable, mapState(shell));
-    expectCentred(form);
-    OV_instPopdown(XtNameToWidget(form, "laSample"));
-    EXPECT_EQ(IsUnmapped, mapState(shell));
-    XtDestroyWidget(shell);
-
-    Widget made = OV_instCreateAndPopup(buildSample);
-    runFor(application, 20);
-    ASSERT_TRUE(made);
-    EXPECT_EQ(301, resourceOf<Dimension>(parent, XmNwidth));
-    expectCentred(made);
-    EXPECT_EQ(IsViewable, mapState(parent));
-    XtDestroyWidget(parent);
-    parent = OV_instCreateMainTopLevelShell(application);
-}
-
 static void destroyBox()
 {
     XtDestroyWidget(XtParent(openBox()));
@@ -239,15 +187,13 @@ TEST_F(Uiut, AnyoneCanEndAWait)
 /* How many colours the window shows: more than one means that something is drawn. */
 static size_t coloursOf(Widget shell)
 {
-    XImage *pImage =
-        XGetImage(XtDisplay(shell), XtWindow(shell), 0, 0, resourceOf<Dimension>(shell, XmNwidth),
-                  resourceOf<Dimension>(shell, XmNheight), AllPlanes, ZPixmap);
+    const CorePart &core = shell->core;
+    XImage *pImage = XGetImage(XtDisplay(shell), XtWindow(shell), 0, 0, core.width, core.height,
+                               AllPlanes, ZPixmap);
     std::set<unsigned long> colours;
 
-    for (int y = 0; y < pImage->height; y++) {
-        for (int x = 0; x < pImage->width; x++)
-            colours.insert(XGetPixel(pImage, x, y));
-    }
+    for (int i = 0; i < core.width * core.height; i++)
+        colours.insert(XGetPixel(pImage, i % core.width, i / core.width));
     XDestroyImage(pImage);
     return colours.size();
 }
@@ -257,7 +203,6 @@ TEST_F(Uiut, NoticeIsDrawnWithoutALoop)
     OV_instDisplayMessageBox(parent, "Updating the system registry");
     Widget first = openBox("mbMessage");
     ASSERT_TRUE(first);
-    EXPECT_EQ(IsViewable, mapState(first));
     EXPECT_GT(coloursOf(XtParent(first)), 2u) << "text on a ground";
     for (const char *pName : {"OK", "Cancel", "Help"})
         EXPECT_FALSE(XtIsManaged(XtNameToWidget(first, pName)));
@@ -270,22 +215,4 @@ TEST_F(Uiut, NoticeIsDrawnWithoutALoop)
     EXPECT_EQ("L 'Another'", shownBy(boxChild(openBox("mbMessage"), XmDIALOG_MESSAGE_LABEL)));
     OV_instRemoveMessageBox();
     EXPECT_EQ(nullptr, openBox("mbMessage"));
-    OV_instRemoveMessageBox();
-
-    OV_instDisplayMessageBox(parent, "Third"); /* goes with somebody else's hand */
-    XtDestroyWidget(XtParent(openBox("mbMessage")));
-    OV_instRemoveMessageBox();
-}
-
-TEST_F(Uiut, CommandOutputIsAppended)
-{
-    Widget form = XtCreateWidget("form", xmFormWidgetClass, parent, nullptr, 0);
-    Widget text = XtVaCreateManagedWidget("text", xmTextWidgetClass, form, XmNeditMode,
-                                          XmMULTI_LINE_EDIT, XmNvalue, "before\n", nullptr);
-    int iStatus = OV_instOutputCmdInTextWidget(
-        text, "echo 'one %s'; head -c 25000 /dev/zero | tr '\\0' x; printf '\\nlast'; exit 3");
-
-    EXPECT_EQ(3, WEXITSTATUS(iStatus));
-    EXPECT_EQ("before\none %s\n" + std::string(25000, 'x') + "\nlast", textIn(text));
-    XtDestroyWidget(form);
 }

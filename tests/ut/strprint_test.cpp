@@ -5,6 +5,7 @@
 #include <malloc.h>
 #include <string>
 
+#include "support.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 
@@ -79,54 +80,24 @@ TEST(StrPrint, NeverSizesTheBufferByItsCount)
     EXPECT_EQ(text.get(), percents.substr(500) + "x");
 }
 
-/* What printing both arguments says on standard error. */
-template <typename Number> static std::string reported(const char *pFormat, Number number)
-{
-    testing::internal::CaptureStderr();
-    OwnedPrint text(s_fpUnchecked(pFormat, number, number));
-    return testing::internal::GetCapturedStderr();
-}
-
 TEST(StrPrint, ReportsWhatTheUsualBufferCouldNotHold)
 {
     const std::string twice = "Possible memory corruption\nPossible memory corruption\n";
-
-    for (const char *pFormat : {"%20d", "%.21d", "%25.26d", "%9c", "%.15d%.15d"})
+    const auto reported = [](const char *pFormat, auto number) {
+        return told([&] { OwnedPrint text(s_fpUnchecked(pFormat, number)); });
+    };
+    for (const char *pFormat : {"%.21d", "%25.26d", "%9c"})
         EXPECT_EQ(reported(pFormat, 1), "") << pFormat;
-    for (const char *pFormat : {"%.22d", "%25.27d"})
-        EXPECT_EQ(reported(pFormat, 1), twice) << pFormat;       /* once in each pass */
-    for (const char *pFormat : {"%.13f", "%40.23f", "%.2f%32e"}) /* 31 and 41 characters fit */
-        EXPECT_EQ(reported(pFormat, 1e16), "") << pFormat;
-    for (const char *pFormat : {"%.14f", "%40.24f"})
-        EXPECT_EQ(reported(pFormat, 1e16), twice) << pFormat;
+    EXPECT_EQ(reported("%.22d", 1), twice); /* once in each pass */
+    EXPECT_EQ(reported("%.13f", 1e16), ""); /* 31 characters */
+    EXPECT_EQ(reported("%.14f", 1e16), twice);
 }
 
 TEST(StrPrint, FailsOnWhatCannotBeRendered)
 {
-    DynString string = {5, nullptr};
-    va_list none = {};
-
     for (const char *pFormat :
          {"%99999999999d", "%.99999999999f", "%99999999999s",
           "%1000000000000000000000000000000000000000000000c", "%.1111111111111111111111111d"})
         EXPECT_EQ(s_fpUnchecked(pFormat, 1.0, "x"), nullptr) << pFormat;
     EXPECT_EQ(OV_instStrPrint(nullptr), nullptr);
-    EXPECT_EQ(OV_instStrPopen(nullptr, "r"), nullptr);
-    EXPECT_EQ(OV_instStrSystem(nullptr), 1);
-    EXPECT_EQ(get_len_or_allocate(none, nullptr, &string, LENGTH), 1);
-    EXPECT_EQ(get_len_or_allocate(none, "x", nullptr, LENGTH), 1);
-}
-
-TEST(StrPrint, HasWrappersThatConcatenateAndRunCommands)
-{
-    OwnedText text(OV_instStrConcat(nullptr, "a%d", "", "b", nullptr));
-    text.reset(OV_instStrConcat(text.release(), "c", nullptr));
-    EXPECT_STREQ(text.get(), "a%dbc");
-
-    OwnedPipe pipe(OV_instStrPopen("exit %d", "r", 5));
-    ASSERT_NE(pipe, nullptr);
-    EXPECT_EQ(pclose(pipe.release()), 5 << 8);
-    EXPECT_EQ(OV_instStrSystem("exit %d", 3), 3 << 8);
-    const char *pEmpty = "";
-    EXPECT_EQ(OV_instStrSystem(pEmpty, 0), 0) << "the static empty string is not freed";
 }

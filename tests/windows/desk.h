@@ -49,13 +49,13 @@ struct Step {
 typedef std::vector<Step> Steps;
 
 struct Desk {
-    pid_t iServer = -1;
-    pid_t iProgram = -1;
-    _XDisplay *pDisplay = nullptr;
     std::string name; /* of the display, ":N" */
-    std::string out;  /* the path of what the program prints, both streams */
+    pid_t iServer;
+    pid_t iProgram = -1;
+    _XDisplay *pDisplay;
+    std::string out; /* the path of what the program prints, both streams */
 
-    explicit Desk(const std::string &screen = "1280x1024x24");
+    Desk();
     ~Desk(); /* the program and the server end */
     Desk(const Desk &) = delete;
     Desk &operator=(const Desk &) = delete;
@@ -85,10 +85,6 @@ struct Desk {
     bool showsMarks(const std::string &shell, const std::string &marks);
 
     void click(int iX, int iY);
-
-    /* xdotool's names of keys for the window, which gets the keyboard as a window manager would
-     * give it. */
-    void keys(const std::string &shell, const std::string &names);
 
     /* Replaces what a browser proposes: its field is the one above the buttons. */
     void choose(const std::string &browser, const std::string &path);

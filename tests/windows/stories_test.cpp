@@ -182,8 +182,6 @@ TEST_F(Stories, EveryPageCanBeLeft)
     EXPECT_TRUE(medium.nobodyLeft());
 }
 
-/* ---- earlier installations ---- */
-
 TEST_F(Stories, ADestinationThatHoldsAnInstallation)
 {
     const std::string occupied = medium.dest;
@@ -228,78 +226,4 @@ TEST_F(Stories, TheBrowsersSelectionFollowsWhatIsListed)
     finish();
     EXPECT_FALSE(medium.has("../empty/kivo"));
     EXPECT_TRUE(medium.has("Application/bin/kivo"));
-}
-
-TEST_F(Stories, AnotherVersionIsTold)
-{
-    static const struct {
-        const char *pEdit; /* of the history, whose third line is the product's version */
-        Steps told;        /* nothing where whole numbers are the same */
-        const char *pThen;
-    } s_aRows[] = {
-        {"3s/.*/2.9/", {{s_caBox, FIRST, "version-older"}}, "dsMaintenance"},
-        {"3s/.*/12.0/", {{s_caBox, FIRST, "version-newer"}}, "dsMaintenance"},
-        {"3s/.*/3.0/", {}, "dsMaintenance"},
-        {"1s/2/1/", {}, "dsWelcome"}, /* an old form of history */
-    };
-
-    installUnattended();
-    for (const auto &row : s_aRows) {
-        SCOPED_TRACE(row.pEdit);
-        must("sed -i '" + std::string(row.pEdit) + "' " + medium.tree + "SetupFiles/.kivo.his");
-        ASSERT_TRUE(desk.start(medium, row.told));
-        EXPECT_NE(0u, desk.window(row.pThen));
-        EXPECT_FALSE(desk.isShown(s_caBox));
-    }
-}
-
-/* ---- the keyboard, a small screen, and what a medium may lack ---- */
-
-TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
-{
-    static const struct {
-        const char *pShell;
-        const char *pPicture;
-        const char *pKeys;
-        After after;
-    } s_aRows[] = {
-        {"dsWelcome", "small-welcome", "Return", GOES},
-        {"dsEULA", "small-agreement", "Next Return", GOES},
-        {"dsChangeDestination", "small-destination", "Return", GOES},
-        {"dsMainDlg", "small-main", "Tab space", GOES},
-        {"dsCustomDlg", "small-custom", "Escape", GOES},
-        {"dsMainDlg", "small-main", "Tab space", GOES},
-        {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return", GOES},
-        {"dsViewlog", "small-log-dialog", "Tab space", STAYS},
-        {"dsLogViewer", "small-log-window", "Return", GOES},
-        {"dsViewlog", "small-log-dialog", "Escape", GOES},
-        {s_caBox, "small-completed", "Return", GOES},
-    };
-    SampleMedium medium;
-    Desk desk("800x600x24");
-
-    ASSERT_TRUE(desk.start(medium));
-    for (const auto &row : s_aRows) {
-        SCOPED_TRACE(row.pShell);
-        const Box place = desk.place(row.pShell);
-        EXPECT_TRUE(place.iX >= 0 && place.iX + place.iWidth <= 800) << desk.printed();
-        EXPECT_TRUE(place.iY >= 0 && place.iY + place.iHeight <= 600) << place.iHeight;
-        desk.picture(row.pShell, row.pPicture);
-        desk.keys(row.pShell, row.pKeys);
-        ASSERT_TRUE(row.after == STAYS || desk.isGone(row.pShell));
-    }
-    EXPECT_EQ(0, desk.status());
-    EXPECT_TRUE(medium.has("Application/bin/kivo"));
-    EXPECT_FALSE(medium.has("Gallery"));
-}
-
-TEST_F(Stories, IconsThatAreMissingLeaveTheirButtonsThere)
-{
-    must("sed -i -e s/kivoicons.so,kivo_typical/absent.so,kivo_typical/ "
-         "-e s/kivo_custom/kivo_absent/ " +
-         medium.place + "/cdinst.dat");
-    ASSERT_TRUE(startAtMainPage());
-    ASSERT_TRUE(desk.showsButtons("dsMainDlg", 5));
-    ASSERT_TRUE(desk.go({{"dsMainDlg", MAIN_CUSTOM, "main-without-icons"}}));
-    EXPECT_NE(0u, desk.window("dsCustomDlg"));
 }
