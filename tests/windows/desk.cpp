@@ -77,8 +77,8 @@ static int ignoreError(Display *, XErrorEvent *)
     return 0; /* a window that has gone meanwhile */
 }
 
-Desk::Desk()
-    : iServer(startServer("1280x1024x24", "96", &name)), pDisplay(XOpenDisplay(name.c_str()))
+Desk::Desk(const std::string &screen)
+    : iServer(startServer(screen.c_str(), "96", &name)), pDisplay(XOpenDisplay(name.c_str()))
 {
     EXPECT_NE(nullptr, pDisplay) << "no Xvfb";
     XSetErrorHandler(ignoreError);
@@ -341,18 +341,41 @@ bool Desk::go(const Steps &steps)
     return true;
 }
 
-/* The field gets the keyboard as a window manager would give it. */
+static void giveKeyboard(Desk &desk, const std::string &shell)
+{
+    const unsigned long given = desk.window(shell);
+
+    if (!given)
+        return;
+    doIt(desk, "mousemove 9999 9999"); /* it must not matter where the pointer is */
+    XSetInputFocus(desk.pDisplay, given, RevertToPointerRoot, CurrentTime);
+    XSync(desk.pDisplay, False);
+    usleep(20000);
+    (void)desk.window(shell); /* until it shows where the keyboard is */
+}
+
+/* One after the other, as fast as the program follows: it takes a key that comes too early for the
+ * widget that is about to lose the keyboard. */
+void Desk::keys(const std::string &shell, const std::string &names)
+{
+    std::istringstream words(names);
+
+    giveKeyboard(*this, shell);
+    for (std::string key; words >> key;) {
+        doIt(*this, "key --delay 10 " + key);
+        if (words.eof())
+            break;
+        usleep(40000);
+        (void)window(shell);
+    }
+}
+
 void Desk::choose(const std::string &browser, const std::string &path)
 {
     const Box ok = buttons(browser).at(0);
 
     click(ok.iX + ok.iWidth / 2, ok.iY - 50);
-    doIt(*this, "mousemove 9999 9999"); /* it must not matter where the pointer is */
-    XSetInputFocus(pDisplay, window(browser), RevertToPointerRoot, CurrentTime);
-    XSync(pDisplay, False);
-    usleep(20000);
-    (void)window(browser); /* until it shows where the keyboard is */
-    doIt(*this, "key ctrl+slash");
+    keys(browser, "ctrl+slash");
     doIt(*this, "type --delay 4 '" + path + "'");
 }
 

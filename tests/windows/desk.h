@@ -55,7 +55,7 @@ struct Desk {
     _XDisplay *pDisplay;
     std::string out; /* the path of what the program prints, both streams */
 
-    Desk();
+    explicit Desk(const std::string &screen = "1280x1024x24");
     ~Desk(); /* the program and the server end */
     Desk(const Desk &) = delete;
     Desk &operator=(const Desk &) = delete;
@@ -85,6 +85,10 @@ struct Desk {
     bool showsMarks(const std::string &shell, const std::string &marks);
 
     void click(int iX, int iY);
+
+    /* xdotool's names of keys for the window, which gets the keyboard as a window manager would
+     * give it. */
+    void keys(const std::string &shell, const std::string &names);
 
     /* Replaces what a browser proposes: its field is the one above the buttons. */
     void choose(const std::string &browser, const std::string &path);

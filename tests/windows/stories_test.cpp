@@ -227,3 +227,43 @@ TEST_F(Stories, TheBrowsersSelectionFollowsWhatIsListed)
     EXPECT_FALSE(medium.has("../empty/kivo"));
     EXPECT_TRUE(medium.has("Application/bin/kivo"));
 }
+
+/* ---- the keyboard, and a small screen ---- */
+
+TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
+{
+    static const struct {
+        const char *pShell;
+        const char *pPicture;
+        const char *pKeys;
+        After after;
+    } s_aRows[] = {
+        {"dsWelcome", "small-welcome", "Return", GOES},
+        {"dsEULA", "small-agreement", "Next Return", GOES},
+        {"dsChangeDestination", "small-destination", "Return", GOES},
+        {"dsMainDlg", "small-main", "Tab space", GOES},
+        {"dsCustomDlg", "small-custom", "Escape", GOES},
+        {"dsMainDlg", "small-main", "Tab space", GOES},
+        {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return", GOES},
+        {"dsViewlog", "small-log-dialog", "Tab space", STAYS},
+        {"dsLogViewer", "small-log-window", "Return", GOES},
+        {"dsViewlog", "small-log-dialog", "Escape", GOES},
+        {s_caBox, "small-completed", "Return", GOES},
+    };
+    SampleMedium medium;
+    Desk desk("800x600x24");
+
+    ASSERT_TRUE(desk.start(medium));
+    for (const auto &row : s_aRows) {
+        SCOPED_TRACE(row.pShell);
+        const Box place = desk.place(row.pShell);
+        EXPECT_TRUE(place.iX >= 0 && place.iX + place.iWidth <= 800) << desk.printed();
+        EXPECT_TRUE(place.iY >= 0 && place.iY + place.iHeight <= 600) << place.iHeight;
+        desk.picture(row.pShell, row.pPicture);
+        desk.keys(row.pShell, row.pKeys);
+        ASSERT_TRUE(row.after == STAYS || desk.isGone(row.pShell));
+    }
+    EXPECT_EQ(0, desk.status());
+    EXPECT_TRUE(medium.has("Application/bin/kivo"));
+    EXPECT_FALSE(medium.has("Gallery"));
+}
