@@ -97,12 +97,14 @@ TEST_F(Driver, WhatCannotBeInstalledIsTold)
 {
     load("Package 'p' ''\nMkdir 'p' 0755\nSuite 'None'\nSuite 'S' p\nConfigBegin\n"
          "3 CusDlg '' '' '' 1 4 5 6\n4 MainDlg '' '' ''\n5 Suite 'None' '' '' 0\n"
-         "6 Suite 'S' '' '' 1\nConfigEnd\n");
+         "6 Suite 'S' '' '' 1\n8 CusDlg '' '' '' 1 9\nConfigEnd\n");
     EXPECT_EQ("Error: can only install a suite or a custom list of suites\n"
+              "Error: invalid input to function OV_instInstallConfig\n"
               "Error: invalid input to function OV_instInstallConfig\n",
               told([this] {
                   (void)printed([this] { EXPECT_EQ(1, runConfig(3, OV_CUSTOM_INIT, INSTALL)); });
                   EXPECT_EQ(1, runConfig(90, OV_CUSTOM_PRE, INSTALL));
+                  EXPECT_EQ(1, runConfig(8, OV_CUSTOM_PRE, INSTALL)) << "its member is not there";
               }));
     EXPECT_EQ("+1 mkdir D/p\n", records()) << "the others go on";
     EXPECT_EQ("0", runSuite("S", REMOVE)) << "the pass is over";

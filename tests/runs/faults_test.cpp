@@ -189,14 +189,19 @@ TEST(Faults, MediumMayBeTheInstalledTree)
 
     medium.place = medium.tree;
     medium.file("a", "kept");
-    fs::create_symlink(SETUP_PROGRAM, medium.place + "setup");
-    medium.describe(onePackage("Copy \"a\" \"\" 4 0640\n"));
+    fs::copy_file(SETUP_PROGRAM, medium.place + "setup");
+    medium.describe(onePackage("Copy \"a\" \"\" 4 0640\nCopy \"setup\" \"\" 9 0755\n"));
     std::string description = medium.installed("cdinst.dat");
     RunResult result = medium.install();
 
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(medium.installed("a"), "kept");
     EXPECT_EQ(medium.installed("cdinst.dat"), description);
+
+    medium.dest = medium.scratch / "elsewhere"; /* which counts, not the tree that it lies in */
+    result = medium.install();
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(readFile(medium.dest + "/prod/a"), "kept");
 }
 
 /* The shell's command lines; "RUN" stands for the usual run. */

@@ -202,6 +202,17 @@ const int32_t *OV_instGetConfigChildren(const _OV_InstConfigList *pConfig, int *
     return nullptr;
 }
 
+int OV_instCountMissingMembers(_OV_instCDinst *pRoot, const _OV_InstConfigList *pConfig)
+{
+    int iMost = 0;
+    int iMissing = 0;
+    const int32_t *aChildren = OV_instGetConfigChildren(pConfig, &iMost);
+
+    for (int i = 0; i < iMost && aChildren[i] > 0; i++)
+        iMissing += OV_instGetConfigFromId(pRoot, aChildren[i]) ? 0 : 1;
+    return iMissing;
+}
+
 _OV_instCDinst *newCDinst()
 {
     _OV_instCDinst *pRoot = newRecord<_OV_instCDinst>();

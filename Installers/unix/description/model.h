@@ -235,6 +235,10 @@ void OV_instMarkPackageInstalled(_OV_instCDinst *pRoot, const char *pName);
  * for a suite or without data. The list ends early at the first id below 1. */
 const int32_t *OV_instGetConfigChildren(const _OV_InstConfigList *pConfig, int *piMost);
 
+/* How many members of a list the description does not have. Walks pass over them, so whoever has to
+ * tell of them counts. */
+int OV_instCountMissingMembers(_OV_instCDinst *pRoot, const _OV_InstConfigList *pConfig);
+
 /* A new, empty root with the header flags at their defaults; null without memory. */
 _OV_instCDinst *newCDinst();
 

@@ -82,15 +82,10 @@ void OV_instUndoChoices(_OV_InstConfigList *pConfig)
 
 /* ---- flags ---- */
 
-/* A walk passes over the members that do not exist; they are told here. */
 static void tellMissing(const _OV_InstConfigList *pGroup, const char *pMessage)
 {
-    int iMost = 0;
-    const int32_t *aChildren = OV_instGetConfigChildren(pGroup, &iMost);
-
-    for (int i = 0; i < iMost && aChildren[i] > 0; i++)
-        if (!OV_instGetConfigFromId(CDInstPtr, aChildren[i]))
-            puts(pMessage);
+    for (int i = OV_instCountMissingMembers(CDInstPtr, pGroup); i > 0; i--)
+        puts(pMessage);
 }
 
 void SetSelectedFlags(_OV_InstConfigList *pConfig, int iValue)

@@ -321,21 +321,28 @@ static int runSuite(const _OV_InstConfigList *pConfig, const char *pFrom, const 
     return iResult;
 }
 
+static int tellInvalidInput()
+{
+    fputs("Error: invalid input to function OV_instInstallConfig\n", stderr);
+    return 1;
+}
+
 int OV_instInstallConfig(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, const char *pDest,
                          FILE *pStream, OV_CustomPass ovPass, OV_InstMode iMode)
 {
     OwnedText from(strdup(GetSourceDirectory(pRoot) ? GetSourceDirectory(pRoot) : ""));
     int iMask = 0;
 
-    if (!pConfig || !pDest) {
-        fputs("Error: invalid input to function OV_instInstallConfig\n", stderr);
-        return 1;
-    }
+    if (!pConfig || !pDest)
+        return tellInvalidInput();
     OwnedWalk walk(OV_instStartWalk(pRoot, pConfig));
     while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get())) {
         if (pVisit->pConfig->iType == OV_CONFIG_SUITE) {
             iMask |= runSuite(pVisit->pConfig, from.get(), pDest, pStream, ovPass, iMode);
-        } else if (pVisit->pConfig->iType != OV_CONFIG_CUSDLG) {
+        } else if (pVisit->pConfig->iType == OV_CONFIG_CUSDLG) {
+            for (int i = OV_instCountMissingMembers(pRoot, pVisit->pConfig); i > 0; i--)
+                iMask |= tellInvalidInput();
+        } else {
             fputs("Error: can only install a suite or a custom list of suites\n", stderr);
             iMask |= 1;
         }

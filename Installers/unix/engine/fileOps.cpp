@@ -207,6 +207,27 @@ static int replaceTarget(const char *pTarget)
     return OV_instGuardedOpen(pTarget, O_WRONLY | O_CREAT | O_EXCL, 0600);
 }
 
+/* The whole of a file that is its own source counts as done. */
+static void reportOwnSource(int iFrom, const char *pFrom, const char *pTarget, FILE *pStream)
+{
+    OV_instSendUpdate(pStream, "+%" PRId64 " %s %s\n",
+                      static_cast<int64_t>(lseek(iFrom, 0, SEEK_END)), pFrom, pTarget);
+}
+
+/* Whether the target is the running program itself, and comes from where it lies: nobody can write
+ * to it while it runs. */
+static bool isRunningSource(int iFrom, const char *pTarget)
+{
+    struct stat from;
+    struct stat to;
+
+    if (!IsSetupExe(pTarget))
+        return false;
+    OwnedFd target(OV_instGuardedOpen(pTarget, O_PATH, 0));
+    return target.iFd >= 0 && fstat(iFrom, &from) == 0 && fstat(target.iFd, &to) == 0 &&
+           from.st_dev == to.st_dev && from.st_ino == to.st_ino;
+}
+
 enum TargetState { TARGET_READY, TARGET_IS_SOURCE, TARGET_FAILED };
 
 /* Makes the opened target empty. A product that is maintained from its own tree has files that are
@@ -258,8 +279,7 @@ static int fillTarget(int iFrom, OwnedFd *pTo, const char *pFrom, const char *pT
     case TARGET_READY:
         return copyBlocks(iFrom, pTo->iFd, pFrom, pTarget, pStream);
     case TARGET_IS_SOURCE:
-        OV_instSendUpdate(pStream, "+%" PRId64 " %s %s\n",
-                          static_cast<int64_t>(lseek(iFrom, 0, SEEK_END)), pFrom, pTarget);
+        reportOwnSource(iFrom, pFrom, pTarget, pStream);
         return 0;
     case TARGET_FAILED:
         break;
@@ -286,6 +306,10 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
     OwnedText path(pPath);
     if (from.iFd < 0)
         return 1;
+    if (isRunningSource(from.iFd, pTarget)) {
+        reportOwnSource(from.iFd, pPath, pTarget, pStream);
+        return 0;
+    }
     OwnedFd to(openTarget(pTarget, pStream));
     if (to.iFd < 0)
         return 1;

@@ -130,7 +130,7 @@ static FILE *openHistory(_OV_instCDinst *pRoot, const char *pDest)
     OwnedText path(historyPath(pDest));
     FILE *pFile = path ? OV_instGuardedFopen(path.get(), "r+") : nullptr;
 
-    return pFile ? pFile : openAroundMedium(pRoot);
+    return pFile || OV_instIsDestinationGiven() ? pFile : openAroundMedium(pRoot);
 }
 
 /* ---- reading ---- */

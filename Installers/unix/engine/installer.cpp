@@ -25,7 +25,6 @@
 #include "ut/brokenPipes.h"
 #include "ut/debugLevel.h"
 #include "ut/frontEnd.h"
-#include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 
@@ -271,7 +270,6 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
         fputs("Invalid arguments to CommandLineInstall\n", stderr);
         return 1;
     }
-    OV_instSetGuardedRoot(GetRootDestinationDirectory(pRoot)); /* the header may have named it */
     OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
     setTotal(pRoot, pConfig);
     if (const char *pFailed =

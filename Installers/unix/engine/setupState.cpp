@@ -21,7 +21,8 @@ static struct {
     _OV_InstConfigList *pConfigToInstall;
     bool bMaintenanceExists;
     bool sRemoveAll;
-} s_state = {"", ".", "> /dev/null", 0, nullptr, false, false};
+    bool bDestinationGiven;
+} s_state = {"", ".", "> /dev/null", 0, nullptr, false, false, false};
 
 /* The source directory as it was last resolved. */
 static struct {
@@ -257,4 +258,14 @@ bool OV_instRemovesAll()
 void OV_instSetRemovesAll(bool bRemovesAll)
 {
     s_state.sRemoveAll = bRemovesAll;
+}
+
+bool OV_instIsDestinationGiven()
+{
+    return s_state.bDestinationGiven;
+}
+
+void OV_instSetDestinationGiven(bool bGiven)
+{
+    s_state.bDestinationGiven = bGiven;
 }

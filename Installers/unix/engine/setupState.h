@@ -65,6 +65,11 @@ void SetProgressBarTotalSize(uint64_t ulTotal);
 _OV_InstConfigList *GetConfigToInstall();
 void SetConfigToInstall(_OV_InstConfigList *pConfig);
 
+/* Whether an unattended run was told where to install. It then looks for no installed tree around
+ * the medium. */
+bool OV_instIsDestinationGiven();
+void OV_instSetDestinationGiven(bool bGiven);
+
 /* What kind of run this is. The mode is 0 for a new installation, 1 once the user has chosen to
  * maintain the one that is there. Whether the maintenance dialog was ever created is another
  * matter: it offers that choice, and removes all without it. */

@@ -209,6 +209,7 @@ void OV_instProcessArgs(int argc, char **argv, char **ppDescription, char **ppDe
     findRunningDirectory(argv[0]);
     readOptions(argc, argv, &options);
     checkRoot(&options, pNoRoot);
+    OV_instSetDestinationGiven(options.bCommandLine && options.pDestination);
     completeOptions(&options, argv[0]);
     if (options.bCommandLine) {
         const int iStatus = OV_instRunUnattended(options.pDescription, options.pDestination);
