@@ -13,10 +13,10 @@
 #include "ut/strprint.h"
 #include "ut/text.h"
 
-/* Zeros from the toolkit's memory, to be freed with XtFree. */
-template <typename Item> static Item *newArray(size_t iCount)
+/* Room for so many pointers, all null, to be freed with XtFree. */
+static XtPointer newPointers(size_t iCount)
 {
-    return reinterpret_cast<Item *>(XtCalloc(static_cast<Cardinal>(iCount), sizeof(Item)));
+    return XtCalloc(static_cast<Cardinal>(iCount), sizeof(XtPointer));
 }
 
 static XmString newDirection(bool bRightToLeft)
@@ -214,7 +214,7 @@ Boolean CvtStringToXmStringTable(Display *pDisplay, XrmValue *, Cardinal *piArgs
                     "String to XmStringTable converter needs no extra arguments");
     if (!hasRoom(pTo))
         return False;
-    XmString *aTable = newArray<XmString>(static_cast<size_t>(iCount) + 1);
+    XmString *aTable = static_cast<XmString *>(newPointers(static_cast<size_t>(iCount) + 1));
     for (int i = 0; i < iCount; i++) {
         const char *pEnd = getNextCStrDelim(pItem);
         aTable[i] = convertItem(pItem, static_cast<size_t>(pEnd - pItem));
@@ -285,7 +285,7 @@ Widget BxFindTopShell(Widget widget)
 WidgetList BxWidgetIdsFromNames(Widget widget, const char *pCallerName, const char *pNames)
 {
     const std::string names = OV_instTrimmed(insideBrackets(pNames)) + ",";
-    WidgetList aFound = newArray<Widget>(names.size() + 1);
+    WidgetList aFound = static_cast<WidgetList>(newPointers(names.size() + 1));
     int iCount = 0;
 
     for (size_t iStart = 0, iEnd = 0; iStart < names.size(); iStart = iEnd + 1) {
@@ -303,7 +303,7 @@ WidgetList BxWidgetIdsFromNames(Widget widget, const char *pCallerName, const ch
 
 float *SINGLE(float value)
 {
-    float *pMade = newArray<float>(1);
+    float *pMade = reinterpret_cast<float *>(XtMalloc(sizeof value));
 
     *pMade = value;
     return pMade;
@@ -311,7 +311,7 @@ float *SINGLE(float value)
 
 double *DOUBLE(double value)
 {
-    double *pMade = newArray<double>(1);
+    double *pMade = reinterpret_cast<double *>(XtMalloc(sizeof value));
 
     *pMade = value;
     return pMade;
