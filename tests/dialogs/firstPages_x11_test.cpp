@@ -123,6 +123,15 @@ TEST_F(FirstPages, AnAgreementMayHoldAnything)
     EXPECT_TRUE(dialog->core.width < 800 && dialog->core.height < 600);
 }
 
+TEST_F(FirstPages, TheExitQuestionResumes)
+{
+    Widget dialog = show(CreatembReseller);
+    for (const char *pWay : {"mbExitSetup:OK", "mbExitSetup:x", "mbExitSetup:Escape"}) {
+        EXPECT_NE("", whileUsed({pWay}, [&] { press(dialog, "Cancel"); }));
+        EXPECT_TRUE(XtIsManaged(dialog)) << pWay;
+    }
+}
+
 TEST_F(FirstPages, WaysOut)
 {
     const auto leave = [&](Widget (*fpCreate)(Widget)) {

@@ -37,12 +37,6 @@ TEST_F(CustomFunc, FailuresAreTold)
         tellAll|bareModule.so => -1 Error: function initModule not found in Module bareModule.so\n
         no|engineModule.so    => init 1 model\n
                                  -1 Error: function no not found in Module engineModule.so\n)");
-    EXPECT_EQ(OV_INST_EXIT_SETUP, call(nullptr));
-    (void)records();
-    m_data.pFrom = nullptr;
-    EXPECT_EQ("-1 Can't allocate memory\n",
-              told([this] { EXPECT_EQ(OV_INST_EXIT_SETUP, call(package("p")->pOperHead)); }));
-    EXPECT_EQ("", records()) << "not into the pipe: meant so";
 }
 
 TEST_F(CustomFunc, ModuleIsLoadedOnceAndInitialisedBeforeEveryCall)

@@ -40,13 +40,10 @@ TEST_F(History, OnlyASoundHeaderCounts)
     std::string table = R"(
         HistoryFileVersion  2 x\nThe Product of us\n3.9.1\n/source => 1 /source 3:01 6:01 +
         HistoryFileVersion 1\nProduct\n3.5\n/source\n              => BAD
-        HistoryFileVersion\nProduct\n3.5\n/source\n                => BAD
-        historyFileVersion 2\nProduct\n3.5\n/source\n              => BAD
         HistoryFileVersion 2\nproduct\n3.5\n/source\n              => BAD
         HistoryFileVersion 2\nxProduct\n3.5\n/source\n             => BAD
         HistoryFileVersion 2\nProduct\n3.5\n\nPackage "a" Yes\n    => BAD
         HistoryFileVersion 2\nProduct\n3.5\n                       => BAD
-        HistoryFileVersion 2\n                                     => BAD
                                                                    => BAD)";
     expectRows(taken, replaced(table, "BAD",
                                "0 M/ History file empty, corrupt, or out-of-date\\n"

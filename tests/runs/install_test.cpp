@@ -159,18 +159,3 @@ TEST(Install, CommandsRunInAFixedEnvironment)
                   medium.tree + "\n");
     EXPECT_EQ(readFile(medium.scratch / "said"), "said\n");
 }
-
-TEST(Install, DoesNotDependOnTheUmask)
-{
-    Medium medium;
-
-    medium.file("a", "a");
-    medium.describe(onePackage("Mkdir \"d\" 0775\nCopy \"a\" \"new/a\" 1 0666\n"));
-    mode_t before = umask(077);
-    EXPECT_EQ(medium.install().iStatus, 0);
-    umask(before);
-    EXPECT_EQ(modeOf(medium.tree + "d"), 0775u);
-    EXPECT_EQ(modeOf(medium.tree + "new"), 0755u);
-    EXPECT_EQ(modeOf(medium.tree + "new/a"), 0666u);
-    EXPECT_EQ(modeOf(medium.tree), 0755u);
-}

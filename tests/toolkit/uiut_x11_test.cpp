@@ -99,24 +99,6 @@ TEST_F(Uiut, BoxShowsWhatItWasGiven)
                                        "100%d", "%n"));
 }
 
-TEST_F(Uiut, LongLinesStayOnTheScreen)
-{
-    const std::string path = "/" + std::string(3000, 'x');
-    const std::string message = "Can't open\n" + path + " though it is " + path + "\nshort";
-    Later later(application, 20, [&] {
-        Widget label = boxChild(openBox(), XmDIALOG_MESSAGE_LABEL);
-        std::string shown = shownBy(label);
-        EXPECT_LT(resourceOf<Dimension>(XtParent(label), XmNwidth),
-                  WidthOfScreen(XtScreen(application)));
-        EXPECT_EQ(0u, shown.find("L 'Can't open' / '/xxx"));
-        EXPECT_EQ("/ 'short'", shown.substr(shown.size() - 9));
-        EXPECT_EQ(6000, std::count(shown.begin(), shown.end(), 'x'));
-        press(XmDIALOG_OK_BUTTON);
-    });
-
-    EXPECT_EQ(0, OV_instOkCancelMessageBox(parent, message.c_str(), "OK", nullptr, nullptr));
-}
-
 TEST_F(Uiut, BoxesNest)
 {
     int iInner = -1;

@@ -94,16 +94,6 @@ TEST_F(InDirectory, FindsTheNearestDirectory)
     EXPECT_EQ(OV_instGetPartitionDirectory(std::string(4097, 'x').c_str()), nullptr);
 }
 
-TEST_F(InDirectory, ReadsAWholeFile)
-{
-    OwnedText content(OV_instReadFileContent("file"));
-    ASSERT_NE(content, nullptr);
-    EXPECT_EQ(memcmp(content.get(), "a\0b\n", 5), 0);
-    EXPECT_EQ(taken(OV_instReadFileContent("empty")), "");
-    for (const char *pName : {"none", "dir", "", static_cast<const char *>(nullptr)})
-        EXPECT_EQ(OV_instReadFileContent(pName), nullptr);
-}
-
 TEST_F(InDirectory, ReadsAndCopiesStreamsToTheirEnd)
 {
     const std::string content = std::string(70000, 'x') + '\0' + "end";

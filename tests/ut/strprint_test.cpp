@@ -32,7 +32,6 @@ TEST(StrPrint, RendersAndCountsEveryConversion)
 {
     const std::pair<std::string, std::string> aRows[] = {
         {print("a%db", -42), "a-42b#5"},
-        {print("%i %u", 7, UINT_MAX), "7 4294967295#12"},
         {print("%o%x%X", 8, 255, 255), "10ffFF#6"},
         {print("%-#8x|%+d|% d", 255, 1, 2), "0xff    |+1| 2#14"},
         {print("%08.3d", 5), "     005#8"},
@@ -40,9 +39,7 @@ TEST(StrPrint, RendersAndCountsEveryConversion)
         {print("%d", 0x1234567800000007), "7#1"},
         {print("%5.2f MB", 3.14159), " 3.14 MB#8"},
         {print("%e %G", 1.0, 1e-10), "1.000000e+00 1E-10#18"},
-        {print("%c%3c|%.5c", 'a', 'b', 'c'), "a  b|c#6"},
         {print("<%c%3c%-3c>", 0, 0, 0), "<  >#9"},
-        {print("<%s>", "ab"), "<ab>#5"},
         {print("%-1.1s|", "abc"), "abc|#5"},
         {print("%9s%s", nullptr, nullptr), "(null)(null)#12"},
         {print("100%% sure%%"), "100% sure%#6"},
@@ -50,12 +47,10 @@ TEST(StrPrint, RendersAndCountsEveryConversion)
         {print("%-5.2%|%%%%"), "%|%%#4294967294"},
         {print("%ld|%d", 3), "d|3#3"},
         {print("%hd%p%n%a%.%*d", 3), "dd#2"},
-        {print("%.0f|%5.d", 3.0), "0f|d#4"},
         {print("%\n%d", 9), "9#1"},
         {print("%3000d|", 1), std::string(2999, ' ') + "1|#3001"},
         /* what counts to nothing is written as nothing */
         {print("ab%"), "#0"},
-        {print("x%%"), "#0"},
         {print("%l%h"), "#0"},
         {print(""), "#0"},
     };
