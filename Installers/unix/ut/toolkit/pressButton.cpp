@@ -6,6 +6,11 @@
 
 #include "ut/toolkit/widgetTree.h"
 
+static bool isGadget(Widget button)
+{
+    return XtIsSubclass(button, xmGadgetClass);
+}
+
 /* Handles the event by which a button is pressed from outside a dispatch. */
 static void pressNow(Widget widget, XtPointer button, XEvent *pEvent, Boolean *)
 {
@@ -22,7 +27,7 @@ void OV_instPressButton(Widget button, XEvent *pEvent)
 {
     Cardinal iNone = 0;
 
-    if (XmIsGadget(button)) /* gadgets have no actions of their own, only this method */
+    if (isGadget(button)) /* gadgets have no actions of their own, only this method */
         reinterpret_cast<XmGadgetClass>(XtClass(button))
             ->gadget_class.arm_and_activate(button, pEvent, nullptr, &iNone);
     else
@@ -50,15 +55,15 @@ void OV_instAddPressAction(XtAppContext app)
 bool OV_instActivateButton(Widget button)
 {
     static char s_caMessage[] = "OVINST_PRESS";
-    Widget widget = button && XmIsGadget(button) ? XtParent(button) : button;
+    Widget widget = button && isGadget(button) ? XtParent(button) : button;
     XEvent event = {};
 
     if (!OV_instCanPress(button) || !XtIsRealized(widget))
         return false;
     event.xclient.type = ClientMessage;
-    event.xclient.display = XtDisplay(widget);
-    event.xclient.window = XtWindow(widget);
-    event.xclient.message_type = XmInternAtom(XtDisplay(widget), s_caMessage, False);
+    event.xclient.display = XtDisplayOfObject(widget);
+    event.xclient.window = XtWindowOfObject(widget);
+    event.xclient.message_type = XmInternAtom(XtDisplayOfObject(widget), s_caMessage, False);
     event.xclient.format = 32;
     XtAddEventHandler(widget, NoEventMask, True, pressNow, button);
     return XtDispatchEvent(&event);
