@@ -234,36 +234,3 @@ TEST_F(Looks, KeyboardGoesInVisualOrder)
                 << name << ": " << XtName(seen) << " not among" << order;
     });
 }
-
-/* Return presses the button drawn as the default one, also from a field or a text, and Escape the
- * one that leaves. Pages of large buttons have no default one: Return presses where the focus is.
- */
-TEST_F(Looks, ReturnAndEscape)
-{
-    visitAll([](const std::string &name, Widget dialog) {
-        static int s_iOk, s_iCancel;
-        if (!XmIsMessageBox(dialog) || !strcmp(XtName(dialog), "mbOkCancel"))
-            return; /* those boxes have a test of their own */
-        const auto isThere = [&](const char *pName) {
-            return XtIsManaged(XtNameToWidget(dialog, pName));
-        };
-        const auto count = [](Widget, XtPointer counter, XtPointer) { ++*(int *)counter; };
-        XtRemoveAllCallbacks(dialog, XmNokCallback);
-        XtRemoveAllCallbacks(dialog, XmNcancelCallback);
-        XtAddCallback(dialog, XmNokCallback, count, &s_iOk);
-        XtAddCallback(dialog, XmNcancelCallback, count, &s_iCancel);
-        s_iOk = s_iCancel = 0;
-        if (isThere("OK")) {
-            pressKey(XtParent(dialog), XK_Return);
-            settle();
-            EXPECT_EQ(1, s_iOk) << name;
-            EXPECT_EQ(0, s_iCancel) << name;
-        }
-        s_iOk = 0;
-        pressKey(XtParent(dialog), XK_Escape);
-        settle();
-        const bool bLeaves = isThere("Cancel") && name != "exit question"; /* where it resumes */
-        EXPECT_EQ(bLeaves, s_iCancel) << name;
-        EXPECT_EQ(!bLeaves, s_iOk) << name;
-    });
-}

@@ -69,21 +69,19 @@ TEST_F(Uibuild, CallbacksAreFoundByNameAndDialogsStay)
 /* A dialog opened from another may use the same names. */
 TEST_F(Uibuild, LooksStayWithTheirDialog)
 {
-    static const OV_WidgetRow s_aOuter[] = {
-        {"dsAsk", nullptr, &xmDialogShellWidgetClass, ""},
-        {"mbAsk", "dsAsk", &xmMessageBoxWidgetClass, ""},
-        {"label", "mbAsk", &xmLabelWidgetClass, UI_TEXT("outer") UI_SET("marginWidth", "7")},
-        {nullptr, nullptr, nullptr, nullptr},
-    };
-    static const OV_WidgetRow s_aInner[] = {
-        {"dsAskConfirm", nullptr, &xmDialogShellWidgetClass, ""},
-        {"mbAskConfirm", "dsAskConfirm", &xmMessageBoxWidgetClass, ""},
-        {"label", "mbAskConfirm", &xmLabelWidgetClass, UI_TEXT("inner")},
-        {nullptr, nullptr, nullptr, nullptr},
+    static const OV_WidgetRow s_aTables[2][4] = {
+        {{"dsAsk", nullptr, &xmDialogShellWidgetClass, ""},
+         {"mbAsk", "dsAsk", &xmMessageBoxWidgetClass, ""},
+         {"label", "mbAsk", &xmLabelWidgetClass, UI_TEXT("outer") UI_SET("marginWidth", "7")},
+         {nullptr, nullptr, nullptr, nullptr}},
+        {{"dsAskConfirm", nullptr, &xmDialogShellWidgetClass, ""},
+         {"mbAskConfirm", "dsAskConfirm", &xmMessageBoxWidgetClass, ""},
+         {"label", "mbAskConfirm", &xmLabelWidgetClass, UI_TEXT("inner")},
+         {nullptr, nullptr, nullptr, nullptr}},
     };
     for (int i = 0; i < 2; i++) { /* the second time the looks are there already */
-        Widget outer = OV_instBuildDialog(parent, s_aOuter, nullptr);
-        Widget inner = OV_instBuildDialog(XtParent(outer), s_aInner, nullptr);
+        Widget outer = OV_instBuildDialog(parent, s_aTables[0], nullptr);
+        Widget inner = OV_instBuildDialog(XtParent(outer), s_aTables[1], nullptr);
         EXPECT_EQ("L 'outer'", shownBy(OV_instFindWidget(outer, "label")));
         EXPECT_EQ("L 'inner'", shownBy(OV_instFindWidget(inner, "label")));
         EXPECT_NE(7, resourceOf<Dimension>(OV_instFindWidget(inner, "label"), XmNmarginWidth));
