@@ -25,3 +25,23 @@ TEST_F(Uncompress, WritesTheContentsWithTheirMode)
                                uncompress("plain", "D/x"));
     });
 }
+
+/* In a process of its own each: the program is chosen once. */
+TEST_F(Uncompress, RunsTheProgramThatIsNamedOrTheOneForAllProcessors)
+{
+    const auto expectOutput = [this](const char *pVariable, const std::string &value,
+                                     const char *pProgram) {
+        inChild([&] {
+            load("");
+            put("M/f", "f");
+            put(pProgram, "#!/bin/sh\n/bin/echo \"$0 $1\"\n");
+            fs::permissions(full(pProgram), fs::perms::owner_all);
+            setenv(pVariable, full(value).c_str(), 1);
+            (void)OV_instUncompress("f", full("D/f").c_str(), 0640, 9, m_pipe.pStream, 0);
+            EXPECT_EQ(std::string(pProgram) + " -c\n", got("D/f"));
+        });
+    };
+    unsetenv("OVINST_BUNZIP2");
+    expectOutput("OVINST_BUNZIP2", "@/an other's", "@/an other's");
+    expectOutput("PATH", "/nowhere:@/bin", "@/bin/lbunzip2");
+}

@@ -1,7 +1,9 @@
 #include "engine/uncompress.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "engine/fileOps.h"
 #include "engine/mediaPrompt.h"
@@ -14,9 +16,35 @@
 #include "ut/strprint.h"
 #include "ut/text.h"
 
+static const char s_caPlain[] = "bunzip2";
+static const char s_caParallel[] = "lbunzip2"; /* the same on all processors */
+
+static bool isOnSearchPath(const char *pProgram)
+{
+    const char *pPath = getenv("PATH");
+    char **apFolders = OV_instSplitStringOn(pPath ? pPath : "", ':', nullptr);
+    bool bFound = false;
+
+    for (char **ppFolder = apFolders; ppFolder && *ppFolder && !bFound; ppFolder++) {
+        OwnedText path(OV_instBuildPath(*ppFolder, pProgram, nullptr));
+        bFound = path && access(path.get(), X_OK) == 0;
+    }
+    OV_instFreeStringArray(apFolders);
+    return bFound;
+}
+
 const char *OV_instDecompressor()
 {
-    return "bunzip2";
+    static OwnedText s_word;
+    const char *pNamed = getenv("OVINST_BUNZIP2");
+
+    if (s_word)
+        return s_word.get();
+    if (OV_instIsText(pNamed))
+        s_word.reset(OV_instShellWord(pNamed));
+    else if (isOnSearchPath(s_caParallel))
+        s_word.reset(strdup(s_caParallel));
+    return s_word ? s_word.get() : s_caPlain;
 }
 
 static int uncompressBlocks(FILE *pFrom, FILE *pTo, const char *pSource, const char *pTarget,

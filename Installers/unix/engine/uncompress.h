@@ -5,8 +5,9 @@
 #include <cstdint>
 #include <cstdio>
 
-/* The program that decompresses: its standard input, or with "-c" the file named behind it, onto
- * its standard output. */
+/* The program that decompresses, as a word of a command for the shell: its standard input, or with
+ * "-c" the file named behind it, onto its standard output. "lbunzip2" where it is on the search
+ * path, else "bunzip2"; OVINST_BUNZIP2 names another. Chosen at the first call. */
 const char *OV_instDecompressor();
 
 /* Copies a compressed file of the medium uncompressed. 0 or 1. */
