@@ -92,6 +92,47 @@ TEST_F(ChangeDestination, AnInstallationThatIsDeclinedLeavesNoMarks)
     EXPECT_EQ(1, OV_instInstallationMode);
 }
 
+/* On the page itself. What its field cannot show of the destination is not typed away. */
+TEST_F(ChangeDestination, ThePageTakesWhatWasTyped)
+{
+    static const std::string s_creates = "The destination folder:\n'@/n w'\n"
+                                         "does not exist. Do you want to create it?|";
+    static const std::string s_found =
+        "Previous installation found.\nDo you want to run setup in maintenance mode ?|";
+    static const struct {
+        const char *pTyped; /* null for nothing */
+        Steps steps;
+        std::string seen;
+        const char *pRoot, *pThen, *pHolds;
+    } s_aRows[] = {
+        {nullptr, {}, "", "@/d\xc3\xb6/", "mbMainDlg", ""},
+        {"@/other", {}, "", "@/other/", "mbMainDlg", ""},
+        {"", {"y"}, "No directory is selected.|", "@/d\xc3\xb6/", "mbChangeDestination", ""},
+        {"@/n w", {"n"}, s_creates, "@/d\xc3\xb6/", "mbChangeDestination", "@/n w"},
+        {"@/n w", {"y"}, s_creates, "@/n w/", "mbMainDlg", ""},
+        {"@/old", {"n"}, s_found, "@/old/", "mbChangeDestination", "@/old/"},
+        {"@/old", {"y"}, s_found, "@/old/", "mbMaintenance", ""},
+    };
+
+    for (const auto &row : s_aRows) {
+        SCOPED_TRACE(row.pThen + row.seen);
+        ASSERT_EQ(0, OV_instSetRootDestination(full("@/d\xc3\xb6").c_str()));
+        Widget dialog = managed(CreatembChangeDestination(main()));
+        Widget field = OV_instFindWidget(dialog, "tfChangeDestination");
+        EXPECT_EQ("@/d?/", shortened(textIn(field)));
+        if (row.pTyped)
+            XmTextFieldSetString(field, full(row.pTyped).data());
+        EXPECT_EQ(row.seen, whileUsed(row.steps, [&] { press(dialog, "OK"); }));
+        EXPECT_EQ(row.pRoot, root());
+        ASSERT_NE(nullptr, shown(row.pThen));
+        if (*row.pHolds) {
+            EXPECT_EQ(row.pHolds, shortened(textIn(field)));
+        }
+        XtDestroyWidget(XtParent(shown(row.pThen)));
+        settle();
+    }
+}
+
 /* From the main dialog as from the one before it. */
 TEST_F(ChangeDestination, TheMainDialogLeadsToMaintenanceForGood)
 {

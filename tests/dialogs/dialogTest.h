@@ -243,9 +243,26 @@ struct DialogTest : EngineTest {
         const std::vector<Widget> all = dialogsShown(pName);
         return all.size() == 1 ? all[0] : nullptr;
     }
+    /* As window managers read it, in either way. */
     static std::string title(Widget dialog)
     {
-        return resourceOf<String>(XtParent(dialog), XmNtitle);
+        const Atom name = XInternAtom(XtDisplay(dialog), "_NET_WM_NAME", False);
+        std::string texts[2];
+        for (std::string &text : texts) {
+            XTextProperty title = {};
+            char **apTexts = nullptr;
+            int iTexts = 0;
+            (void)XGetTextProperty(XtDisplay(dialog), XtWindow(XtParent(dialog)), &title,
+                                   &text == texts ? name : XA_WM_NAME);
+            if (XmbTextPropertyToTextList(XtDisplay(dialog), &title, &apTexts, &iTexts) ==
+                    Success &&
+                iTexts > 0)
+                text = apTexts[0];
+            XFreeStringList(apTexts);
+            XFree(title.value);
+        }
+        EXPECT_EQ(texts[0], texts[1]);
+        return texts[0];
     }
     static std::string label(Widget dialog, const std::string &name)
     {

@@ -7,6 +7,7 @@
 #include "dialogs/NameOrg.h"
 #include "dialogs/Reseller.h"
 #include "dialogs/Welcome.h"
+#include "ut/toolkit/fieldValue.h"
 
 /* The first pages, with a directory of the test's own for what they keep. */
 struct FirstPages : DialogTest {
@@ -110,6 +111,28 @@ TEST_F(FirstPages, ReadsWhatIsThere)
         ASSERT_EQ(0, OV_instWritePrivate(m_user.c_str(), file.c_str()));
         EXPECT_EQ(seen, user(show(CreatembNameOrg))) << file;
     }
+}
+
+/* A name of another locale, beside a field that is filled in. */
+TEST_F(FirstPages, WhatCannotBeShownIsKept)
+{
+    const std::string before = setlocale(LC_CTYPE, nullptr);
+
+    for (const auto &[pLocale, name] :
+         {std::pair("C", "Jos\xc3\xa9 Lopez"), {"C.UTF-8", "Jos\xe9 Lopez"}}) {
+        ASSERT_NE(nullptr, setlocale(LC_CTYPE, pLocale));
+        ASSERT_EQ(0, OV_instWritePrivate(m_user.c_str(), name));
+        Widget dialog = show(CreatembNameOrg);
+        EXPECT_EQ("Jos? Lopez||", user(dialog));
+        enter(dialog, "txNameOrgOrg", "Org");
+        ASSERT_TRUE(press(dialog, "OK"));
+        EXPECT_EQ("Jos? Lopez", label(openBox("mbNameOrgConfirm"), "laNameOrgConfirmName"));
+        ASSERT_TRUE(press(openBox("mbNameOrgConfirm"), "OK"));
+        EXPECT_EQ(std::string(name) + "\nOrg\n", readFile(m_user));
+        XtDestroyWidget(XtParent(shown("mbReseller")));
+        settle();
+    }
+    (void)setlocale(LC_CTYPE, before.c_str());
 }
 
 TEST_F(FirstPages, AnAgreementMayHoldAnything)

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "dialogs/gallery.h"
+#include "ut/toolkit/looks.h"
 
 struct Looks : Gallery {
     /* A widget's place within its shell. */
@@ -74,6 +75,39 @@ struct Looks : Gallery {
             EXPECT_LE(wanted.height, seen->core.height + iRing) << name << ": " << XtName(seen);
         }
     }
+    /* All buttons are seen in the smallest window that the window manager allows. */
+    static void expectButtonsWhenSmall(const std::string &name, Widget dialog)
+    {
+        Widget shell = XtParent(dialog);
+        XSizeHints hints = {};
+        long lGiven = 0;
+        ASSERT_TRUE(XGetWMNormalHints(XtDisplay(shell), XtWindow(shell), &hints, &lGiven) &&
+                    (hints.flags & PMinSize))
+            << name;
+        EXPECT_GE(WidthOfScreen(XtScreen(shell)), hints.min_width) << name;
+        EXPECT_GE(HeightOfScreen(XtScreen(shell)), hints.min_height) << name;
+        XtVaSetValues(shell, XmNwidth, hints.min_width, XmNheight, hints.min_height, nullptr);
+        settle();
+        for (Widget seen : seenOf(dialog))
+            for (Widget up = seen; isButton(seen) && !isScrolled(seen) && up != dialog;
+                 up = XtParent(up))
+                expectWithin(name + ", small", XtParent(up)->core.width, XtParent(up)->core.height,
+                             up);
+    }
+    /* The picture of the file, in its shape and as large as texts are. */
+    static void expectPicture(Widget dialog)
+    {
+        const Pixmap picture =
+            resourceOf<Pixmap>(OV_instFindWidget(dialog, "pbMainDlg1"), XmNlabelPixmap);
+        const unsigned iSide = (unsigned)OV_instScaleLength(XtDisplay(dialog), 48);
+        Window root = None;
+        int iAt = 0;
+        unsigned iWidth = 0, iHeight = 0, iRest = 0;
+        (void)XGetGeometry(XtDisplay(dialog), picture, &root, &iAt, &iAt, &iWidth, &iHeight, &iRest,
+                           &iRest);
+        EXPECT_EQ(iSide, iWidth);
+        EXPECT_EQ(iSide, iHeight);
+    }
     void showLongNames()
     {
         m_product = "Orvane Studio with Everything that Sixty Characters Can Hold";
@@ -115,7 +149,12 @@ TEST_F(Looks, NothingIsCut)
         if (row.bLongNames)
             showLongNames();
         reopen(row.words);
-        visitAll(expectFits);
+        visitAll([](const std::string &name, Widget dialog) {
+            expectFits(name, dialog);
+            if (name == "main page")
+                expectPicture(dialog);
+            expectButtonsWhenSmall(name, dialog);
+        });
     }
 }
 

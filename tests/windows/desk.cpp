@@ -370,13 +370,18 @@ void Desk::keys(const std::string &shell, const std::string &names)
     }
 }
 
+void Desk::type(const std::string &shell, const std::string &text)
+{
+    keys(shell, "ctrl+slash");
+    doIt(*this, "type --delay 4 '" + text + "'");
+}
+
 void Desk::choose(const std::string &browser, const std::string &path)
 {
     const Box ok = buttons(browser).at(0);
 
     click(ok.iX + ok.iWidth / 2, ok.iY - 50);
-    keys(browser, "ctrl+slash");
-    doIt(*this, "type --delay 4 '" + path + "'");
+    type(browser, path);
 }
 
 void Desk::picture(const std::string &shell, const std::string &name_)

@@ -90,6 +90,9 @@ struct Desk {
      * give it. */
     void keys(const std::string &shell, const std::string &names);
 
+    /* Replaces what the field with the keyboard holds. */
+    void type(const std::string &shell, const std::string &text);
+
     /* Replaces what a browser proposes: its field is the one above the buttons. */
     void choose(const std::string &browser, const std::string &path);
 

@@ -188,8 +188,13 @@ TEST_F(Stories, ADestinationThatHoldsAnInstallation)
 
     installUnattended();
     medium.dest = medium.top + "/elsewhere";
-    ASSERT_TRUE(desk.start(medium, s_toDestination) &&
-                desk.go({{"dsChangeDestination", DESTINATION_CHANGE, nullptr, STAYS}}));
+    ASSERT_TRUE(desk.start(medium, s_toDestination) && desk.window("dsChangeDestination"));
+    const Box change = desk.buttons("dsChangeDestination").at(DESTINATION_CHANGE);
+    desk.click(change.iX - 100, change.iY + 10); /* the field beside it */
+    desk.type("dsChangeDestination", medium.dest + "/typed");
+    desk.keys("dsChangeDestination", "Return");
+    ASSERT_TRUE(desk.go(
+        {{s_caBox, NO}, {"dsChangeDestination", DESTINATION_CHANGE, "destination-typed", STAYS}}));
     desk.choose(s_caBrowser, occupied);
     ASSERT_TRUE(desk.go({{s_caBrowser, FIRST, nullptr, STAYS},
                          {s_caBox, NO, "previous-installation"},

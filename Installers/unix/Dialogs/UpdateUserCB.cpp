@@ -17,6 +17,7 @@
 
 #include "engine/environmentFile.h"
 #include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/dialogShell.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/privateFile.h"
@@ -170,8 +171,8 @@ void UpdateUserSelectUserCB(Widget widget, XtPointer, XtPointer)
         return;
     readUsers();
     (void)OV_instAddWidgetLooks(parent, s_caName, topLevelShellWidgetClass, s_caListLooks);
-    ExistingUser = XtVaCreatePopupShell(s_caName, topLevelShellWidgetClass, parent, XmNtitle,
-                                        "User List", nullptr);
+    ExistingUser = XtVaCreatePopupShell(s_caName, topLevelShellWidgetClass, parent, nullptr);
+    OV_instSetTitle(ExistingUser, "User List");
     XtAddCallback(ExistingUser, XmNdestroyCallback, forget, nullptr);
     Widget window = CreateswUpdateUserUserList(ExistingUser);
     fillList(XtNameToWidget(window, "listUpdateUserUsernames"));

@@ -20,8 +20,8 @@ void OV_instChangeDestinationActivateCB(Widget widget, XtPointer pClient, XtPoin
 void OV_instChangeDestinationBrowseOkCB(Widget box, XtPointer pClient, XtPointer pCall);
 void OV_instChangeDestinationBrowseCancelCB(Widget box, XtPointer pClient, XtPointer pCall);
 
-/* Shows the destination and the space that is free there in the named label and text field of a
- * dialog. */
+/* Shows the destination, of a long one the end, and the space that is free there in the named label
+ * and text field of a dialog. */
 void OV_instShowDestination(Widget inDialog, const char *pSpaceLabel, const char *pFolderField);
 
 #endif

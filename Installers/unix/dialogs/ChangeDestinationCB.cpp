@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <unistd.h>
 
 #include <Xm/MessageB.h>
@@ -17,14 +18,24 @@
 #include "engine/sizes.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
+#include "ut/toolkit/fieldValue.h"
 #include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/modal.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
 
+static const char s_caField[] = "tfChangeDestination";
+
 static int ChangeDestinationDone; /* ends the browser's loop */
 
-/* ---- the browser ---- */
+/* ---- taking a path ---- */
+
+static std::string rootDestination()
+{
+    const char *pRoot = OV_instGetRootDestinationDirectory();
+
+    return pRoot ? pRoot : "";
+}
 
 static bool tellInternal(Widget box, const char *pReason)
 {
@@ -64,17 +75,24 @@ static bool takeDestination(Widget box, const char *pPath)
     return false;
 }
 
-void OV_instChangeDestinationBrowseOkCB(Widget box, XtPointer, XtPointer)
+/* The same for what the user has chosen or typed over the box. */
+static bool takePath(Widget box, const char *pText)
 {
     const char *pReason = nullptr;
+    OwnedText path(OV_instGetAbsoluteChoice(pText, &pReason));
+
+    if (!path)
+        return tellInternal(box, pReason);
+    return provideFolder(box, path.get()) && takeDestination(box, path.get());
+}
+
+/* ---- the browser ---- */
+
+void OV_instChangeDestinationBrowseOkCB(Widget box, XtPointer, XtPointer)
+{
     OwnedText text(OV_instGetBrowsed(box));
 
-    if (!text)
-        return;
-    OwnedText path(OV_instGetAbsoluteChoice(text.get(), &pReason));
-    if (!path)
-        (void)tellInternal(box, pReason);
-    else if (provideFolder(box, path.get()) && takeDestination(box, path.get()))
+    if (text && takePath(box, text.get()))
         ChangeDestinationDone = 1;
 }
 
@@ -106,17 +124,46 @@ void OV_instChangeDestination(Widget parent)
 void OV_instShowDestination(Widget inDialog, const char *pSpaceLabel, const char *pFolderField)
 {
     char caSpace[OV_SIZE_TEXT] = "";
-    const char *pRoot = OV_instGetRootDestinationDirectory();
+    Widget field = OV_instFindWidget(inDialog, pFolderField);
 
     OV_instGetFreeSpaceString(OV_instGetDestinationDirectory(), caSpace);
     OV_instSetLiteralLabel(OV_instFindWidget(inDialog, pSpaceLabel), caSpace);
-    XmTextFieldSetString(OV_instFindWidget(inDialog, pFolderField),
-                         const_cast<char *>(pRoot ? pRoot : ""));
+    OV_instSetFieldValue(field, rootDestination());
+    /* The end of a long path says more than its beginning. */
+    XmTextFieldSetInsertionPosition(field, XmTextFieldGetLastPosition(field));
 }
 
 static void showDestination(Widget widget)
 {
-    OV_instShowDestination(widget, "laChangeDestinationAvailableSpace", "tfChangeDestination");
+    OV_instShowDestination(widget, "laChangeDestinationAvailableSpace", s_caField);
+}
+
+/* Whether setup can go on with what the field holds: with the destination as it is, where nobody
+ * has typed. */
+static bool takeField(Widget widget)
+{
+    const std::string typed = OV_instFieldText(widget, s_caField);
+
+    if (!OV_instIsFieldChanged(OV_instFindWidget(widget, s_caField)))
+        return true;
+    if (typed.empty()) {
+        OV_instTellOver(widget, "No directory is selected.");
+        return false;
+    }
+    const std::string before = rootDestination();
+    const bool bTaken = takePath(widget, typed.c_str());
+    if (!bTaken && rootDestination() != before) /* taken, but not for maintenance */
+        showDestination(widget);
+    return bTaken;
+}
+
+static void showMaintenance(Widget shell)
+{
+    Widget maintenance = CreatembMaintenance(OV_instGetMainTopLevelShell());
+
+    XtDestroyWidget(shell);
+    OV_DisableAddButtonIfNecessary();
+    XtManageChild(maintenance);
 }
 
 void OV_instChangeDestinationMapCB(Widget widget, XtPointer, XtPointer)
@@ -131,19 +178,23 @@ void OV_instChangeDestinationActivateCB(Widget widget, XtPointer, XtPointer)
     Widget shell = OV_instGetShell(widget);
 
     OV_instChangeDestination(shell);
-    if (!OV_instInstallationMode) {
+    if (OV_instInstallationMode)
+        showMaintenance(shell);
+    else
         showDestination(widget);
-        return;
-    }
-    Widget maintenance = CreatembMaintenance(OV_instGetMainTopLevelShell());
-    XtDestroyWidget(shell);
-    OV_DisableAddButtonIfNecessary();
-    XtManageChild(maintenance);
 }
 
 void OV_instChangeDestinationOKCB(Widget widget, XtPointer, XtPointer)
 {
-    XtDestroyWidget(OV_instGetShell(widget));
+    Widget shell = OV_instGetShell(widget);
+
+    if (!takeField(widget))
+        return;
+    if (OV_instInstallationMode) {
+        showMaintenance(shell);
+        return;
+    }
+    XtDestroyWidget(shell);
     OV_instShowFirstMainDlg();
 }
 

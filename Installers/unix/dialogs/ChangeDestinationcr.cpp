@@ -36,11 +36,9 @@ static const OV_WidgetRow s_aRows[] = {
      UI_SET("horizontalSpacing", "0") UI_SET("verticalSpacing", "0")
      UI_BELOW("label2") UI_LEFT UI_RIGHT UI_BOTTOM},
     {"pushButton", "form1", &xmPushButtonWidgetClass,
-     UI_TEXT("Change Destination") UI_TOP UI_RIGHT},
+     UI_TEXT("Change Destination") UI_SET("navigationType", "TAB_GROUP") UI_TOP UI_RIGHT},
     {"tfChangeDestination", "form1", &xmTextFieldWidgetClass,
-     UI_SET("width", "360") UI_SET("editable", "False") UI_SET("cursorPositionVisible", "False")
-     UI_SET("traversalOn", "False")
-     UI_LEVEL_WITH("pushButton") UI_LEFT UI_LEFT_OF("pushButton") UI_SET("rightOffset", "8")},
+     UI_SET("width", "360") UI_LEVEL_WITH("pushButton") UI_LEFT UI_LEFT_OF("pushButton") UI_SET("rightOffset", "8")},
     {"label1", "form1", &xmLabelWidgetClass,
      UI_TEXT("Available space:")
      UI_BELOW("pushButton") UI_SET("topOffset", "6") UI_LEFT UI_BOTTOM},

@@ -5,7 +5,6 @@
 #include <dlfcn.h>
 #include <string>
 
-#include <X11/xpm.h>
 #include <Xm/MessageB.h>
 
 #include "Dialogs/ExitConfirmation.h"
@@ -20,6 +19,7 @@
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/toolkit/looks.h"
+#include "ut/toolkit/picture.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
@@ -33,33 +33,6 @@ static_assert(sizeof(s_afpActivate) / sizeof(*s_afpActivate) == OV_CONFIG_COUNT,
               "one callback for each configuration kind");
 
 /* ---- pictures ---- */
-
-static void freePicture(Widget widget, XtPointer pixmap, XtPointer)
-{
-    XFreePixmap(XtDisplay(widget), reinterpret_cast<Pixmap>(pixmap));
-}
-
-/* Where the picture is transparent the button shows through. */
-static void showPicture(Widget widget, char **apLines)
-{
-    char caNone[] = "none";
-    XpmColorSymbol background = {nullptr, caNone, 0};
-    XpmAttributes attributes = {};
-    Widget parent = XtParent(widget);
-    Pixmap pixmap = None;
-
-    XtVaGetValues(widget, XmNbackground, &background.pixel, nullptr);
-    XtVaGetValues(parent, XmNdepth, &attributes.depth, XmNcolormap, &attributes.colormap, nullptr);
-    attributes.colorsymbols = &background;
-    attributes.numsymbols = 1;
-    attributes.valuemask = XpmColorSymbols | XpmDepth | XpmColormap;
-    if (XpmCreatePixmapFromData(XtDisplay(parent), RootWindowOfScreen(XtScreen(parent)), apLines,
-                                &pixmap, nullptr, &attributes) < 0)
-        return;
-    XpmFreeAttributes(&attributes);
-    XtVaSetValues(widget, XmNlabelType, XmPIXMAP, XmNlabelPixmap, pixmap, nullptr);
-    XtAddCallback(widget, XmNdestroyCallback, freePicture, reinterpret_cast<XtPointer>(pixmap));
-}
 
 void OV_instSetPixmapOnWidget(Widget widget, const _OV_InstIcon *pIcon)
 {
@@ -78,7 +51,7 @@ void OV_instSetPixmapOnWidget(Widget widget, const _OV_InstIcon *pIcon)
     }
     void *pLines = dlsym(pModule, pIcon->pIcon2);
     if (pLines)
-        showPicture(widget, static_cast<char **>(pLines));
+        OV_instShowPicture(widget, static_cast<char **>(pLines));
     else
         fprintf(stderr, "Error: OV_instSetPixmapOnWidget, '%s' not in '%s'\n", pIcon->pIcon2,
                 path.get());

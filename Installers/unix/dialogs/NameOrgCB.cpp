@@ -7,6 +7,7 @@
 #include "dialogs/firstPages.h"
 #include "Dialogs/windowTitle.h"
 #include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/fieldValue.h"
 #include "ut/toolkit/widgetTree.h"
 
 static const char s_caFile[] = ".setupinfo-ov-user";

@@ -6,6 +6,7 @@
 #include "dialogs/ChangeDestination.h"
 #include "dialogs/firstPages.h"
 #include "Dialogs/windowTitle.h"
+#include "ut/toolkit/fieldValue.h"
 #include "ut/toolkit/widgetTree.h"
 
 static const char s_caFile[] = ".setupinfo-ov-reseller";

@@ -2,37 +2,47 @@
 
 #include <string>
 
+#include <Xm/Xm.h>
+
 #include "Dialogs/ExitConfirmation.h"
 #include "dialogs/Agreement.h"
 #include "dialogs/firstPages.h"
 #include "Dialogs/windowTitle.h"
 #include "engine/setupState.h"
-#include "ut/toolkit/uiut.h"
+#include "ut/toolkit/foldText.h"
+#include "ut/toolkit/looks.h"
 #include "ut/toolkit/widgetTree.h"
+#include "ut/toolkit/wrappedLabel.h"
 
-enum { HEADING_WIDTH = 480 };
+enum { TEXT_WIDTH = 540 };
 
 static const char s_caWarning[] =
-    ":::t\"WARNING: This program is protected by copyright law and by international\""
-    ":t\"treaties. It may be installed on a single computer. Copying or distributing\""
-    ":t\"it, or any part of it, without permission may be prosecuted to the maximum\""
-    ":t\"extent possible under the law.\""
-    ":t\"\""
-    ":t\"Please take a moment to read the End User License Agreement, which comes next.\""
-    "\"By accepting it you agree to its terms.\"";
+    "WARNING: This program is protected by copyright law and by international treaties. It may be "
+    "installed on a single computer. Copying or distributing it, or any part of it, without "
+    "permission may be prosecuted to the maximum extent possible under the law.\n\n"
+    "Please take a moment to read the End User License Agreement, which comes next. By accepting "
+    "it you agree to its terms.";
 
 void OV_instWelcomeCreateLabelCB(Widget label, XtPointer, XtPointer)
 {
     const std::string text =
         std::string("Welcome to the \"") + OV_instGetProductName() + "\" setup program.";
 
-    OV_instShowValue(label, text, HEADING_WIDTH);
+    OV_instShowValue(label, text, TEXT_WIDTH);
+}
+
+/* As wide as the page at first, and as the window later. */
+static void showWarning(Widget label)
+{
+    OV_instSetFoldedLabel(label, s_caWarning, OV_instScaleLength(XtDisplay(label), TEXT_WIDTH));
+    XtVaSetValues(label, XmNrecomputeSize, False, nullptr);
+    OV_instSetWrappedLabel(label, s_caWarning);
 }
 
 void OV_instWelcomeMapCB(Widget widget, XtPointer, XtPointer)
 {
     OV_instDropHelp(widget, false);
-    OV_instUpdateLabelString(OV_instFindWidget(widget, "laWelcomeMiddle"), s_caWarning);
+    showWarning(OV_instFindWidget(widget, "laWelcomeMiddle"));
     OV_instSetWindowTitle(widget);
 }
 

@@ -14,11 +14,10 @@
 #include "engine/fileOps.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/toolkit/bxutils.h"
-#include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/dialogShell.h"
 #include "ut/toolkit/messageBox.h"
 #include "ut/toolkit/widgetTree.h"
 #include "ut/toolkit/looks.h"
-#include "ut/toolkit/mnemonics.h"
 #include "ut/owned.h"
 #include "ut/toolkit/uibuild.h"
 
@@ -34,7 +33,7 @@ static Widget createShell(Widget parent, const OV_DirectoryBrowser *pBrowser)
         XtVaCreatePopupShell(pBrowser->pShellName, xmDialogShellWidgetClass, parent, nullptr);
 
     if (pBrowser->pTitle)
-        XtVaSetValues(shell, XmNtitle, pBrowser->pTitle, nullptr);
+        OV_instSetTitle(shell, pBrowser->pTitle);
     else
         OV_instSetWindowTitle(shell);
     return shell;
@@ -149,8 +148,7 @@ Widget OV_instCreateDirectoryBrowser(Widget parent, const OV_DirectoryBrowser *p
     XtAddCallback(XmFileSelectionBoxGetChild(box, XmDIALOG_DIR_LIST), XmNdefaultActionCallback,
                   listChanged, box);
     XtAddCallback(box, XmNapplyCallback, listChanged, box);
-    OV_instHandleFrameClose(box, nullptr);
-    OV_instUseMnemonics(box);
+    OV_instCompleteDialog(box);
     dropPlaceholder(box);
     select(box, pBrowser->pSelection ? pBrowser->pSelection : pBrowser->pStart);
     return box;

@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include <Xm/MessageB.h>
-#include <Xm/TextF.h>
 
+#include "ut/toolkit/fieldValue.h"
 #include "ut/toolkit/foldText.h"
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/looks.h"
@@ -14,7 +14,7 @@
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
 
-enum { LINE_SIZE = 500 };
+enum { LINE_SIZE = 500, MOST_BYTES = 4 };
 
 /* ---- one page after another ---- */
 
@@ -48,14 +48,9 @@ Widget OV_instConfirmBelow(Widget dialog, const char *pName, Widget (*fpCreate)(
 
 /* ---- values ---- */
 
-std::string OV_instFieldText(Widget dialog, const char *pName)
+static bool isText(const std::string &line)
 {
-    Widget field = OV_instFindWidget(dialog, pName);
-    char *pText = field ? XmTextFieldGetString(field) : nullptr;
-    std::string text(pText ? pText : "");
-
-    XtFree(pText);
-    return text;
+    return mbstowcs(nullptr, line.c_str(), 0) != static_cast<size_t>(-1);
 }
 
 /* One line without its newline; what is too long for it is skipped. */
@@ -66,15 +61,17 @@ static bool readLine(FILE *pFile, std::string *pLine)
     if (!fgets(caLine, sizeof caLine, pFile))
         return false;
     *pLine = caLine;
-    if (!pLine->empty() && pLine->back() == '\n')
+    if (!pLine->empty() && pLine->back() == '\n') {
         pLine->pop_back();
-    else
-        for (int iByte = getc(pFile); iByte != EOF && iByte != '\n';)
-            iByte = getc(pFile);
-    /* The end must not be half a character: a field would refuse the text. */
-    for (int i = 0; i < 4 && mbstowcs(nullptr, pLine->c_str(), 0) == static_cast<size_t>(-1); i++)
-        if (!pLine->empty())
-            pLine->pop_back();
+        return true;
+    }
+    int iByte = getc(pFile);
+    const bool bCut = iByte != EOF && iByte != '\n';
+    while (iByte != EOF && iByte != '\n')
+        iByte = getc(pFile);
+    /* What is left of a character is none. */
+    for (int i = 1; bCut && i < MOST_BYTES && !isText(*pLine) && !pLine->empty(); i++)
+        pLine->pop_back();
     return true;
 }
 
@@ -87,7 +84,7 @@ void OV_instReadFields(Widget dialog, const std::vector<const char *> &names, co
     for (const char *pName : names) {
         if (!file || !readLine(file.get(), &line))
             return;
-        XmTextFieldSetString(OV_instFindWidget(dialog, pName), &line[0]);
+        OV_instSetFieldValue(OV_instFindWidget(dialog, pName), line);
     }
 }
 
@@ -97,7 +94,7 @@ void OV_instWriteFields(Widget dialog, const std::vector<const char *> &names, c
     std::string text;
 
     for (const char *pName : names) {
-        std::string line = OV_instFieldText(dialog, pName);
+        std::string line = OV_instFieldValue(OV_instFindWidget(dialog, pName));
         for (char &c : line)
             c = c == '\n' ? ' ' : c; /* pasted */
         text += line + '\n';

@@ -19,13 +19,12 @@ Widget OV_instConfirmBelow(Widget dialog, const char *pName, Widget (*fpCreate)(
 
 /* Fills the named text fields of a dialog from the lines of a file among those that
  * ut/privateFile.h keeps apart from strangers'; a line counts up to 499 bytes. Fields without a
- * line stay as they are. */
+ * line stay as they are. What a field cannot show of a line is written back all the same unless the
+ * user changes the field (ut/toolkit/fieldValue.h). */
 void OV_instReadFields(Widget dialog, const std::vector<const char *> &names, const char *pFile);
 
-/* Writes what the fields hold to the file, one line each; nothing when that cannot be done. */
+/* Writes the fields' values to the file, one line each; nothing when that cannot be done. */
 void OV_instWriteFields(Widget dialog, const std::vector<const char *> &names, const char *pFile);
-
-std::string OV_instFieldText(Widget dialog, const char *pName);
 
 enum { OV_VALUE_WIDTH = 360 }; /* of what a confirmation shows */
 

@@ -13,4 +13,8 @@ inline bool OV_instIsText(const char *pText)
 /* The text without the white space around it. */
 std::string OV_instTrimmed(const std::string &text);
 
+/* The text with a question mark for each character that is none of the locale's, and for each zero
+ * byte: the toolkit refuses a text whole for a single byte of that kind, or ends it there. */
+std::string OV_instDisplayable(const std::string &text);
+
 #endif

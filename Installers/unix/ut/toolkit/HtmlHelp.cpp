@@ -15,8 +15,7 @@
 
 #include "ut/OVinstFileUtils.h"
 #include "ut/toolkit/bxutils.h"
-#include "ut/toolkit/frameClose.h"
-#include "ut/toolkit/mnemonics.h"
+#include "ut/toolkit/dialogShell.h"
 #include "ut/toolkit/modal.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
@@ -81,8 +80,7 @@ static Widget createBrowserSelection(Widget parent)
     XtUnmanageChild(XmFileSelectionBoxGetChild(box, XmDIALOG_HELP_BUTTON));
     XtAddCallback(box, XmNokCallback, htmlHelpOKCB, nullptr);
     XtAddCallback(box, XmNcancelCallback, htmlHelpCancelCB, nullptr);
-    OV_instHandleFrameClose(box, nullptr);
-    OV_instUseMnemonics(box);
+    OV_instCompleteDialog(box);
     return box;
 }
 

@@ -9,12 +9,10 @@
 #include <Xm/ScrolledW.h>
 #include <Xm/Text.h>
 #include <algorithm>
-#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
 #include <string>
 #include <sys/stat.h>
 
@@ -26,13 +24,15 @@
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/wholeFile.h"
+#include "ut/text.h"
+#include "ut/toolkit/dialogShell.h"
 #include "ut/toolkit/modal.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
 
 enum { CHECK_DELAY = 1500, QUIT_ENTRY = 3 };
-enum { TEXT_SIZE = 600, AROUND_WIDTH = 60, AROUND_HEIGHT = 220 };
+enum { TEXT_SIZE = 600, AROUND_WIDTH = 60, AROUND_HEIGHT = 220, MOST_CHARACTER = 40 };
 
 static const char s_caSetupHelp[] = "https://www.orvane.example/help/setup.html";
 
@@ -70,28 +70,6 @@ static const OV_WidgetRow s_aFileRows[] = {
 
 /* ---- reading ---- */
 
-/* The text widget refuses a text whole when a single byte of it is no character of the locale, and
- * ends it at a zero byte. */
-static std::string displayable(const std::string &text)
-{
-    std::string shown;
-    mbstate_t state = {};
-
-    shown.reserve(text.size());
-    for (size_t i = 0; i < text.size();) {
-        size_t iLength = mbrlen(&text[i], text.size() - i, &state);
-        if (iLength == 0 || iLength > MB_LEN_MAX) {
-            shown += '?';
-            state = {};
-            i++;
-        } else {
-            shown.append(text, i, iLength);
-            i += iLength;
-        }
-    }
-    return shown;
-}
-
 /* Inserts all of the file in one piece, since each insertion lays the text out, and returns the
  * position behind it. */
 static XmTextPosition insertFile(Widget text, XmTextPosition lAt, FILE *pFile)
@@ -99,7 +77,7 @@ static XmTextPosition insertFile(Widget text, XmTextPosition lAt, FILE *pFile)
     std::string content;
 
     (void)OV_instReadWhole(pFile, &content); /* what could be read is shown */
-    std::string shown = displayable(content);
+    std::string shown = OV_instDisplayable(content);
     XmTextPosition lBefore = XmTextGetLastPosition(text);
 
     XmTextInsert(text, lAt, &shown[0]);
@@ -133,27 +111,58 @@ static void HelpCB(Widget widget, XtPointer, XtPointer)
     OV_instHtmlHelpCB(widget, nullptr, s_caSetupHelp);
 }
 
-/* The text's sizes, in pixels of 96 to the inch: the buttons below it must be on the screen. */
-static std::string textSize(Widget parent)
-{
-    const int iUnit = OV_instScaleLength(XtDisplay(parent), 100);
-    const int iMostWidth = WidthOfScreen(XtScreen(parent)) * 100 / iUnit - AROUND_WIDTH;
-    const int iMostHeight = HeightOfScreen(XtScreen(parent)) * 100 / iUnit - AROUND_HEIGHT;
-
-    return "width: " + std::to_string(std::min<int>(TEXT_SIZE, iMostWidth)) +
-           "\nheight: " + std::to_string(std::min<int>(TEXT_SIZE, iMostHeight)) + "\n";
-}
-
 /* The path as the box's message, no wider than the text below it. */
 static void showPath(Widget box, Widget text)
 {
     Widget label = XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL);
-    const std::string path = displayable(g_caLogName);
+    const std::string path = OV_instDisplayable(g_caLogName);
     Dimension width = 0;
 
     XtVaGetValues(text, XmNwidth, &width, nullptr);
     OV_instSetLiteralLabel(label, OV_instFoldText(label, path.c_str(), width, "/").c_str());
     XtManageChild(label);
+}
+
+/* The text's size in a direction, in pixels of 96 to the inch: the buttons must be on the screen.
+ */
+static int textSize(Widget parent, int iScreen, int iAround)
+{
+    const int iUnit = OV_instScaleLength(XtDisplay(parent), 100);
+
+    return std::min<int>(TEXT_SIZE, iScreen * 100 / iUnit - iAround);
+}
+
+static int textWidth(Widget parent)
+{
+    return textSize(parent, WidthOfScreen(XtScreen(parent)), AROUND_WIDTH);
+}
+
+static int textHeight(Widget parent)
+{
+    return textSize(parent, HeightOfScreen(XtScreen(parent)), AROUND_HEIGHT);
+}
+
+/* Gives what the text lacks to the window around it: a text asks for whole characters only, but
+ * takes what it gets. Where more is missing the user wants it so. */
+static void giveRest(Widget text, const char *pResource, int iWanted)
+{
+    Dimension size = 0;
+    Dimension around = 0;
+
+    XtVaGetValues(text, pResource, &size, nullptr);
+    XtVaGetValues(XtParent(text), pResource, &around, nullptr);
+    const int iRest = OV_instScaleLength(XtDisplay(text), iWanted) - size;
+    if (iRest > 0 && iRest < OV_instScaleLength(XtDisplay(text), MOST_CHARACTER))
+        XtVaSetValues(XtParent(text), pResource, static_cast<Dimension>(around + iRest), nullptr);
+}
+
+/* Before the box is seen, with all of it laid out. */
+static void giveAll(Widget box, XtPointer, XtPointer)
+{
+    Widget text = OV_instFindWidget(box, "txLogViewer");
+
+    giveRest(text, XmNwidth, textWidth(text));
+    giveRest(text, XmNheight, textHeight(text));
 }
 
 /* The keys that press "Done" although the keyboard is in the text. */
@@ -162,7 +171,11 @@ static const char s_caKeys[] =
 
 static Widget createLogWindow(Widget parent, int *piDone)
 {
-    const std::string looks = LOG_TEXT + textSize(parent);
+    Screen *pScreen = XtScreen(parent);
+    const int iWidth = textSize(parent, WidthOfScreen(pScreen), AROUND_WIDTH);
+    const int iHeight = textSize(parent, HeightOfScreen(pScreen), AROUND_HEIGHT);
+    const std::string looks =
+        LOG_TEXT "width: " + std::to_string(iWidth) + "\nheight: " + std::to_string(iHeight) + "\n";
     // clang-format off
     const OV_WidgetRow aRows[] = {
         {"dsLogViewer", nullptr, &xmDialogShellWidgetClass, ""},
@@ -188,7 +201,9 @@ static Widget createLogWindow(Widget parent, int *piDone)
     if (!OV_instHasHelp())
         XtUnmanageChild(help);
     XtOverrideTranslations(text, XtParseTranslationTable(s_caKeys));
+    XtAddCallback(box, XmNmapCallback, giveAll, nullptr);
     showPath(box, text);
+    OV_instSetTitle(box, g_caLogName);
     return box;
 }
 

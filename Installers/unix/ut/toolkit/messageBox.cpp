@@ -8,9 +8,8 @@
 #include <cstdlib>
 #include <unistd.h>
 
+#include "ut/toolkit/dialogShell.h"
 #include "ut/toolkit/foldText.h"
-#include "ut/toolkit/frameClose.h"
-#include "ut/toolkit/mnemonics.h"
 #include "ut/toolkit/modal.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
@@ -45,7 +44,8 @@ static Widget livingParent(Widget parent)
     return parent;
 }
 
-/* Makes a message box without a separator in a shell of its own, not managed yet. */
+/* Makes a message box without a separator in a shell of its own, not managed yet. One without a
+ * button stays when its frame is closed. */
 static Widget createBox(Widget parent, const char *pName)
 {
     Widget shell = XtVaCreatePopupShell("Orvane Message", xmDialogShellWidgetClass, parent,
@@ -56,7 +56,7 @@ static Widget createBox(Widget parent, const char *pName)
                          XmALIGNMENT_BEGINNING, XmNdefaultButtonType, XmDIALOG_OK_BUTTON, nullptr);
 
     XtUnmanageChild(XmMessageBoxGetChild(box, XmDIALOG_SEPARATOR));
-    OV_instUseMnemonics(box);
+    OV_instCompleteDialog(box);
     return box;
 }
 
@@ -137,7 +137,6 @@ static int askInBox(Widget parent, const char *pMessage, const char *pOk, const 
     setMessage(open.box, pMessage);
     if (!pCancel && !pHelp) /* Escape, too, has something to press */
         XtOverrideTranslations(open.box, XtParseTranslationTable("<Key>osfCancel: OvPress(OK)"));
-    OV_instHandleFrameClose(open.box, nullptr);
     OV_instRunDialog(open.box, &open.MessageBoxId);
     return (open.MessageBoxId ? open.MessageBoxId : open.iLast) - 1; /* or destroyed elsewhere */
 }
@@ -191,7 +190,6 @@ void OV_instDisplayMessageBox(Widget parent, const char *pText)
     for (unsigned char child : {XmDIALOG_OK_BUTTON, XmDIALOG_CANCEL_BUTTON, XmDIALOG_HELP_BUTTON})
         XtUnmanageChild(XmMessageBoxGetChild(box, child));
     setMessage(box, pText);
-    OV_instHandleFrameClose(box, nullptr); /* no button: the notice stays */
     XtManageChild(box);
     awaitWindow(XtParent(box));
     for (Widget drawn : {XtParent(box), box, XmMessageBoxGetChild(box, XmDIALOG_MESSAGE_LABEL),

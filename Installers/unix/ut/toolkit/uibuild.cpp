@@ -9,9 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ut/toolkit/frameClose.h"
+#include "ut/toolkit/dialogShell.h"
 #include "ut/toolkit/looks.h"
-#include "ut/toolkit/mnemonics.h"
 
 enum { MAX_WIDGETS = 64 };
 
@@ -125,8 +124,7 @@ Widget OV_instBuildDialog(Widget parent, const OV_WidgetRow *aRows,
         XtManageChild(build.aMade[i]);
     if (iDialog) {
         dropEmptyMessage(build.aMade[iDialog]);
-        OV_instHandleFrameClose(build.aMade[iDialog], nullptr);
-        OV_instUseMnemonics(build.aMade[iDialog]);
+        OV_instCompleteDialog(build.aMade[iDialog]);
     }
     return build.aMade[iDialog];
 }

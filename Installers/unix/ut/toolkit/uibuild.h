@@ -52,10 +52,9 @@ struct OV_CallbackRow {
 /* Makes what the tables describe below parent. Row 0 is a popup shell and row 1, the dialog,
  * its child; the result is row 1, not managed, since managing it shows the dialog. All rows below
  * are managed. A table whose row 0 is no shell makes that row an unmanaged child of parent and the
- * result. Closing the dialog by its frame presses its Cancel or OK button until
- * OV_instHandleFrameClose says otherwise, its buttons have mnemonics, and a message box stays
- * managed until it is taken down. A table that contradicts itself ends the process with status 1.
- * aCallbacks may be null. */
+ * result. The dialog is completed (dialogShell.h), and a message box stays managed until it is
+ * taken down. A table that contradicts itself ends the process with status 1. aCallbacks may be
+ * null. */
 Widget OV_instBuildDialog(Widget parent, const OV_WidgetRow *aRows,
                           const OV_CallbackRow *aCallbacks);
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "ut/toolkit/bxutils.h"
+#include "ut/toolkit/dialogShell.h"
 #include "ut/toolkit/mnemonics.h"
 #include "ut/toolkit/widgetTree.h"
 #include "ut/owned.h"
@@ -65,6 +66,22 @@ static void handleOne(XtAppContext app, bool *pbEventLast)
         XtAppProcessEvent(app, others ? others : XtInputMask{XtIMAll});
 }
 
+/* Manages what a shell is to show that was realized without contents, and would force its size on
+ * them. What the contents want is known once they are managed. */
+static void manageInShell(Widget shell, Widget shown)
+{
+    Dimension width = 0;
+    Dimension height = 0;
+    XtWidgetGeometry wanted = {};
+
+    XtVaGetValues(shown, XmNwidth, &width, XmNheight, &height,
+                  nullptr); /* if they were given any */
+    XtManageChild(shown);
+    (void)XtQueryGeometry(shown, nullptr, &wanted);
+    XtVaSetValues(shell, XmNwidth, width > 1 ? width : wanted.width, XmNheight,
+                  height > 1 ? height : wanted.height, nullptr);
+}
+
 static void setLabel(Widget widget, XmString label)
 {
     XtVaSetValues(widget, XmNlabelString, label, nullptr);
@@ -104,9 +121,12 @@ void OV_instPopup(Widget widget, const char *pTitle, const char *pIconName)
 
     if (!shell)
         return;
-    XtVaSetValues(shell, XmNtitle, pTitle ? pTitle : "", XmNiconName, pIconName ? pIconName : "",
+    OV_instSetTitle(shell, pTitle ? pTitle : "");
+    XtVaSetValues(shell, XmNiconName, pIconName ? pIconName : "", XmNiconNameEncoding, Atom{None},
                   nullptr);
-    if (widget != shell && !XtIsManaged(widget))
+    if (XtParent(widget) == shell && XtIsRealized(shell) && !XtIsManaged(widget))
+        manageInShell(shell, widget);
+    else if (widget != shell && !XtIsManaged(widget))
         XtManageChild(widget);
     if (!XtIsRealized(shell))
         XtRealizeWidget(shell);
@@ -118,18 +138,10 @@ Widget OV_instCreateAndPopup(Widget (*fpBuild)(Widget parent))
 {
     Widget shell = OV_instGetMainTopLevelShell();
     Widget made = shell && fpBuild ? fpBuild(shell) : nullptr;
-    Dimension width = 0;
-    Dimension height = 0;
-    XtWidgetGeometry wanted = {};
 
     if (!made)
         return nullptr;
-    /* The shell is realized without contents and would force its size on them. */
-    (void)XtQueryGeometry(made, nullptr, &wanted);
-    XtVaGetValues(made, XmNwidth, &width, XmNheight, &height, nullptr);
-    XtVaSetValues(shell, XmNwidth, width > 1 ? width : wanted.width, XmNheight,
-                  height > 1 ? height : wanted.height, nullptr);
-    XtManageChild(made);
+    manageInShell(shell, made);
     XtRealizeWidget(shell);
     centreOn(shell, made);
     XtPopup(shell, XtGrabNone);
