@@ -114,6 +114,7 @@ TEST_F(ChangeDestination, ThePageTakesWhatWasTyped)
         {"@/old", {"y"}, s_found, "@/old/", "mbMaintenance", ""},
     };
 
+    (void)setlocale(LC_CTYPE, "C");
     for (const auto &row : s_aRows) {
         SCOPED_TRACE(row.pThen + row.seen);
         ASSERT_EQ(0, OV_instSetRootDestination(full("@/d\xc3\xb6").c_str()));
