@@ -178,10 +178,14 @@ void OV_instChangeDestinationActivateCB(Widget widget, XtPointer, XtPointer)
     Widget shell = OV_instGetShell(widget);
 
     OV_instChangeDestination(shell);
-    if (OV_instInstallationMode)
+    if (OV_instInstallationMode) {
         showMaintenance(shell);
-    else
-        showDestination(widget);
+        return;
+    }
+    showDestination(widget);
+    /* Return takes what was chosen, and does not open the browser again. */
+    (void)XmProcessTraversal(XmMessageBoxGetChild(OV_instGetTopManager(widget), XmDIALOG_OK_BUTTON),
+                             XmTRAVERSE_CURRENT);
 }
 
 void OV_instChangeDestinationOKCB(Widget widget, XtPointer, XtPointer)
