@@ -42,6 +42,14 @@ TEST_F(MainDlg, HeadingFollowsTheSecondSlotAndAllSlotsCount)
     dialog = show(30);
     EXPECT_EQ("1 P: 100%s safe|", slots(dialog));
     EXPECT_EQ(pOne, label(dialog, "laMainDlg"));
+    XtDestroyWidget(XtParent(dialog));
+
+    int32_t *aChildren = static_cast<_OV_InstMainDlg *>(config(30)->pData)->aChildren;
+    aChildren[0] = -1;
+    aChildren[2] = 10;
+    dialog = show(30);
+    EXPECT_EQ("3 P: 100%s safe|", slots(dialog));
+    EXPECT_EQ(pOne, label(dialog, "laMainDlg"));
 }
 
 TEST_F(MainDlg, PicturesAndTheirFaults)
