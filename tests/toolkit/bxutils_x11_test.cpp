@@ -57,7 +57,7 @@ static const struct {
     {":\\t\"a\"", "L 'a'"},
     /* escapes */
     {"\"a\\\"b\\\\c\\qd\"", "L 'a\"b\\cqd'"},
-    {"\"a\\tb\\rc\\fd\\ve\"", "L 'a\tb\rc\fd\ve'"},
+    {"\"a\\tb\\rc\\fd\\ve\"", "L 'a b\rc\fd\ve'"},
     {"\"no end", "L 'no end'"},
     {"\"a\"\\\"b\"c\"", "L 'ac'"},
     {"\"größe ✓\\\"\"", "L 'größe ✓\"'"},

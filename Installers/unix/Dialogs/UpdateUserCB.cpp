@@ -1,5 +1,6 @@
 #include "Dialogs/UpdateUser.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -196,8 +197,8 @@ void UpdateUserValueChangeCB(Widget, XtPointer which, XtPointer state)
 {
     const auto *pState = static_cast<const XmToggleButtonCallbackStruct *>(state);
 
-    if (which && pState && pState->set)
-        GenerateOrvane = *static_cast<const int *>(which);
+    if (pState && pState->set)
+        GenerateOrvane = static_cast<int>(reinterpret_cast<intptr_t>(which));
 }
 
 /* Shows a message about a user, or what is said when there is no memory for it. */

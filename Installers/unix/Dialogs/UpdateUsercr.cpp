@@ -11,6 +11,8 @@
 #include <Xm/TextF.h>
 #include <Xm/ToggleB.h>
 
+#include <cstdint>
+
 #include "ut/toolkit/uibuild.h"
 
 #define RADIO UI_SET("indicatorOn", "INDICATOR_FILL") UI_SET("indicatorType", "ONE_OF_MANY_ROUND")
@@ -65,7 +67,6 @@ static const OV_CallbackRow s_aListCallbacks[] = {
 
 Widget CreatembUpdateUser(Widget parent)
 {
-    static int s_aiChoices[] = {0, 1};
     Widget dialog = OV_instBuildDialog(parent, s_aRows, s_aCallbacks);
 
     XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_HELP_BUTTON));
@@ -73,9 +74,9 @@ Widget CreatembUpdateUser(Widget parent)
     XtVaSetValues(dialog, XmNinitialFocus, XtNameToWidget(dialog, "*txUpdateUserUsername"),
                   nullptr);
     XtAddCallback(XtNameToWidget(dialog, "*toggleButton"), XmNvalueChangedCallback,
-                  UpdateUserValueChangeCB, &s_aiChoices[0]);
+                  UpdateUserValueChangeCB, nullptr);
     XtAddCallback(XtNameToWidget(dialog, "*toggleButton1"), XmNvalueChangedCallback,
-                  UpdateUserValueChangeCB, &s_aiChoices[1]);
+                  UpdateUserValueChangeCB, reinterpret_cast<XtPointer>(intptr_t{1}));
     return dialog;
 }
 

@@ -227,12 +227,13 @@ static void setValue(Widget widget, const std::string &line)
             stdout);
         return;
     }
-    Widget named = OV_instFindWidget(widget, OV_instTrimmed(line.substr(0, iDot)).c_str());
+    WidgetList aNamed = BxWidgetIdsFromNames(widget, "BxSetValuesCB", line.substr(0, iDot).c_str());
     const std::string resource = OV_instTrimmed(line.substr(iDot + 1, iEquals - iDot - 1));
     const std::string value = OV_instTrimmed(line.substr(iEquals + 1));
-    if (named)
-        XtVaSetValues(named, XtVaTypedArg, resource.c_str(), XmRString, value.c_str(),
+    if (aNamed[0])
+        XtVaSetValues(aNamed[0], XtVaTypedArg, resource.c_str(), XmRString, value.c_str(),
                       static_cast<int>(value.size() + 1), nullptr);
+    XtFree(reinterpret_cast<char *>(aNamed));
 }
 
 void BxSetValuesCB(Widget widget, XtPointer text, XtPointer)

@@ -66,8 +66,10 @@ void OV_instMaintenanceMapCB(Widget widget, XtPointer, XtPointer)
 
     XtUnmanageChild(XmMessageBoxGetChild(widget, XmDIALOG_OK_BUTTON));
     XtUnmanageChild(XmMessageBoxGetChild(widget, XmDIALOG_HELP_BUTTON));
-    OV_makeAllWidgetSameMaxWidth(addRemove, OV_instFindWidget(widget, "pbMaintenanceRemoveall"),
-                                 nullptr);
+    Widget removeAll = OV_instFindWidget(widget, "pbMaintenanceRemoveall");
+    OV_makeAllWidgetSameMaxWidth(addRemove, removeAll, nullptr);
+    for (Widget button : {addRemove, removeAll}) /* whatever size the window gets */
+        XtVaSetValues(button, XmNrecomputeSize, False, nullptr);
     OV_instSetWindowTitle(widget);
     /* Where it is insensitive the keyboard starts at the button that leaves, not at the one that
      * removes everything. */

@@ -2,7 +2,6 @@
 
 #include <Xm/RowColumn.h>
 #include <cctype>
-#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -25,9 +24,11 @@ static XmString newDirection(bool bRightToLeft)
                                                 : XmSTRING_DIRECTION_L_TO_R);
 }
 
-/* Appends a text line by line, pText being changed on the way. */
+/* Appends a text line by line, pText being changed on the way. Fonts have no glyph for a tab. */
 static XmString appendLines(XmString made, char *pText, const char *pTag)
 {
+    for (char *pTab = pText; pTab && (pTab = strchr(pTab, '\t'));)
+        *pTab = ' ';
     for (char *pLine = pText; pLine;) {
         char *pBreak = strchr(pLine, '\n');
         if (pBreak)
@@ -319,18 +320,14 @@ double *DOUBLE(double value)
 
 int atoui(const char *pText, unsigned int iLength, unsigned int *piValue)
 {
-    uint64_t ulValue = 0;
+    unsigned int iValue = 0;
 
     for (unsigned int i = 0; i < iLength; i++) {
         if (!isdigit(static_cast<unsigned char>(pText[i])))
             return 0;
-        ulValue = ulValue * 10 + static_cast<unsigned>(pText[i] - '0');
-        if (ulValue > UINT_MAX)
-            return 0;
+        iValue = iValue * 10 + static_cast<unsigned int>(pText[i] - '0');
     }
-    if (iLength == 0)
-        return 0;
-    *piValue = static_cast<unsigned int>(ulValue);
+    *piValue = iValue;
     return 1;
 }
 

@@ -67,8 +67,8 @@ WidgetList BxWidgetIdsFromNames(Widget widget, const char *pCallerName, const ch
 float *SINGLE(float value);
 double *DOUBLE(double value);
 
-/* Reads exactly iLength decimal digits: 1 and the value, or 0 with *piValue untouched when there
- * are fewer or the number does not fit. */
+/* Reads exactly iLength decimal digits: 1 and the value, of which 32 bits are kept, or 0 with
+ * *piValue untouched when something else stands among them. */
 int atoui(const char *pText, unsigned int iLength, unsigned int *piValue);
 
 /* Merges a database into the display's without overriding anything, and uses it up. */
