@@ -76,5 +76,5 @@ TEST_F(Archive, NamedFilesBecomeWritableWhereTheRunStarted)
               "extracting it from \"M/t\"\n",
               runLines("Untar 't' 1 'ro' 1 'unknown' 1 '/proc/self/limits' 1"));
     EXPECT_EQ(0651u, modeOf("@/cwd/ro"));
-    EXPECT_EQ(0451u, modeOf("D/ro")) << "not where it is unpacked: meant so";
+    EXPECT_EQ(0451u, modeOf("D/ro")) << "not where it is unpacked: tar replaces it there";
 }

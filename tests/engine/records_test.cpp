@@ -43,6 +43,7 @@ TEST(SendUpdate, WritesNoRecordBesidesItsOwn)
     Records pipe;
 
     OV_instSendUpdate(pipe.pStream, "+%zu %s %s\n", static_cast<size_t>(7), "a\n-1 b", "\n\n# c\n");
-    OV_instSendUpdate(pipe.pStream, "-1 of:\n%s %ld %d%s\n", "x%sy", -5000000000L, 3, "");
-    EXPECT_EQ("+7 a?-1 b ??# c?\n-1 of:\nx%sy -5000000000 3\n", pipe.take());
+    OV_instSendUpdate(pipe.pStream, "-1 of:\n%s %ld %lld %d%s\n", "x%sy", -5000000000L,
+                      5000000000LL, 3, "");
+    EXPECT_EQ("+7 a?-1 b ??# c?\n-1 of:\nx%sy -5000000000 5000000000 3\n", pipe.take());
 }

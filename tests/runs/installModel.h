@@ -276,7 +276,7 @@ inline void InstallModel::run(const ModelMarks &marks, int iConfig, bool bRemove
                 continue;
             if ((marks.suites.count(iId) > 0) == bRemoving && bSelected != bRemoving)
                 runSuite(*this, product.suites.at(iId), &spared, bRemoving);
-            if (bSelected) /* in both parts: meant so */
+            if (bSelected) /* in both parts: the driver records in each */
                 for (int iPackage : product.suites.at(iId))
                     tree[s_history] += recordOf(iPackage);
         }

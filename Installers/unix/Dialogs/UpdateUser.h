@@ -1,6 +1,5 @@
 /* Setting up a user's account for the installed application: the dialog that picks the user and
- * puts the application's environment file into his home. No button
- * reaches it today. */
+ * puts the application's environment file into his home. No button reaches it today. */
 #ifndef OVINST_DIALOGS2_UPDATEUSER_H
 #define OVINST_DIALOGS2_UPDATEUSER_H
 

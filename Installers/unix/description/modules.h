@@ -8,8 +8,8 @@
 char *OV_instModulePath(const char *pDirectory, const char *pModule);
 
 /* Loads the module of every Function operation for a moment and looks for what setup needs in it.
- * 0 when all are usable, 100 otherwise (told in message boxes); a module that cannot be loaded ends
- * the check. */
+ * 0 when all are usable, 100 otherwise, which is told; a module that cannot be loaded ends the
+ * check. */
 int validateModule(_OV_instCDinst *pRoot);
 
 #endif

@@ -17,7 +17,7 @@ void tellNoMemory();
 bool isWhiteOrCommentLine(const char *pLine);
 
 /* True when pWord is in the null-terminated list; false for a null word, true for a null or empty
- * list. */
+ * list. Nothing calls it today. */
 bool checkToken(const char *pWord, const char *const *apKeywords, int bCaseSensitive);
 
 /* The next run of letters, digits, "-" and "_", whatever stands before it being skipped. Null at
@@ -38,7 +38,7 @@ char *getQuotedString(const char *pText, const char **ppCursor);
 
 /* The next number (strtol, base 0, from the next digit on); 0 when there is none. The cursor moves
  * past the decimal digits only. scanInteger is the same but returns -1 when the number is out of
- * strtol's range, else 0 with the value in *plValue. */
+ * strtol's range, else 0 with the value in *plValue. Nothing calls the former today. */
 int64_t getInteger(const char *pText, const char **ppCursor);
 int scanInteger(const char *pText, const char **ppCursor, int64_t *plValue);
 

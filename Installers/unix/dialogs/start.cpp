@@ -47,7 +47,7 @@ static void setHelpDirectory()
     OwnedText path(OV_instBuildPath(OV_instGetSourceDirectory(), "Setup/Help/", nullptr));
 
     if (!path)
-        stop("Error during help initilization"); /* the misspelling stays */
+        stop("Error during help initilization"); /* who drives dialogs knows it so */
     OV_instSetHelpDirectory(path.get());
 }
 

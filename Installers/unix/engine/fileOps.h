@@ -29,7 +29,8 @@ int OVinstDeleteFile(const char *pPath, FILE *pStream, int64_t lSize);
 /* Whether pPath is the destination's "setup", as of the first call. */
 bool IsSetupExe(const char *pPath);
 
-/* The size of the file itself, not of what a link names; 0 when it cannot be examined. */
+/* The size of the file itself, not of what a link names; 0 when it cannot be examined. Nothing
+ * calls it today. */
 int32_t OVinstGetFileSize(const char *pPath);
 
 /* Opens a file of the medium for reading, asking for other media while it cannot be opened (the

@@ -234,7 +234,7 @@ void OV_instChildHandler(int iSignal)
 /* Shows the status until the child is done, and waits for it. */
 static void followOnStatusLine(OwnedFd *pFromChild, pid_t iChild)
 {
-    int bGone = OV_instReadRecords(pFromChild->iFd, GetProgressBarTotalSize(), iChild);
+    bool bGone = OV_instReadRecords(pFromChild->iFd, GetProgressBarTotalSize(), iChild);
 
     pFromChild->reset(-1); /* first: a child that is still writing must not wait for us */
     while (!bGone && waitpid(iChild, nullptr, 0) < 0 && errno == EINTR)

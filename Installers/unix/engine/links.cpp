@@ -104,7 +104,7 @@ static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *p
     OwnedFd parent(openLinkParent(pDirectory, pName, &pPath, &pLast));
     OwnedText path(pPath);
     if (parent.iFd < 0) {
-        /* The decompression's message: shared on purpose. */
+        /* The decompression's message: who looks for it knows it so. */
         OV_instSendUpdate(pStream, "-1 Uncompress can't create destination directory for:\n%s\n",
                           pName);
         return 1;

@@ -6,11 +6,11 @@
 #include <cstring>
 #include <sys/types.h>
 
-#include "ut/OVinstLogfile.h"
-
 /* A text within a record: a line end in it would begin a record of its own. */
 static void putText(FILE *pStream, const char *pText)
 {
+    if (!pText)
+        pText = "(null)";
     for (size_t iLength; *pText; pText += iLength) {
         iLength = strcspn(pText, "\n");
         (void)fwrite(pText, 1, iLength, pStream);
@@ -25,10 +25,12 @@ static void putText(FILE *pStream, const char *pText)
 static const char *putDirective(FILE *pStream, const char *pFormat, va_list *pArgs)
 {
     const char *pEnd = pFormat + 1 + strspn(pFormat + 1, "zl");
-    bool bLong = pEnd[-1] == 'l';
+    const bool bLong = pEnd[-1] == 'l';
 
     if (*pEnd == 's')
         putText(pStream, va_arg(*pArgs, const char *));
+    else if (*pEnd == 'd' && bLong && pEnd[-2] == 'l')
+        fprintf(pStream, "%lld", va_arg(*pArgs, long long));
     else if (*pEnd == 'd' && bLong)
         fprintf(pStream, "%ld", va_arg(*pArgs, long));
     else if (*pEnd == 'd' && pEnd[-1] == 'z')
@@ -56,12 +58,6 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     }
     va_end(args);
     (void)fflush(pStream);
-}
-
-void OV_instLogEnd(bool bFailed)
-{
-    (void)OV_instUpdateLogfile(bFailed ? "Error during the installation\n" /* the log is optional */
-                                       : "Installation Completed\n");
 }
 
 OV_RecordSplitter OV_instNewSplitter(size_t iLimit)

@@ -20,15 +20,11 @@
 #define OV_RECORD_LOG "#Log:" /* a prefix; the rest of the line goes into the setup log */
 
 /* Formats into the pipe stream and flushes it, so that the reader sees every record at once and
- * in order. The directives are %s, %d, %ld, %zd and %zu; a line end within a text becomes "?",
- * since nothing of the medium's or the user's may look like a record. Nothing for a null stream or
- * format. */
+ * in order. The directives are %s (null gives "(null)"), %d, %ld, %lld, %zd and %zu; a line end
+ * within a text becomes "?", since nothing of the medium's or the user's may look like a record.
+ * Nothing for a null stream or format. */
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     __attribute__((format(printf, 2, 3)));
-
-/* The log's last line of a run. Written by the reading side at the last record, behind whatever the
- * records before it have put into the log. */
-void OV_instLogEnd(bool bFailed);
 
 /* Bytes on their way to becoming lines. Of a line longer than iLimit the beginning is handed out
  * and the rest passed over. */

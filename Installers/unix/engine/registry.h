@@ -17,11 +17,11 @@ int OV_instRegData(const char *pDest, const char *pRootKey, const char *pKeyName
 int OV_instSelfReg(const char *pCommonDest, const char *pDest, const char *pModule, FILE *pStream,
                    int iPass);
 
-/* Makes the registry file below pDest readable by all. Spelt so on purpose. */
+/* Makes the registry file below pDest readable by all. Misspelt: its callers know it so. */
 void OV_instChangeResgitryPermission(const char *pDest);
 
 /* The value of OV_LOCATION, that directory created when absent; null, told on standard output,
- * when the variable is not set. */
+ * when the variable is not set. Nothing calls it today. */
 const char *OV_instGetOVLocation();
 
 #endif

@@ -30,7 +30,8 @@ int OV_instSetSizes(_OV_instCDinst *pRoot);
 void OV_instResetPackagePasses(_OV_InstPackageNode *pPackages);
 
 /* What the selection beneath pConfig needs, less what it frees (with iAbsolute: plus). -1 without
- * packages or configuration, and for writing without destination. */
+ * packages or configuration, and for writing without destination. Nothing calls the former today.
+ */
 int64_t OV_instGetReadSize(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iAbsolute);
 int64_t OV_instGetWriteSize(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iAbsolute);
 

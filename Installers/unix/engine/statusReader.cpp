@@ -112,7 +112,7 @@ static void tellUnfinished()
     (void)OV_instUpdateLogfile("%s", s_caText); /* the log is optional */
 }
 
-int OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild)
+bool OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild)
 {
     OV_RecordSplitter splitter = OV_instNewSplitter(RECORD_LIMIT);
     RunStatus status = {ulTotal, false, false};

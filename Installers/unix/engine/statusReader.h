@@ -12,7 +12,7 @@ void OV_instProcessUpdate(const char *pLine, uint64_t ulTotal);
 
 /* Handles records until the pipe's end. Everything that has arrived is handled before waiting
  * again, so that the status is never late. A child that ends before its completion marker is told
- * on standard error and in the log. 1 when the child has already been waited for, else 0. */
-int OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild);
+ * on standard error and in the log. Whether the child has already been waited for. */
+bool OV_instReadRecords(int iFd, uint64_t ulTotal, pid_t iChild);
 
 #endif

@@ -1,4 +1,5 @@
-/* Where the users' own directories lie: the home directory, or another place that was chosen. */
+/* Where the users' own directories lie: the home directory, or another place that was chosen. No
+ * button reaches it today: only carrying over preferences and the account's dialog ask for it. */
 #ifndef OVINST_ENGINE_USERHOME_H
 #define OVINST_ENGINE_USERHOME_H
 

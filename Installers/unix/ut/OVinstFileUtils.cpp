@@ -49,7 +49,7 @@ char *OV_instBuildPath(const char *pFirst, ...)
     char *pEnd = stpcpy(pPath, pFirst);
     va_start(args, pFirst);
     while (const char *pNext = va_arg(args, const char *)) {
-        if (pEnd == pPath || pEnd[-1] != '/') /* an empty start becomes absolute on purpose */
+        if (pEnd == pPath || pEnd[-1] != '/') /* an empty start is the root: "" and "a" make "/a" */
             *pEnd++ = '/';
         pEnd = stpcpy(pEnd, pNext);
     }

@@ -45,7 +45,8 @@ char *OV_instReadFileContent(const char *pPath);
  * one of exactly n pieces. A zero byte hides the rest of its line. Not reentrant. */
 char *OV_instGetline(FILE *pFile, int *piLine);
 
-/* 1 when the file is empty or its last byte is no newline, else 0. The position is kept. */
+/* 1 when the file is empty or its last byte is no newline, else 0. The position is kept. Nothing
+ * calls it today. */
 int OV_instNeedNewline(FILE *pFile);
 
 /* Cuts pText at every cSeparator into a null-terminated array of new strings, empty pieces

@@ -39,6 +39,13 @@ int OV_instInitLogfileAndTimeStamp(const char *pPath)
     return 0;
 }
 
+void OV_instLogEnd(bool bFailed)
+{
+    /* The log is optional. */
+    (void)OV_instUpdateLogfile("%s", bFailed ? "Error during the installation\n"
+                                             : "Installation Completed\n");
+}
+
 FILE *OV_instOpenLogfile()
 {
     if (!g_caLogName[0])

@@ -15,6 +15,10 @@ int OV_instInitLogfile(const char *pPath);
 /* The same, and writes the time-stamped header of a run. */
 int OV_instInitLogfileAndTimeStamp(const char *pPath);
 
+/* Writes the last line of a run. Whoever reads the run's records does so at the last of them, so
+ * that it stands behind whatever they have put into the log. */
+void OV_instLogEnd(bool bFailed);
+
 /* The log opened for appending, for the caller to close; null when there is no log or it cannot
  * be opened (told on standard error). */
 FILE *OV_instOpenLogfile();

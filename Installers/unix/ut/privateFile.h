@@ -6,9 +6,9 @@
 
 #include <cstdio>
 
-/* The directory for such files, "/usr/tmp" until it is set; null sets that again. The path is
- * copied. OV_instPrivatePath gives the path of a file in it, for the caller to free; null without
- * memory. */
+/* The directory for such files, "/usr/tmp" until it is set, which only tests do; null sets that
+ * again. The path is copied. OV_instPrivatePath gives the path of a file in it, for the caller to
+ * free; null without memory. */
 void OV_instSetPrivateDirectory(const char *pDirectory);
 char *OV_instPrivatePath(const char *pName);
 

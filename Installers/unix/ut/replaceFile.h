@@ -1,5 +1,6 @@
 /* Writing a file anew in a directory that somebody else may write to: as a whole or not at all, and
- * without following what may be planted there. */
+ * without following what may be planted there. No button reaches it today: only the account's
+ * environment file and the tool chest's menus are written so. */
 #ifndef OVINST_UT_REPLACEFILE_H
 #define OVINST_UT_REPLACEFILE_H
 

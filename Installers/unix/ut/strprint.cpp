@@ -31,7 +31,7 @@ struct Pass {
     size_t iSize;
 };
 
-typedef int (*AddDirective)(Pass *pPass, const Directive *pDirective, va_list *pArgs);
+using AddDirective = int (*)(Pass *pPass, const Directive *pDirective, va_list *pArgs);
 
 struct ConversionRow {
     const char *pCharacters;

@@ -17,10 +17,11 @@ struct DynString {
 
 enum StrOper { LENGTH = 0, ALLOC = 1 };
 
-/* One pass over the format. LENGTH counts into pString->len by rules that are uneven on purpose
- * (a %s counts one more than it writes, a %% or a lone trailing % two less); ALLOC writes into
- * pString->str, which holds as many bytes as are really written whatever len says. Expects a
- * LENGTH pass before ALLOC; with len 0 ALLOC hands out a static empty string.
+/* One pass over the format. LENGTH counts into pString->len by uneven rules (a %s counts one more
+ * than it writes, a %% or a lone trailing % two less), by which callers notice the formats that
+ * come to nothing; ALLOC writes into pString->str, which holds as many bytes as are really written
+ * whatever len says. Expects a LENGTH pass before ALLOC; with len 0 ALLOC hands out a static empty
+ * string.
  * Returns 0, or 1 for a null string or format, an unknown pass, a directive that cannot be
  * rendered, or no memory. args is consumed. */
 int get_len_or_allocate(va_list args, const char *pFormat, DynString *pString, StrOper oper);
