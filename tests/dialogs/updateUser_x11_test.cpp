@@ -58,3 +58,15 @@ TEST_F(UpdateUser, NothingIsWrittenThroughPlantedLinks)
         EXPECT_EQ("OV=1\n", got("@/home/KIVO_FILE")) << pTrap;
     }
 }
+
+TEST_F(UpdateUser, AFileOfTwoNamesIsCopiedWithTheModeOfANewOne)
+{
+    const mode_t iMask = umask(027);
+
+    fs::create_hard_link(full("D/KIVO_FILE"), full("D/other"));
+    fs::permissions(full("D/KIVO_FILE"), fs::perms(0666));
+    copy_orvane_file(full("@/home").c_str(), full("D/").c_str(), 4242, 4243);
+    umask(iMask);
+    EXPECT_EQ("OV=1\n", got("@/home/KIVO_FILE"));
+    EXPECT_EQ(fs::perms(0640), fs::status(full("@/home/KIVO_FILE")).permissions());
+}
