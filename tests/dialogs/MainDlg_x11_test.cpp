@@ -50,6 +50,8 @@ TEST_F(MainDlg, HeadingFollowsTheSecondSlotAndAllSlotsCount)
     dialog = show(30);
     EXPECT_EQ("3 P: 100%s safe|", slots(dialog));
     EXPECT_EQ(pOne, label(dialog, "laMainDlg"));
+    aChildren[0] = 99; /* no such configuration */
+    EXPECT_EXIT((void)show(30), testing::ExitedWithCode(1), "^Error: bad configuration file\n$");
 }
 
 TEST_F(MainDlg, PicturesAndTheirFaults)

@@ -71,6 +71,11 @@ TEST_F(ChangeDestination, TakesWhatTheUserChooses)
     }
     EXPECT_FALSE(exists("@/n%s w"));
     EXPECT_EQ(0755u, modeOf("@/n w/x"));
+    fs::current_path(m_scratch / "other/sub"); /* only full paths without a working directory */
+    fs::remove(m_scratch / "other/sub");
+    EXPECT_EQ("Internal error:\n(OV_instChangeDestinationBrowseOkCB) can't get current working "
+              "directory|",
+              browse({">other", "y", ">@/other"}));
 }
 
 TEST_F(ChangeDestination, AnInstallationThatIsDeclinedLeavesNoMarks)
