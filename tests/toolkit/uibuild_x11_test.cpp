@@ -121,7 +121,7 @@ TEST_F(Uibuild, UsersResourcesWin)
         Application user(pLine);
         EXPECT_EQ("L 'Mine'", shownBy(user["pbFolderBrowse"])) << pLine;
     }
-    Application wide("*XmPushButton.marginWidth: 31");
+    Application wide("*marginWidth: 31");
     EXPECT_EQ(31, resourceOf<Dimension>(wide["pbFolderBrowse"], XmNmarginWidth));
     /* what the program's logic rests on is not for resources to say */
     Application user("*autoUnmanage: True");
