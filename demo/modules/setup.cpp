@@ -60,18 +60,24 @@ static const char *orEmpty(const char *pText)
     return pText ? pText : "";
 }
 
-/* A line at once into a stream of setup's, if it is there. */
+/* A line at once into a stream of setup's, if it is there. The format ends it; a line end within,
+ * from the name of a directory, would make what follows it a line, and a record, of its own. */
 static void say(FILE *pStream, const char *pFormat, ...) __attribute__((format(printf, 2, 3)));
 
 static void say(FILE *pStream, const char *pFormat, ...)
 {
-    if (!pStream)
-        return;
+    char *pLine = nullptr;
     va_list args;
+
     va_start(args, pFormat);
-    (void)vfprintf(pStream, pFormat, args); /* a broken pipe and a full log are setup's affair */
+    const int iLength = pStream ? vasprintf(&pLine, pFormat, args) : 0;
     va_end(args);
+    if (iLength <= 0)
+        return;
+    std::replace(pLine, pLine + iLength - 1, '\n', '?');
+    (void)fputs(pLine, pStream); /* a broken pipe and a full log are setup's affair */
     (void)fflush(pStream);
+    free(pLine);
 }
 
 static int32_t fail(const _OV_CustomData *pData, const char *pWhat, const std::string &path)
