@@ -99,6 +99,7 @@ static int copyHeaderValue(const char *pFrom, char *pValue)
 void tellNoMemory()
 {
     fprintf(stderr, "%s\n", "Out of memory");
+    errno = ENOMEM; /* whatever the printing made of it: a list tells its end from this by it */
 }
 
 bool isWhiteOrCommentLine(const char *pLine)
