@@ -37,7 +37,7 @@
     "\"To select all the items, click Select All.\""
 
 /* From the bottom upwards where the list and the description between take what is left over.
- * Rows that fill several lines are not aligned in columns. */
+ * foCustomButtons has nothing in it, but has always been there. */
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {
     {"dsCustomDlg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
@@ -47,9 +47,11 @@ static const OV_WidgetRow s_aRows[] = {
     {"foCustom", "mbCustom", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
     {"laCustom", "foCustom", &xmLabelWidgetClass, UI_TEXT(INSTRUCTION) UI_TOP UI_LEFT},
 
-    {"foCustomButtons", "foCustom", &xmFormWidgetClass, NO_SPACING UI_BOTTOM UI_LEFT UI_RIGHT},
-    {"foCustomSpace", "foCustomButtons", &xmFormWidgetClass,
-     UI_SET("verticalSpacing", "2") UI_TOP UI_LEFT UI_BOTTOM},
+    {"foCustomButtons", "foCustom", &xmFormWidgetClass,
+     UI_SET("height", "1") UI_BOTTOM UI_LEFT UI_RIGHT},
+    {"foCustomSpace", "foCustom", &xmFormWidgetClass,
+     UI_SET("verticalSpacing", "2") UI_LEFT UI_ABOVE("foCustomButtons")
+     UI_SET("bottomOffset", "0")},
     {"laCustomRequired", "foCustomSpace", &xmLabelWidgetClass,
      UI_TEXT("Space required:") UI_TOP UI_LEFT},
     {"laCustomAvailable", "foCustomSpace", &xmLabelWidgetClass,
@@ -58,8 +60,9 @@ static const OV_WidgetRow s_aRows[] = {
      SPACE UI_LEVEL_WITH("laCustomRequired") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
     {"laCustomAvailableValue", "foCustomSpace", &xmLabelWidgetClass,
      SPACE UI_LEVEL_WITH("laCustomAvailable") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
-    {"foCustomComponentCount", "foCustomButtons", &xmFormWidgetClass,
-     UI_SET("verticalSpacing", "2") UI_TOP UI_RIGHT UI_BOTTOM},
+    {"foCustomComponentCount", "foCustom", &xmFormWidgetClass,
+     UI_SET("verticalSpacing", "2") UI_RIGHT UI_ABOVE("foCustomButtons")
+     UI_SET("bottomOffset", "0")},
     {"laCustomRequired1", "foCustomComponentCount", &xmLabelWidgetClass,
      UI_TEXT("Components to Add:") UI_TOP UI_LEFT},
     {"laCustomAvailable1", "foCustomComponentCount", &xmLabelWidgetClass,
@@ -72,7 +75,7 @@ static const OV_WidgetRow s_aRows[] = {
      UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
 
     {"foCustomSelected", "foCustom", &xmFormWidgetClass,
-     NO_SPACING UI_ABOVE("foCustomButtons") UI_LEFT UI_RIGHT},
+     NO_SPACING UI_ABOVE("foCustomSpace") UI_LEFT UI_RIGHT},
     {"laCustomFolder", "foCustomSelected", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Folder for Currently Selected Options:\"") UI_TOP UI_LEFT},
     {"frCustomFolder", "foCustomSelected", &xmFrameWidgetClass,

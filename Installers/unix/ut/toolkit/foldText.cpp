@@ -91,28 +91,10 @@ static size_t fittingLength(const Fold *pFold, std::string line)
     return iFits;
 }
 
-/* Fonts have no glyph for a tab: blanks take their places. A backslash keeps what it makes
- * ordinary, and "\\t" of the notation is a tab, too. */
-static std::string withoutTabs(const char *pText)
-{
-    const bool bCompound = OV_instIsCompoundText(pText);
-    std::string shown;
-
-    for (; *pText; pText++) {
-        const bool bEscape = bCompound && *pText == '\\' && pText[1];
-        if (*pText == '\t' || (bEscape && pText[1] == 't'))
-            shown += ' ';
-        else
-            shown.append(pText, bEscape ? 2 : 1);
-        pText += bEscape;
-    }
-    return shown;
-}
-
 std::string OV_instFoldText(Widget label, const char *pText, int iWidth, const char *pBehind)
 {
     Fold fold = {nullptr, std::max<int>(iWidth, LEAST_WIDTH), pBehind};
-    std::string left(pBehind ? pText : withoutTabs(pText));
+    std::string left(pText);
     std::string folded;
 
     XtVaGetValues(label, XmNrenderTable, &fold.table, nullptr);
@@ -151,7 +133,7 @@ void OV_instSetFoldedLabel(Widget label, const char *pText, int iWidth, const ch
     if (!label || !pText)
         return;
     if (!pBehind && OV_instIsCompoundText(pText))
-        OV_instUpdateLabelString(label, withoutTabs(pText).c_str());
+        OV_instUpdateLabelString(label, pText);
     else
         OV_instSetLiteralLabel(label, OV_instFoldText(label, pText, iWidth, pBehind).c_str());
 }

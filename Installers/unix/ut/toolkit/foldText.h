@@ -8,8 +8,7 @@
 
 /* The text with its lines broken so that none is wider than iWidth pixels in the label's font: at
  * blanks, which the break replaces, or where pBehind is given, behind its characters instead, and
- * within what is too wide without any. A single character may be wider. A tab becomes a blank,
- * unless pBehind is given. */
+ * within what is too wide without any. A single character may be wider. */
 std::string OV_instFoldText(Widget label, const char *pText, int iWidth,
                             const char *pBehind = nullptr);
 

@@ -14,7 +14,7 @@ enum { BAR_GAP = 4 };
 
 /* What a label shows. It is the label's user data. */
 struct Scrolled {
-    Widget bar;
+    Widget bar; /* may be null */
     std::string text;
     const char *pBehind;
     XmString folded; /* the text for its width; null for none yet */
@@ -118,9 +118,14 @@ static int widthOfBar(Widget bar)
     return width + OV_instScaleLength(XtDisplay(bar), BAR_GAP);
 }
 
+static bool isThere(Widget bar)
+{
+    return bar && XtIsManaged(bar);
+}
+
 static void showBar(Widget label, Widget bar, bool bNeeded)
 {
-    if (bNeeded == static_cast<bool>(XtIsManaged(bar)))
+    if (!bar || bNeeded == isThere(bar))
         return;
     if (bNeeded)
         XtManageChild(bar);
@@ -135,20 +140,22 @@ static void layOut(Widget label)
 {
     Scrolled *pScrolled = scrolledOf(label);
     Widget bar = pScrolled->bar;
-    const int iBar = XtIsManaged(bar) ? widthOfBar(bar) : 0;
+    const int iBar = isThere(bar) ? widthOfBar(bar) : 0;
 
     getRoom(label, &pScrolled->iWidth, &pScrolled->iHeight);
     pScrolled->iWidth += iBar;
     const int iRoom = std::max(pScrolled->iHeight, 1);
     int iText = fold(label, pScrolled->iWidth);
-    const bool bNeeded = iText > iRoom;
+    const bool bNeeded = bar && iText > iRoom;
     if (bNeeded)
         iText = fold(label, pScrolled->iWidth - widthOfBar(bar));
     showBar(label, bar, bNeeded);
     const int iAll = std::max(XmStringLineCount(pScrolled->folded), 1);
     pScrolled->iLines = iText > iRoom ? std::max(iAll * iRoom / iText, 1) : iAll;
-    XtVaSetValues(bar, XmNvalue, 0, XmNmaximum, iAll, XmNsliderSize, pScrolled->iLines,
-                  XmNincrement, 1, XmNpageIncrement, std::max(pScrolled->iLines - 1, 1), nullptr);
+    if (bar)
+        XtVaSetValues(bar, XmNvalue, 0, XmNmaximum, iAll, XmNsliderSize, pScrolled->iLines,
+                      XmNincrement, 1, XmNpageIncrement, std::max(pScrolled->iLines - 1, 1),
+                      nullptr);
     showLines(label, 0);
 }
 
@@ -160,7 +167,7 @@ static void resized(Widget label, XtPointer, XEvent *, Boolean *)
     int iHeight = 0;
 
     getRoom(label, &iWidth, &iHeight);
-    if (XtIsManaged(pScrolled->bar))
+    if (isThere(pScrolled->bar))
         iWidth += widthOfBar(pScrolled->bar);
     if (iWidth != pScrolled->iWidth || iHeight != pScrolled->iHeight)
         layOut(label);
@@ -172,18 +179,24 @@ static void forget(Widget label, XtPointer, XtPointer)
     delete scrolledOf(label);
 }
 
+static void useBar(Widget label, Widget bar)
+{
+    XtAddCallback(bar, XmNvalueChangedCallback, scrolled, label);
+    XtAddCallback(bar, XmNdragCallback, scrolled, label);
+    OV_instScrollByWheel(label, bar);
+}
+
 void OV_instSetScrolledLabel(Widget label, Widget bar, const char *pText, const char *pBehind)
 {
-    if (!label || !bar || !pText)
+    if (!label || !pText)
         return;
     if (!scrolledOf(label)) {
         XtVaSetValues(label, XmNuserData, new Scrolled{bar, "", nullptr, nullptr, 0, 0, 0},
                       nullptr);
         XtAddEventHandler(label, StructureNotifyMask, False, resized, nullptr);
         XtAddCallback(label, XmNdestroyCallback, forget, nullptr);
-        XtAddCallback(bar, XmNvalueChangedCallback, scrolled, label);
-        XtAddCallback(bar, XmNdragCallback, scrolled, label);
-        OV_instScrollByWheel(label, bar);
+        if (bar)
+            useBar(label, bar);
     }
     scrolledOf(label)->text = pText;
     scrolledOf(label)->pBehind = pBehind;

@@ -8,7 +8,8 @@
 /* Shows the text from its first line on. The label and a vertical scroll bar are children of a
  * form, the label being attached to its left and to the bar, which is there when it is needed; the
  * label must not follow its text in size (recomputeSize). pBehind says where lines may be broken,
- * as for OV_instFoldText. Nothing for a null widget or text. */
+ * as for OV_instFoldText. Without a bar (null) nothing scrolls. Nothing for a null label or text.
+ */
 void OV_instSetScrolledLabel(Widget label, Widget bar, const char *pText,
                              const char *pBehind = nullptr);
 
