@@ -95,6 +95,124 @@ TEST_F(Custom, ChangeOptionIsForGroups)
     EXPECT_EQ("x P 1.00 MB, o Q 2.00 MB, x R 3.00 MB, o (Group) 0.00 KB, ", list());
 }
 
+/* With pointer and keys: 21 rows in a place for eight, a long name, a long description, and a group
+ * that needs Change Option. */
+struct LongList : Custom {
+    Widget m_dialog = nullptr;
+
+    void prepare() override
+    {
+        std::string ids, rows, about;
+        for (int i = 1; i < 60; i++)
+            about += "sentence number " + std::to_string(i) + ". ";
+        for (int i = 100; i < 120; i++) {
+            ids += " " + std::to_string(i);
+            rows += std::to_string(i) + " Suite 'P' '" + about + "' '' 0\n";
+        }
+        describe("1 MainDlg 'T' 'D' '' 20\n20 CusDlg 'List' '' '' 0" + ids + " 120\n" + rows +
+                 "120 CusDlg 'Group' 'About it' '' 0 121\n"
+                 "121 CusDlg 'Deep' '' '' 0 122\n122 Suite 'Q' '' '' 1\n");
+        char **ppName = &suite("P")->pName;
+        free(*ppName);
+        *ppName = strdup("A suite of a long name that takes a line or two, as the case may be");
+        m_dialog = show(20);
+        pointAt(m_dialog);
+    }
+    Widget find(const char *pName) const { return OV_instFindWidget(m_dialog, pName); }
+    /* The number of the current option, and what has the keyboard. */
+    std::string at() const
+    {
+        Widget focus = XmGetFocusWidget(m_dialog);
+        return std::to_string(OV_instCustomCurrentOption(m_dialog)->iId) + " " +
+               (focus ? XtName(focus) : "nothing");
+    }
+    void pointer(Widget over, const std::string &buttons)
+    {
+        XWarpPointer(XtDisplay(over), None, XtWindow(over), 0, 0, 0, 0, over->core.width - 20,
+                     over->core.height / 2);
+        settle();
+        for (const std::string deed : {"mousedown ", "mouseup "})
+            EXPECT_EQ(0, system(("xdotool " + deed + buttons).c_str()));
+        settle();
+        runFor(s_application, 60);
+    }
+};
+
+TEST_F(LongList, NothingIsCovered)
+{
+    Widget list = find("rcCustomOptions"), row = rows().at(0);
+    const int iSeen = XtParent(list)->core.width;
+    EXPECT_EQ(iSeen, list->core.width);
+    EXPECT_GE(iSeen, list->core.x + row->core.x + row->core.width);
+    for (const char *pPart : {"laCustomItemName", "laCustomItemSize"}) {
+        Widget part = XtNameToWidget(row, pPart);
+        XtWidgetGeometry wanted = {};
+        (void)XtQueryGeometry(part, nullptr, &wanted);
+        EXPECT_LE(wanted.width, part->core.width) << pPart;
+        EXPECT_LE(part->core.x + part->core.width, row->core.width) << pPart;
+    }
+    EXPECT_EQ("Options:", text("laCustomOptions") + text("laCustomOptionsOf"));
+
+    EXPECT_EQ(0u, text("laCustomDescriptionItem").find("sentence number 1.")) << "cut above";
+    key("Tab");
+    EXPECT_EQ("100 sbCustomDescriptionItem", at());
+    std::string read = text("laCustomDescriptionItem");
+    while (read.find("number 59.") == read.npos && read.size() < 10000) {
+        key("Next");
+        read += " " + text("laCustomDescriptionItem");
+    }
+    for (int i = 1; i < 60; i++)
+        EXPECT_NE(read.npos, replaced(read, "\n", " ").find("number " + std::to_string(i) + "."));
+}
+
+TEST_F(LongList, TheCurrentRowFollowsKeysAndPresses)
+{
+    Widget list = find("rcCustomOptions");
+    key("Down Down Up");
+    EXPECT_EQ("101 tbCustomItem", at());
+    for (bool bOver : {false, true}) { /* where the toolkit would scroll by itself */
+        key("Home");
+        XWarpPointer(XtDisplay(list), None, XtWindow(bOver ? XtParent(list) : m_dialog), 0, 0, 0, 0,
+                     5, 5);
+        key("Next");
+        EXPECT_LT("102 tbCustomItem", at()) << bOver;
+        key("Prior");
+        EXPECT_EQ("100 tbCustomItem", at()) << bOver;
+    }
+    const int iTop = list->core.y;
+    pointer(XtParent(list), "5");
+    EXPECT_GT(iTop, list->core.y);
+    EXPECT_EQ("100 tbCustomItem", at()) << "the wheel scrolls";
+    key("End Up");
+    EXPECT_EQ("119 tbCustomItem", at());
+    EXPECT_FALSE(XtIsSensitive(find("pbCustomChangeOption")));
+    Widget name = XtNameToWidget(rows().at(20), "laCustomItemName");
+    ASSERT_FALSE(XtIsSensitive(name));
+    pointer(name, "1");
+    EXPECT_EQ("120 tbCustomItem", at()) << "greyed";
+    EXPECT_EQ("About it", text("laCustomDescriptionItem"));
+}
+
+/* Where Return continues, instead of choosing all once more. */
+TEST_F(LongList, TheListHasTheKeyboardWhateverWasPressed)
+{
+    static int s_iOk;
+    key("End");
+    key("alt+c");
+    EXPECT_EQ("121 tbCustomItem", at());
+    EXPECT_EQ("Options: Group", text("laCustomOptions") + " " + text("laCustomOptionsOf"));
+    key("Return"); /* the way back */
+    EXPECT_EQ("120 tbCustomItem", at());
+    key("Up alt+s");
+    EXPECT_EQ("119 tbCustomItem", at());
+    EXPECT_EQ(1, config(100)->iSelected);
+    XtRemoveAllCallbacks(m_dialog, XmNokCallback);
+    XtAddCallback(
+        m_dialog, XmNokCallback, [](Widget, XtPointer, XtPointer) { s_iOk++; }, nullptr);
+    key("Return");
+    EXPECT_EQ(1, s_iOk);
+}
+
 TEST_F(Custom, CountsInMaintenance)
 {
     describe(s_caList);

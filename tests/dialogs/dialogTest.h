@@ -279,6 +279,20 @@ struct DialogTest : EngineTest {
         settle();
         return bPressed;
     }
+    /* Waits for what the server makes of real keys. */
+    static void key(const std::string &name)
+    {
+        EXPECT_EQ(0, system(("xdotool key " + name).c_str())) << name;
+        settle();
+        runFor(s_application, 60);
+    }
+    /* The keyboard follows the pointer where there is no window manager. */
+    static void pointAt(Widget dialog)
+    {
+        XWarpPointer(XtDisplay(dialog), None, XtWindow(dialog), 0, 0, 0, 0, 3, 3);
+        XSetInputFocus(XtDisplay(dialog), XtWindow(XtParent(dialog)), RevertToParent, CurrentTime);
+        settle();
+    }
     /* What a user sees who does this meanwhile, in texts with "@" for the scratch directory. */
     std::string whileUsed(const Steps &given, const std::function<void()> &work,
                           const char *pBrowser = "fsbChangeDestinationSelection")

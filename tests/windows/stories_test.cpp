@@ -250,7 +250,7 @@ TEST(SmallScreen, AWholeInstallationByTheKeyboardAlone)
         {"dsMainDlg", "small-main", "Tab space", GOES},
         {"dsCustomDlg", "small-custom", "Escape", GOES},
         {"dsMainDlg", "small-main", "Tab space", GOES},
-        {"dsCustomDlg", "small-custom", "Tab Tab Tab space Return", GOES},
+        {"dsCustomDlg", "small-custom", "Down Down space Return", GOES},
         {"dsViewlog", "small-log-dialog", "Tab space", STAYS},
         {"dsLogViewer", "small-log-window", "Return", GOES},
         {"dsViewlog", "small-log-dialog", "Escape", GOES},

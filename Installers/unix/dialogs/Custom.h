@@ -13,9 +13,13 @@ Widget CreatembCustom(Widget parent);
 /* Makes a dialog the one that the routines below fill; CreatembCustom does it. */
 void OV_instCustomUse(Widget dialog);
 
-/* Shows a row for each option of a list, in place of those that were there, and the description of
- * the first. Nothing without a dialog. */
-void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig);
+/* Shows a row for each option of a list, in place of those that were there. The option pCurrent, or
+ * else the first one, gets the keyboard and its description is shown. Nothing without a dialog. */
+void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig,
+                              _OV_InstConfigList *pCurrent);
+
+/* The option whose row is the current one; null for none. */
+_OV_InstConfigList *OV_instCustomCurrentOption(Widget dialog);
 
 /* Fills the dialog that was made last with a list, which becomes the configuration that is shown.
  */

@@ -11,7 +11,6 @@
 #include "dialogs/Maintenance.h"
 #include "dialogs/sequence.h"
 #include "Dialogs/windowTitle.h"
-#include "ut/toolkit/wrappedLabel.h"
 #include "description/configParts.h"
 #include "engine/choices.h"
 #include "dialogs/moveFiles.h"
@@ -22,8 +21,12 @@
 #include "ut/text.h"
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/messageBox.h"
+#include "ut/toolkit/rowList.h"
+#include "ut/toolkit/scrolledLabel.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
+
+enum { MOST_FOLDER_LINES = 3 };
 
 /* The dialog in use, and what was counted. */
 static struct {
@@ -90,24 +93,45 @@ void OV_instCustomUpdateSpaceFields()
 
 /* ---- filling ---- */
 
-/* The counts do not depend on how far the rows are made, so they are taken once, behind them. */
-static void fillOptions(_OV_InstConfigList *pConfig)
+static void showDescription(const char *pText)
 {
-    OV_instCustomFillOptions(s_custom.dialog, pConfig);
+    OV_instSetScrolledLabel(find("laCustomDescriptionItem"), find("sbCustomDescriptionItem"),
+                            pText);
+}
+
+/* The counts do not depend on how far the rows are made, so they are taken once, behind them. */
+static void fillOptions(_OV_InstConfigList *pConfig, _OV_InstConfigList *pCurrent)
+{
+    showDescription("");
+    OV_instCustomFillOptions(s_custom.dialog, pConfig, pCurrent);
     OV_instCustomAddRemoveUpdate(pConfig);
+}
+
+/* The page gets its width from the instruction. */
+static void showFolder(const char *pPath)
+{
+    Widget label = find("laCustomFolderPath");
+    XtWidgetGeometry page = {};
+
+    OV_instSetScrolledLabel(label, find("sbCustomFolder"), pPath, "/");
+    if (XtIsRealized(label))
+        return;
+    (void)XtQueryGeometry(find("laCustom"), nullptr, &page);
+    OV_instSizeScrolledLabel(label, page.width, MOST_FOLDER_LINES);
 }
 
 void OV_instUISetCustomDlg(_OV_InstConfigList *pConfig)
 {
     const char *pRoot = OV_instGetRootDestinationDirectory();
+    _OV_InstConfigList *pLeft = OV_InstGetLastConfig(); /* one of its own on the way back */
 
     OV_instSetLastDlg(pConfig);
     if (!s_custom.dialog)
         return;
-    fillOptions(pConfig);
+    fillOptions(pConfig, pLeft);
     XtUnmanageChild(XmMessageBoxGetChild(s_custom.dialog, XmDIALOG_HELP_BUTTON));
     OV_instUpdateLabelString(XmMessageBoxGetChild(s_custom.dialog, XmDIALOG_OK_BUTTON), "Continue");
-    OV_instSetLiteralLabel(find("laCustomFolderPath"), pRoot ? pRoot : "");
+    showFolder(pRoot ? pRoot : "");
     OV_instCustomUpdateSpaceFields();
 }
 
@@ -120,7 +144,7 @@ void OV_instCustomItemFocusCB(Widget, XtPointer child, XtPointer)
 
     if (!pChild || !change)
         return;
-    OV_instSetWrappedLabel(find("laCustomDescriptionItem"), OV_instGetConfigText(pChild));
+    showDescription(OV_instGetConfigText(pChild));
     XtSetSensitive(change, pChild->iType != OV_CONFIG_SUITE);
     XtRemoveAllCallbacks(change, XmNactivateCallback);
     XtAddCallback(change, XmNactivateCallback, OV_instCustomPBChangeOptionsCB, child);
@@ -161,7 +185,10 @@ void OV_instCustomTBChangeCB(Widget, XtPointer child, XtPointer call)
 
 void OV_instCustomMapCB(Widget widget, XtPointer, XtPointer)
 {
+    Widget rows = OV_instFindWidget(widget, "rcCustomOptions");
+
     OV_instSetWindowTitle(widget);
+    OV_instGoToRow(rows, OV_instCurrentRow(rows));
 }
 
 void OV_instCustomSelectAllCB(Widget, XtPointer, XtPointer)
@@ -171,7 +198,7 @@ void OV_instCustomSelectAllCB(Widget, XtPointer, XtPointer)
     if (!pShown)
         return;
     OV_instMarkAllConfig(pShown, 1);
-    fillOptions(pShown);
+    fillOptions(pShown, OV_instCustomCurrentOption(s_custom.dialog));
     OV_instCustomUpdateSpaceFields();
 }
 

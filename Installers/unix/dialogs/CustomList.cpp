@@ -2,18 +2,21 @@
 
 #include <Xm/Form.h>
 #include <Xm/Label.h>
-#include <Xm/RowColumn.h>
-#include <Xm/ScrolledW.h>
+#include <Xm/MessageB.h>
 #include <Xm/ToggleB.h>
+#include <algorithm>
 
-#include "ut/toolkit/wrappedLabel.h"
 #include "description/configParts.h"
 #include "engine/choices.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
 #include "ut/toolkit/compound.h"
+#include "ut/toolkit/foldText.h"
 #include "ut/toolkit/looks.h"
+#include "ut/toolkit/rowList.h"
+#include "ut/toolkit/scrolledLabel.h"
+#include "ut/toolkit/scrolledView.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
@@ -21,15 +24,10 @@
 enum { ROW_GAP = 10 };
 
 static const char s_caRow[] = "foCustomOptionsItem";
-static const char s_caRowLooks[] = UI_SET("verticalSpacing", "0") UI_SET("horizontalSpacing", "0");
+static const char s_caRowLooks[] = UI_SET("verticalSpacing", "0") UI_SET("horizontalSpacing", "0")
+    UI_SET("shadowThickness", "1") UI_SET("marginWidth", "1") UI_SET("marginHeight", "1");
 
 /* ---- a row ---- */
-
-/* A press anywhere in a row makes it the current one, as its check box does. */
-static void rowPressed(Widget, XtPointer toggle, XEvent *, Boolean *)
-{
-    (void)XmProcessTraversal(static_cast<Widget>(toggle), XmTRAVERSE_CURRENT);
-}
 
 static Widget addToggle(Widget row, _OV_InstConfigList *pChild)
 {
@@ -44,119 +42,134 @@ static Widget addToggle(Widget row, _OV_InstConfigList *pChild)
     return toggle;
 }
 
-static Widget addLabel(Widget row, const char *pName, Widget after, Widget toggle,
-                       const char *pText)
+static Widget addLabel(Widget row, const char *pName)
 {
-    Widget label = XtVaCreateManagedWidget(
-        pName, xmLabelWidgetClass, row, XmNleftAttachment, XmATTACH_WIDGET, XmNleftWidget, after,
-        XmNtopAttachment, XmATTACH_FORM, XmNbottomAttachment, XmATTACH_FORM, nullptr);
-
-    OV_instUpdateLabelString(label, pText);
-    XtAddEventHandler(label, ButtonPressMask, False, rowPressed, toggle);
-    return label;
+    return XtVaCreateManagedWidget(pName, xmLabelWidgetClass, row, XmNtopAttachment, XmATTACH_FORM,
+                                   XmNbottomAttachment, XmATTACH_FORM, nullptr);
 }
 
+/* The size stands at the right edge, and the name between the two. */
 static void addRow(Widget rows, _OV_InstConfigList *pChild)
 {
     char caSize[OV_SIZE_TEXT];
-    Widget row = XtVaCreateWidget(s_caRow, xmFormWidgetClass, rows, nullptr);
+    Widget row = XtVaCreateWidget(s_caRow, xmFormWidgetClass, rows, XmNuserData, pChild, nullptr);
     Widget toggle = addToggle(row, pChild);
-    Widget name = addLabel(row, "laCustomItemName", toggle, toggle, OV_instGetConfigName(pChild));
+    Widget name = addLabel(row, "laCustomItemName");
+    Widget size = addLabel(row, "laCustomItemSize");
 
     diskSpace2String(OV_instGetWriteSize(CDInstPtr, pChild, 0), caSize);
-    Widget size = addLabel(row, "laCustomItemSize", name, toggle, caSize);
-    XtVaSetValues(size, XmNrightAttachment, XmATTACH_FORM, XmNalignment, XmALIGNMENT_END,
-                  XmNleftOffset, OV_instScaleLength(XtDisplay(row), ROW_GAP), nullptr);
+    OV_instUpdateLabelString(size, caSize);
+    XtVaSetValues(size, XmNrightAttachment, XmATTACH_FORM, nullptr);
+    XtVaSetValues(name, XmNleftAttachment, XmATTACH_WIDGET, XmNleftWidget, toggle,
+                  XmNrightAttachment, XmATTACH_WIDGET, XmNrightWidget, size, XmNrightOffset,
+                  OV_instScaleLength(XtDisplay(row), ROW_GAP), nullptr);
     XtSetSensitive(name, OV_instIsAllConfigSelected(pChild, 0) ? True : False);
     XtAddCallback(row, XmNfocusCallback, OV_instCustomItemFocusCB, pChild);
-    XtManageChild(row);
+    OV_instUseRow(row);
 }
 
 /* ---- the list ---- */
 
-static Dimension preferredWidth(Widget row)
+static _OV_InstConfigList *childOf(Widget row)
 {
-    static const char *const s_apParts[] = {"tbCustomItem", "laCustomItemName", "laCustomItemSize"};
-    int iWidth = OV_instScaleLength(XtDisplay(row), 2 * ROW_GAP);
+    _OV_InstConfigList *pChild = nullptr;
 
-    for (const char *pPart : s_apParts) {
-        XtWidgetGeometry wanted = {};
-        (void)XtQueryGeometry(XtNameToWidget(row, pPart), nullptr, &wanted);
-        iWidth += wanted.width;
-    }
-    return static_cast<Dimension>(iWidth);
+    XtVaGetValues(row, XmNuserData, &pChild, nullptr);
+    return pChild;
 }
 
-/* Rows are as wide as what is seen of the list, or as the longest of them: the figures then stand
- * in one column at its right. */
-static void fitRows(Widget rows)
+static int preferredWidth(Widget row, const char *pPart)
 {
-    Dimension width = 0;
+    XtWidgetGeometry wanted = {};
+
+    (void)XtQueryGeometry(XtNameToWidget(row, pPart), nullptr, &wanted);
+    return wanted.width;
+}
+
+/* Names too long for the room between check box and size take more lines. */
+static void foldName(Widget row, int iWidth)
+{
+    Widget name = XtNameToWidget(row, "laCustomItemName");
+
+    iWidth -= preferredWidth(row, "tbCustomItem") + preferredWidth(row, "laCustomItemSize") +
+              OV_instScaleLength(XtDisplay(row), 2 * ROW_GAP); /* its own borders, too */
+    OV_instSetFoldedLabel(name, OV_instGetConfigName(childOf(row)), iWidth);
+}
+
+/* A list within a list says whose parts it has, in one line. */
+static void showTitle(Widget label, int iWidth)
+{
+    const _OV_InstConfigList *pShown = OV_InstGetLastConfig();
+    const bool bNested = pShown && pShown->pParent && pShown->pParent->iType == OV_CONFIG_CUSDLG;
+    const char *pTitle = bNested ? OV_instGetConfigName(pShown) : "";
+
+    if (OV_instIsCompoundText(pTitle))
+        OV_instUpdateLabelString(label, pTitle);
+    else
+        OV_instSetLiteralLabel(label, OV_instCutText(label, pTitle, iWidth).c_str());
+}
+
+static int fitRows(Widget window, int iWidth)
+{
+    Widget rows = nullptr;
+    Widget title = OV_instFindWidget(window, "laCustomOptionsOf");
     Dimension margin = 0;
-    WidgetList aRows = nullptr;
-    Cardinal iRows = 0;
+    Dimension height = 0;
 
-    XtVaGetValues(XtParent(rows), XmNwidth, &width, nullptr);
-    XtVaGetValues(rows, XmNchildren, &aRows, XmNnumChildren, &iRows, nullptr);
-    for (Cardinal i = 0; i < iRows; i++) {
-        Dimension preferred = preferredWidth(aRows[i]);
-        width = preferred > width ? preferred : width;
-    }
+    showTitle(title, iWidth - preferredWidth(XtParent(title), "laCustomOptions"));
+
+    XtVaGetValues(window, XmNworkWindow, &rows, nullptr);
     XtVaGetValues(rows, XmNmarginWidth, &margin, nullptr);
-    width = static_cast<Dimension>(width > 2 * margin ? width - 2 * margin : 1);
-    for (Cardinal i = 0; i < iRows; i++)
-        XtVaSetValues(aRows[i], XmNwidth, width, nullptr);
+    iWidth = std::max(iWidth - 2 * margin, 1);
+    for (Widget row : OV_instRows(rows)) {
+        foldName(row, iWidth);
+        XtVaSetValues(row, XmNwidth, static_cast<Dimension>(iWidth), nullptr);
+    }
+    XtVaGetValues(rows, XmNheight, &height, nullptr);
+    return height;
 }
 
-static void listResized(Widget, XtPointer rows, XEvent *, Boolean *)
+/* They are managed all at once: laying the list out takes its time. */
+static void showRows(Widget rows)
 {
-    fitRows(static_cast<Widget>(rows));
+    std::vector<Widget> all = OV_instRows(rows);
+    Widget clip = XtParent(rows);
+
+    XtManageChildren(all.data(), static_cast<Cardinal>(all.size()));
+    OV_instFitView(XtParent(clip), fitRows);
 }
 
-/* The keyboard reaches the rows that are out of sight as well. */
-static void showObscured(Widget window, XtPointer, XtPointer call)
+/* Without rows, a button that is about to go must not hand the keyboard to another. */
+static void goToChild(Widget dialog, Widget rows, _OV_InstConfigList *pChild)
 {
-    const auto *pCall = static_cast<const XmTraverseObscuredCallbackStruct *>(call);
+    const std::vector<Widget> all = OV_instRows(rows);
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](Widget row) { return childOf(row) == pChild; });
 
-    XmScrollVisible(window, pCall->traversal_destination, 0, 0);
+    if (all.empty())
+        (void)XmProcessTraversal(XmMessageBoxGetChild(dialog, XmDIALOG_OK_BUTTON),
+                                 XmTRAVERSE_CURRENT);
+    if (found != all.end())
+        OV_instCustomItemFocusCB(rows, pChild, nullptr);
+    OV_instGoToRow(rows, found == all.end() ? 0 : static_cast<int>(found - all.begin()));
 }
 
-static void clearRows(Widget rows)
-{
-    WidgetList aRows = nullptr;
-    Cardinal iRows = 0;
-
-    XtVaGetValues(rows, XmNchildren, &aRows, XmNnumChildren, &iRows, nullptr);
-    XtUnmanageChildren(aRows, iRows);
-    for (Cardinal i = iRows; i-- > 0;) /* within a callback they stay among the children for now */
-        XtDestroyWidget(aRows[i]);
-}
-
-/* Once for each dialog: the toolkit's own clip window is not there before. */
-static void watchList(Widget window, Widget rows)
-{
-    if (XtHasCallbacks(window, XmNtraverseObscuredCallback) == XtCallbackHasSome)
-        return;
-    XtAddCallback(window, XmNtraverseObscuredCallback, showObscured, nullptr);
-    XtAddEventHandler(XtParent(rows), StructureNotifyMask, False, listResized, rows);
-}
-
-void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
+_OV_InstConfigList *OV_instCustomCurrentOption(Widget dialog)
 {
     Widget rows = OV_instFindWidget(dialog, "rcCustomOptions");
-    Widget change = OV_instFindWidget(dialog, "pbCustomChangeOption");
+    const int iRow = rows ? OV_instCurrentRow(rows) : -1;
+
+    return iRow < 0 ? nullptr : childOf(OV_instRows(rows)[static_cast<size_t>(iRow)]);
+}
+
+/* A row for each option, and the description of the first. */
+static int addRows(Widget rows, _OV_InstConfigList *pConfig)
+{
     int iMost = 0;
     int iGroups = 0;
     bool bFocused = false;
     const int32_t *aChildren = OV_instGetConfigChildren(pConfig, &iMost);
 
-    if (!rows)
-        return;
-    watchList(OV_instFindWidget(dialog, "swCustomOptions"), rows);
-    clearRows(rows);
-    (void)OV_instAddWidgetLooks(rows, s_caRow, xmFormWidgetClass, s_caRowLooks);
-    OV_instSetWrappedLabel(OV_instFindWidget(dialog, "laCustomDescriptionItem"), "");
-    XtRemoveAllCallbacks(change, XmNactivateCallback); /* of the list before */
     for (int i = 0; i < iMost && aChildren[i] > 0; i++) {
         _OV_InstConfigList *pChild = OV_instGetConfigFromId(CDInstPtr, aChildren[i]);
         if (!pChild)
@@ -164,12 +177,27 @@ void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig)
         OV_instResetPackagePasses(CDInstPtr->pPackageHead);
         if (!OV_instIsHidden(pChild))
             addRow(rows, pChild);
-        if (!bFocused) /* shown or not: authors may hide the option whose text the page begins with
-                        */
+        if (!bFocused) /* shown or not: meant so */
             OV_instCustomItemFocusCB(rows, pChild, nullptr);
         bFocused = true;
         iGroups += pChild->iType == OV_CONFIG_CUSDLG;
     }
+    return iGroups;
+}
+
+void OV_instCustomFillOptions(Widget dialog, _OV_InstConfigList *pConfig,
+                              _OV_InstConfigList *pCurrent)
+{
+    Widget rows = OV_instFindWidget(dialog, "rcCustomOptions");
+    Widget change = OV_instFindWidget(dialog, "pbCustomChangeOption");
+
+    if (!rows)
+        return;
+    OV_instClearRows(rows);
+    (void)OV_instAddWidgetLooks(rows, s_caRow, xmFormWidgetClass, s_caRowLooks);
+    XtRemoveAllCallbacks(change, XmNactivateCallback); /* of the list before */
+    const int iGroups = addRows(rows, pConfig);
+    showRows(rows);
+    goToChild(dialog, rows, pCurrent);
     (iGroups ? XtManageChild : XtUnmanageChild)(change);
-    fitRows(rows);
 }

@@ -7,8 +7,10 @@
 #include <Xm/MessageB.h>
 #include <Xm/PushB.h>
 #include <Xm/RowColumn.h>
+#include <Xm/ScrollBar.h>
 #include <Xm/ScrolledW.h>
 
+#include "ut/toolkit/rowList.h"
 #include "ut/toolkit/uibuild.h"
 #include "ut/toolkit/uiut.h"
 #include "ut/toolkit/widgetTree.h"
@@ -20,6 +22,9 @@
 #define COUNT FIGURE("99999")
 #define SMALL_FRAME UI_SET("marginWidth", "6") UI_SET("marginHeight", "6")
 
+#define BAR                                                                                        \
+    UI_SET("orientation", "VERTICAL")                                                              \
+    UI_SET("width", "12") UI_SET("traversalOn", "True") UI_SET("highlightThickness", "1")
 #define NO_SPACING UI_SET("horizontalSpacing", "0") UI_SET("verticalSpacing", "0")
 #define AT_OPTIONS UI_SET("rightAttachment", "ATTACH_POSITION") UI_SET("rightPosition", "58")
 #define AT_DESCRIPTION                                                                             \
@@ -32,7 +37,7 @@
     "\"To select all the items, click Select All.\""
 
 /* From the bottom upwards where the list and the description between take what is left over.
- * Rows that fill several lines are not aligned in columns. */
+ * foCustomButtons has nothing in it, but has always been there. */
 // clang-format off
 static const OV_WidgetRow s_aRows[] = {
     {"dsCustomDlg", nullptr, &xmDialogShellWidgetClass, UI_SET("title", "ORVANE|Setup")},
@@ -42,9 +47,11 @@ static const OV_WidgetRow s_aRows[] = {
     {"foCustom", "mbCustom", &xmFormWidgetClass, UI_SET("verticalSpacing", "8")},
     {"laCustom", "foCustom", &xmLabelWidgetClass, UI_TEXT(INSTRUCTION) UI_TOP UI_LEFT},
 
-    {"foCustomButtons", "foCustom", &xmFormWidgetClass, NO_SPACING UI_BOTTOM UI_LEFT UI_RIGHT},
-    {"foCustomSpace", "foCustomButtons", &xmFormWidgetClass,
-     UI_SET("verticalSpacing", "2") UI_TOP UI_LEFT UI_BOTTOM},
+    {"foCustomButtons", "foCustom", &xmFormWidgetClass,
+     UI_SET("height", "1") UI_BOTTOM UI_LEFT UI_RIGHT},
+    {"foCustomSpace", "foCustom", &xmFormWidgetClass,
+     UI_SET("verticalSpacing", "2") UI_LEFT UI_ABOVE("foCustomButtons")
+     UI_SET("bottomOffset", "0")},
     {"laCustomRequired", "foCustomSpace", &xmLabelWidgetClass,
      UI_TEXT("Space required:") UI_TOP UI_LEFT},
     {"laCustomAvailable", "foCustomSpace", &xmLabelWidgetClass,
@@ -53,8 +60,9 @@ static const OV_WidgetRow s_aRows[] = {
      SPACE UI_LEVEL_WITH("laCustomRequired") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
     {"laCustomAvailableValue", "foCustomSpace", &xmLabelWidgetClass,
      SPACE UI_LEVEL_WITH("laCustomAvailable") UI_RIGHT_OF("laCustomAvailable") UI_RIGHT},
-    {"foCustomComponentCount", "foCustomButtons", &xmFormWidgetClass,
-     UI_SET("verticalSpacing", "2") UI_TOP UI_RIGHT UI_BOTTOM},
+    {"foCustomComponentCount", "foCustom", &xmFormWidgetClass,
+     UI_SET("verticalSpacing", "2") UI_RIGHT UI_ABOVE("foCustomButtons")
+     UI_SET("bottomOffset", "0")},
     {"laCustomRequired1", "foCustomComponentCount", &xmLabelWidgetClass,
      UI_TEXT("Components to Add:") UI_TOP UI_LEFT},
     {"laCustomAvailable1", "foCustomComponentCount", &xmLabelWidgetClass,
@@ -67,19 +75,24 @@ static const OV_WidgetRow s_aRows[] = {
      UI_RIGHT_OF("laCustomAvailable1") UI_RIGHT},
 
     {"foCustomSelected", "foCustom", &xmFormWidgetClass,
-     NO_SPACING UI_ABOVE("foCustomButtons") UI_LEFT UI_RIGHT},
+     NO_SPACING UI_ABOVE("foCustomSpace") UI_LEFT UI_RIGHT},
     {"laCustomFolder", "foCustomSelected", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Folder for Currently Selected Options:\"") UI_TOP UI_LEFT},
     {"frCustomFolder", "foCustomSelected", &xmFrameWidgetClass,
      SMALL_FRAME UI_BELOW("laCustomFolder") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
     {"foCustomFolder", "frCustomFolder", &xmFormWidgetClass, NO_SPACING},
+    {"sbCustomFolder", "foCustomFolder", &xmScrollBarWidgetClass, BAR UI_TOP UI_RIGHT UI_BOTTOM},
     {"laCustomFolderPath", "foCustomFolder", &xmLabelWidgetClass,
-     UI_TEXT("Destination path") UI_SET("recomputeSize", "False") UI_FILL},
+     UI_TEXT("Destination path") UI_SET("recomputeSize", "False") UI_TOP UI_LEFT
+     UI_LEFT_OF("sbCustomFolder") UI_BOTTOM},
 
     {"foCustomOptions", "foCustom", &xmFormWidgetClass,
      NO_SPACING UI_BELOW("laCustom") UI_ABOVE("foCustomSelected") UI_LEFT AT_OPTIONS},
     {"laCustomOptions", "foCustomOptions", &xmLabelWidgetClass,
      UI_TEXT("#bold\"Options:\"") UI_TOP UI_LEFT},
+    {"laCustomOptionsOf", "foCustomOptions", &xmLabelWidgetClass,
+     UI_TEXT("") UI_SET("recomputeSize", "False") UI_LEVEL_WITH("laCustomOptions")
+     UI_RIGHT_OF("laCustomOptions") UI_RIGHT},
     {"swCustomOptions", "foCustomOptions", &xmScrolledWindowWidgetClass,
      UI_SET("scrollingPolicy", "AUTOMATIC") UI_SET("width", "400") UI_SET("height", "220")
      UI_BELOW("laCustomOptions") UI_SET("topOffset", "4") UI_LEFT UI_RIGHT UI_BOTTOM},
@@ -99,9 +112,12 @@ static const OV_WidgetRow s_aRows[] = {
      UI_TEXT("Select All") UI_LEFT UI_BOTTOM},
     {"pbCustomChangeOption", "foCustomDescriptionItem", &xmPushButtonWidgetClass,
      UI_TEXT("Change Option") UI_RIGHT UI_BOTTOM},
+    {"sbCustomDescriptionItem", "foCustomDescriptionItem", &xmScrollBarWidgetClass,
+     BAR UI_TOP UI_RIGHT UI_ABOVE("pbCustomDescriptionItem")},
     {"laCustomDescriptionItem", "foCustomDescriptionItem", &xmLabelWidgetClass,
-     UI_TEXT("") UI_SET("recomputeSize", "False") UI_SET("width", "250") UI_TOP UI_LEFT UI_RIGHT
-     UI_ABOVE("pbCustomDescriptionItem") UI_SET("alignment", "ALIGNMENT_BEGINNING")},
+     UI_TEXT("") UI_SET("recomputeSize", "False") UI_SET("width", "250") UI_TOP UI_LEFT
+     UI_LEFT_OF("sbCustomDescriptionItem") UI_ABOVE("pbCustomDescriptionItem")
+     UI_SET("alignment", "ALIGNMENT_BEGINNING")},
     {nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on
@@ -125,6 +141,7 @@ Widget CreatembCustom(Widget parent)
     XtUnmanageChild(XmMessageBoxGetChild(dialog, XmDIALOG_SYMBOL_LABEL));
     for (const char *pFigure : s_apFigures)
         OV_instSetLiteralLabel(OV_instFindWidget(dialog, pFigure), "");
+    OV_instUseRowList(OV_instFindWidget(dialog, "rcCustomOptions"));
     OV_instCustomUse(dialog);
     return dialog;
 }

@@ -12,7 +12,7 @@
 #include "ut/toolkit/foldText.h"
 #include "ut/toolkit/looks.h"
 #include "ut/toolkit/widgetTree.h"
-#include "ut/toolkit/wrappedLabel.h"
+#include "ut/toolkit/scrolledLabel.h"
 
 enum { TEXT_WIDTH = 540 };
 
@@ -36,7 +36,7 @@ static void showWarning(Widget label)
 {
     OV_instSetFoldedLabel(label, s_caWarning, OV_instScaleLength(XtDisplay(label), TEXT_WIDTH));
     XtVaSetValues(label, XmNrecomputeSize, False, nullptr);
-    OV_instSetWrappedLabel(label, s_caWarning);
+    OV_instSetScrolledLabel(label, nullptr, s_caWarning);
 }
 
 void OV_instWelcomeMapCB(Widget widget, XtPointer, XtPointer)

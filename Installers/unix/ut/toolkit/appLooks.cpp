@@ -18,6 +18,14 @@
 #define BAR "#2f6fb2" /* dark enough for light text on it */
 #define PALE_ACCENT "#d6e6f3"
 
+/* Tab stops at every button, and the arrows go from one to the next. */
+#define ARROWS(traversal)                                                                          \
+    "#override\n<Key>osfLeft: " traversal "PrevTabGroup()\n<Key>osfUp: " traversal                 \
+    "PrevTabGroup()\n<Key>osfRight: " traversal "NextTabGroup()\n<Key>osfDown: " traversal         \
+    "NextTabGroup()\n"
+#define BUTTON_KEYS ARROWS("Primitive")
+#define BOX_KEYS ARROWS("ManagerGadget")
+
 static const OV_LookRow s_aLooks[] = {
     {"*background",                                      WINDOW               },
     {"*foreground",                                      INK                  },
@@ -32,6 +40,12 @@ static const OV_LookRow s_aLooks[] = {
     {"*XmLabel.highlightThickness",                      "0"                  },
     {"*XmLabelGadget.highlightThickness",                "0"                  },
     {"*XmLabel.alignment",                               "ALIGNMENT_BEGINNING"},
+
+    {"*XmPushButton.navigationType",                     "TAB_GROUP"          },
+    {"*XmPushButtonGadget.navigationType",               "TAB_GROUP"          },
+    {"*XmPushButton.translations",                       BUTTON_KEYS          },
+    {"*XmMessageBox.translations",                       BOX_KEYS             },
+    {"*XmFileSelectionBox.translations",                 BOX_KEYS             },
 
     {"*XmPushButton.background",                         BUTTON               },
     {"*XmPushButton.armColor",                           PALE_ACCENT          },

@@ -12,6 +12,7 @@
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/looks.h"
 #include "ut/toolkit/pressButton.h"
+#include "ut/toolkit/rowList.h"
 
 static const char s_caClass[] = "ORVANE Setup";
 
@@ -49,6 +50,7 @@ Widget OV_instOpenApplication(int *piArgc, char **apArgv)
     OV_instAddFonts(shell);
     RegisterBxConverters(app);
     OV_instAddPressAction(app);
+    OV_instAddListAction(app);
     XmRepTypeInstallTearOffModelConverter();
     return shell;
 }

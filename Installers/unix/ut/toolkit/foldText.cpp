@@ -1,6 +1,7 @@
 #include "ut/toolkit/foldText.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include <Xm/Xm.h>
@@ -18,13 +19,18 @@ struct Fold {
     const char *pBehind; /* null: at blanks */
 };
 
-static bool fits(const Fold *pFold, const std::string &line)
+static int widthOf(const Fold *pFold, const std::string &line)
 {
     XmString drawn = OV_instLiteralXmString(line.c_str());
     const int iWidth = XmStringWidth(pFold->table, drawn);
 
     XmStringFree(drawn);
-    return iWidth <= pFold->iWidth;
+    return iWidth;
+}
+
+static bool fits(const Fold *pFold, const std::string &line)
+{
+    return widthOf(pFold, line) <= pFold->iWidth;
 }
 
 /* The start of the character that a place is within; the place itself in what is no text. */
@@ -105,12 +111,29 @@ std::string OV_instFoldText(Widget label, const char *pText, int iWidth, const c
     return folded + left;
 }
 
-void OV_instSetFoldedLabel(Widget label, const char *pText, int iWidth)
+std::string OV_instCutText(Widget label, const char *pText, int iWidth)
+{
+    static const char s_caMore[] = "...";
+    const std::string whole = OV_instFoldText(label, pText, iWidth);
+
+    if (whole.find('\n') == std::string::npos)
+        return whole;
+    /* As much of it as there is room for beside what says that there is more. */
+    Fold fold = {nullptr, std::max<int>(iWidth, LEAST_WIDTH), nullptr};
+    std::string line(pText, strcspn(pText, "\n"));
+    XtVaGetValues(label, XmNrenderTable, &fold.table, nullptr);
+    fold.iWidth -= widthOf(&fold, s_caMore);
+    if (!fits(&fold, line))
+        line.resize(brokenLength(&fold, line));
+    return line + s_caMore;
+}
+
+void OV_instSetFoldedLabel(Widget label, const char *pText, int iWidth, const char *pBehind)
 {
     if (!label || !pText)
         return;
-    if (OV_instIsCompoundText(pText))
+    if (!pBehind && OV_instIsCompoundText(pText))
         OV_instUpdateLabelString(label, pText);
     else
-        OV_instSetLiteralLabel(label, OV_instFoldText(label, pText, iWidth).c_str());
+        OV_instSetLiteralLabel(label, OV_instFoldText(label, pText, iWidth, pBehind).c_str());
 }

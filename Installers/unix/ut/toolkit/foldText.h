@@ -12,8 +12,12 @@
 std::string OV_instFoldText(Widget label, const char *pText, int iWidth,
                             const char *pBehind = nullptr);
 
-/* Shows the text in a label, with lines of at most iWidth pixels broken at blanks. Nothing for a
- * null label or text. */
-void OV_instSetFoldedLabel(Widget label, const char *pText, int iWidth);
+/* The text in one line of that width, with "..." for what is left out. */
+std::string OV_instCutText(Widget label, const char *pText, int iWidth);
+
+/* Shows the text in a label, with lines of at most iWidth pixels; where pBehind is given, the text
+ * is taken literally. Nothing for a null label or text. */
+void OV_instSetFoldedLabel(Widget label, const char *pText, int iWidth,
+                           const char *pBehind = nullptr);
 
 #endif
