@@ -161,7 +161,7 @@ struct Module : testing::Test {
     Module() { fs::create_directories(dest + "Data/Cache"); }
     ~Module() override { dlclose(pModule); }
 
-    int32_t reserve(OV_InstMode mode)
+    int32_t reserve(OV_InstMode mode, const char *pData = "20000 Data/Cache/scene.cache")
     {
         auto reserveCache = reinterpret_cast<OV_CustomFunction>(dlsym(pModule, "reserveCache"));
         _OV_CustomData data = {};
@@ -169,7 +169,7 @@ struct Module : testing::Test {
         data.fpUpdate = records.pStream;
         data.pRootDest = root.c_str();
         data.pDest = dest.c_str();
-        data.pData = "20000 Data/Cache/scene.cache";
+        data.pData = pData;
         data.iDelete = mode;
         data.ovPass = OV_CUSTOM_INIT;
         return reserveCache(nullptr, &data);
@@ -187,6 +187,8 @@ TEST_F(Module, ReplacesAndRemovesItsOwnFile)
     records.take();
     EXPECT_EQ(OV_INST_NO_ERROR, reserve(OV_INST_DELETE_MODE)); /* somebody was quicker */
     EXPECT_EQ("+20000 " + cache + "\n", records.take());
+    EXPECT_EQ(OV_INST_NO_ERROR, reserve(OV_INST_DELETE_MODE, "20000 a\n-1 abort"));
+    EXPECT_EQ("+20000 " + dest + "a?-1 abort\n", records.take()); /* one record */
 }
 
 TEST_F(Module, LeavesWhatItHasNotMade)
