@@ -127,21 +127,22 @@ static int topOf(Widget row)
 /* The row that a key leads to: of pages the last whose beginning is within one, but another one. */
 static int target(Widget rows, const std::vector<Widget> &all, const Way *pWay)
 {
-    const int iCurrent = OV_instCurrentRow(rows);
     const int iLast = static_cast<int>(all.size()) - 1;
     const int iStep = pWay->iRows + pWay->iPages;
-    int iRow = iCurrent + iStep;
+    const int iFrom = std::max(OV_instCurrentRow(rows), 0);
+    const int iPage = pWay->iPages ? OV_instViewHeight(windowOf(rows)) : 0;
+    const int iTop = topOf(all[static_cast<size_t>(iFrom)]);
+    int iTo = std::max(0, std::min(iFrom + iStep, iLast));
 
     if (pWay->iEnd)
         return pWay->iEnd < 0 ? 0 : iLast;
-    if (pWay->iPages && iCurrent >= 0) {
-        const int iPage = OV_instViewHeight(windowOf(rows));
-        const int iFrom = topOf(all[static_cast<size_t>(iCurrent)]);
-        while (iRow + iStep >= 0 && iRow + iStep <= iLast &&
-               std::abs(topOf(all[static_cast<size_t>(iRow + iStep)]) - iFrom) < iPage)
-            iRow += iStep;
+    for (int iNext = iTo + iStep; iPage && iNext >= 0 && iNext <= iLast; iNext += iStep) {
+        const auto iAt = static_cast<size_t>(iNext);
+        if (std::abs(topOf(all[iAt]) - iTop) >= iPage)
+            break;
+        iTo = iNext;
     }
-    return std::max(0, std::min(iRow, iLast));
+    return iTo;
 }
 
 static void go(Widget box, XEvent *, String *apWords, Cardinal *piWords)

@@ -173,10 +173,12 @@ static void resized(Widget label, XtPointer, XEvent *, Boolean *)
         layOut(label);
 }
 
-static void forget(Widget label, XtPointer, XtPointer)
+static void forget(Widget, XtPointer client, XtPointer)
 {
-    XmStringFree(scrolledOf(label)->folded);
-    delete scrolledOf(label);
+    auto *pScrolled = static_cast<Scrolled *>(client);
+
+    XmStringFree(pScrolled->folded);
+    delete pScrolled;
 }
 
 static void useBar(Widget label, Widget bar)
@@ -191,10 +193,10 @@ void OV_instSetScrolledLabel(Widget label, Widget bar, const char *pText, const 
     if (!label || !pText)
         return;
     if (!scrolledOf(label)) {
-        XtVaSetValues(label, XmNuserData, new Scrolled{bar, "", nullptr, nullptr, 0, 0, 0},
-                      nullptr);
+        auto *pScrolled = new Scrolled{bar, "", nullptr, nullptr, 0, 0, 0};
+        XtVaSetValues(label, XmNuserData, pScrolled, nullptr);
         XtAddEventHandler(label, StructureNotifyMask, False, resized, nullptr);
-        XtAddCallback(label, XmNdestroyCallback, forget, nullptr);
+        XtAddCallback(label, XmNdestroyCallback, forget, pScrolled);
         if (bar)
             useBar(label, bar);
     }
