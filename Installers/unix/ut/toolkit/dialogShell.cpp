@@ -61,14 +61,6 @@ static int scrollingHeight(Widget widget)
     return iMost;
 }
 
-static int widgetSize(Widget widget, const char *pResource)
-{
-    Dimension size = 0;
-
-    XtVaGetValues(widget, pResource, &size, nullptr);
-    return size;
-}
-
 /* What a dialog is when it appears holds all of it. In height only what scrolls can do with less:
  * the width is that of texts, which nothing breaks anew. */
 static void limitSize(Widget shell)
@@ -86,8 +78,8 @@ static void limitSize(Widget shell)
     for (Cardinal i = 0; i < iChildren; i++)
         iScrolling = std::max(iScrolling, scrollingHeight(aChildren[i]));
     const int iSpared = iScrolling - OV_instScaleLength(XtDisplay(shell), LEAST_SCROLLING);
-    iLeastWidth = widgetSize(shell, XmNwidth);
-    iLeastHeight = widgetSize(shell, XmNheight) - std::max(iSpared, 0);
+    iLeastWidth = OV_instGetDimension(shell, XmNwidth);
+    iLeastHeight = OV_instGetDimension(shell, XmNheight) - std::max(iSpared, 0);
     XtVaSetValues(shell, XmNminWidth, std::min(iLeastWidth, WidthOfScreen(XtScreen(shell))),
                   XmNminHeight, std::min(iLeastHeight, HeightOfScreen(XtScreen(shell))), nullptr);
 }

@@ -9,6 +9,7 @@
 #include "ut/toolkit/foldText.h"
 #include "ut/toolkit/looks.h"
 #include "ut/toolkit/scrolledView.h"
+#include "ut/toolkit/widgetTree.h"
 
 enum { BAR_GAP = 4 };
 
@@ -34,16 +35,12 @@ static Scrolled *scrolledOf(Widget label)
 /* The label's size without its borders. */
 static void getRoom(Widget label, int *piWidth, int *piHeight)
 {
-    Dimension width = 0;
-    Dimension height = 0;
-    Dimension marginWidth = 0;
-    Dimension marginHeight = 0;
-    Dimension border = 0;
+    const int iBorder = OV_instGetDimension(label, XmNhighlightThickness);
 
-    XtVaGetValues(label, XmNwidth, &width, XmNheight, &height, XmNmarginWidth, &marginWidth,
-                  XmNmarginHeight, &marginHeight, XmNhighlightThickness, &border, nullptr);
-    *piWidth = width - 2 * (marginWidth + border);
-    *piHeight = height - 2 * (marginHeight + border);
+    *piWidth = OV_instGetDimension(label, XmNwidth) -
+               2 * (OV_instGetDimension(label, XmNmarginWidth) + iBorder);
+    *piHeight = OV_instGetDimension(label, XmNheight) -
+                2 * (OV_instGetDimension(label, XmNmarginHeight) + iBorder);
 }
 
 static int heightOf(Widget label, XmString text)

@@ -5,23 +5,17 @@
 #include <Xm/ScrollBar.h>
 #include <Xm/ScrolledW.h>
 
+#include "ut/toolkit/widgetTree.h"
+
 enum { WHEEL_UP = Button4, WHEEL_DOWN = Button5, WHEEL_STEPS = 3 };
 
 /* A window whose contents are kept fitted. */
 struct View {
     Widget window;
     OV_FitContents fpFit;
-    Dimension width; /* that they were fitted for */
-    Dimension height;
+    int iWidth; /* that they were fitted for */
+    int iHeight;
 };
-
-static Dimension dimensionOf(Widget widget, const char *pResource)
-{
-    Dimension value = 0;
-
-    XtVaGetValues(widget, pResource, &value, nullptr);
-    return value;
-}
 
 static Widget barOf(Widget window)
 {
@@ -33,25 +27,25 @@ static Widget barOf(Widget window)
 
 static int borderOf(Widget window)
 {
-    return 2 * dimensionOf(window, XmNshadowThickness);
+    return 2 * OV_instGetDimension(window, XmNshadowThickness);
 }
 
 /* What the contents may take without a bar below them. */
 static int viewWidth(Widget window, bool bWithBar)
 {
     Widget bar = barOf(window);
-    int iWidth = dimensionOf(window, XmNwidth) - borderOf(window) -
-                 2 * dimensionOf(window, XmNscrolledWindowMarginWidth);
+    int iWidth = OV_instGetDimension(window, XmNwidth) - borderOf(window) -
+                 2 * OV_instGetDimension(window, XmNscrolledWindowMarginWidth);
 
     if (bWithBar && bar)
-        iWidth -= dimensionOf(bar, XmNwidth) + dimensionOf(window, XmNspacing);
+        iWidth -= OV_instGetDimension(bar, XmNwidth) + OV_instGetDimension(window, XmNspacing);
     return std::max(iWidth, 1);
 }
 
 int OV_instViewHeight(Widget window)
 {
-    const int iHeight = dimensionOf(window, XmNheight) - borderOf(window) -
-                        2 * dimensionOf(window, XmNscrolledWindowMarginHeight);
+    const int iHeight = OV_instGetDimension(window, XmNheight) - borderOf(window) -
+                        2 * OV_instGetDimension(window, XmNscrolledWindowMarginHeight);
 
     return std::max(iHeight, 1);
 }
@@ -91,8 +85,8 @@ static void fit(View *pView)
 {
     const bool bThere = XtIsRealized(pView->window);
 
-    pView->width = bThere ? dimensionOf(pView->window, XmNwidth) : 0;
-    pView->height = bThere ? dimensionOf(pView->window, XmNheight) : 0;
+    pView->iWidth = bThere ? OV_instGetDimension(pView->window, XmNwidth) : 0;
+    pView->iHeight = bThere ? OV_instGetDimension(pView->window, XmNheight) : 0;
     if (pView->fpFit(pView->window, viewWidth(pView->window, false)) >
         OV_instViewHeight(pView->window))
         (void)pView->fpFit(pView->window, viewWidth(pView->window, true));
@@ -103,8 +97,8 @@ static void resized(Widget window, XtPointer view, XEvent *, Boolean *)
 {
     auto *pView = static_cast<View *>(view);
 
-    if (pView->width != dimensionOf(window, XmNwidth) ||
-        pView->height != dimensionOf(window, XmNheight))
+    if (pView->iWidth != OV_instGetDimension(window, XmNwidth) ||
+        pView->iHeight != OV_instGetDimension(window, XmNheight))
         fit(pView);
 }
 

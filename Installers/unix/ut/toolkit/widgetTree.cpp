@@ -42,3 +42,12 @@ bool OV_instIsDying(Widget widget)
 {
     return widget && widget->core.being_destroyed;
 }
+
+int OV_instGetDimension(Widget widget, const char *pResource)
+{
+    Dimension size = 0;
+
+    if (widget)
+        XtVaGetValues(widget, pResource, &size, nullptr);
+    return size;
+}

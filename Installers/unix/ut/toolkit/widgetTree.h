@@ -19,4 +19,7 @@ Widget OV_instFindWidget(Widget inDialog, const char *pName);
  * Within nested loops that may be long before its destroy callbacks are called. */
 bool OV_instIsDying(Widget widget);
 
+/* A resource of the type Dimension, in pixels. */
+int OV_instGetDimension(Widget widget, const char *pResource);
+
 #endif
