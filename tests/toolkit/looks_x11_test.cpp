@@ -193,7 +193,7 @@ TEST_F(Looks, LettersPressTheButtons)
     key("Caps_Lock alt+c Caps_Lock");
     EXPECT_EQ(nullptr, XtNameToWidget(XtParent(dialog), "*mbNameOrgConfirm"));
 
-    const Step byLetter("mbOkCancel:", [this](Widget box) {
+    const Step byLetter("mbOkCancel:", [](Widget box) {
         pointAt(box);
         key("alt+n");
     });
