@@ -1,0 +1,26 @@
+/* What a run has to say beside its records: the lines of the log that explain what was passed over,
+ * and whether anything was. Parent and child share it, so that the parent knows what the child
+ * noted. A line end within a line becomes "?". */
+#ifndef OVINST_ENGINE_RUNREPORT_H
+#define OVINST_ENGINE_RUNREPORT_H
+
+/* Forgets what an earlier run noted. Called before the fork; without it, or where no memory can be
+ * shared, each process has a report of its own. */
+void OV_instBeginReport();
+
+/* Writes a line into the log, "Warning: " and the text, and notes that there was one. */
+void OV_instWarn(const char *pFormat, ...) __attribute__((format(printf, 1, 2)));
+
+/* Writes a line into the log for a file of the medium that is left out: the prompt's text and the
+ * file. The step that needed it fails, and notes that itself. */
+void OV_instLogSkipped(const char *pPrompt, const char *pFile);
+
+/* Notes that a step failed, whether or not it counts for the run's status. What was being done
+ * belongs to the package whose operation is under way. */
+void OV_instNoteFailedStep();
+
+/* How many steps failed so far, and whether there was a warning. */
+unsigned OV_instFailedSteps();
+bool OV_instWasWarned();
+
+#endif
