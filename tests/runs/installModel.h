@@ -29,6 +29,7 @@ struct ModelProduct {
 struct ModelMarks {
     bool bMaintenance;
     std::set<int> packages, suites, installed, selected;
+    std::map<int, char> pending; /* packages: 'I' were being installed, 'R' removed */
 
     std::string text() const
     {
@@ -41,19 +42,22 @@ struct InstallModel {
     const ModelTree &medium; /* its one archive holds what is below "arc" */
     ModelProduct product;
     std::string historyHeader, description;
-    ModelTree tree; /* below the root destination */
-    bool bFailed;   /* the last run */
+    ModelTree tree;       /* below the root destination */
+    bool bFailed;         /* the last run */
+    std::set<int> failed; /* its packages, also where that does not count */
 
     ModelMarks start(int iConfig, bool bUnattended) const;
+    void settle(ModelMarks &marks, int iConfig) const;
     bool affectsPackages(const ModelMarks &marks, int iConfig) const;
     void run(const ModelMarks &marks, int iConfig, bool bRemoveAll);
 };
 
-static const std::string s_dest = "prod/", s_history = "prod/SetupFiles/.h.his";
+static const std::string s_dest = "prod/", s_history = "prod/SetupFiles/.h.his",
+                         s_run = "prod/SetupFiles/.h.run";
 
-inline std::string recordOf(int iPackage)
+inline std::string recordOf(int iPackage, const std::string &state = "Installed")
 {
-    return "Package \"p" + std::to_string(iPackage) + "\" Installed\n";
+    return "Package \"p" + std::to_string(iPackage) + "\" " + state + "\n";
 }
 
 inline std::string ModelProduct::text() const
@@ -156,10 +160,9 @@ inline bool install(InstallModel &model, const Words &words)
     if (words[0] == "Mkdir")
         return makeDirectories(model.tree, targetOf(words), words[2]);
     if (words[0] == "Copy" || words[0] == "CopyZ")
-        return (model.medium.count(words[1]) &&
-                put(model.tree, targetOf(words),
-                    "f" + words[4] + model.medium.at(words[1]).substr(5))) ||
-               words[0] == "CopyZ";
+        return model.medium.count(words[1]) &&
+               put(model.tree, targetOf(words),
+                   "f" + words[4] + model.medium.at(words[1]).substr(5));
     if (words[0] != "Untar")
         return makeLink(model.tree, words);
     for (const auto &[name, node] : model.medium)
@@ -193,9 +196,66 @@ inline std::vector<int> reached(const ModelProduct &product, int iId)
     return found;
 }
 
+/* What is pending of a suite by its packages: 'R' where any was being removed, 'I' where some were
+ * being installed and the others are there. */
+inline char pendingOf(const ModelMarks &marks, const std::vector<int> &packages)
+{
+    char cFound = '-';
+    bool bWhole = true;
+    for (int i : packages) {
+        char cPending = marks.pending.count(i) ? marks.pending.at(i) : '-';
+        if (cPending == 'R')
+            return 'R';
+        if (cPending == 'I')
+            cFound = 'I';
+        else
+            bWhole &= marks.packages.count(i) > 0;
+    }
+    return bWhole ? cFound : '-';
+}
+
+inline void choosePending(const ModelProduct &product, ModelMarks &marks, int iConfig)
+{
+    for (int iId : reached(product, iConfig))
+        if (product.suites.count(iId)) {
+            char cPending = pendingOf(marks, product.suites.at(iId));
+            if (cPending == 'I')
+                marks.selected.insert(iId);
+            else if (cPending == 'R')
+                marks.selected.erase(iId);
+        }
+    for (int iId : reached(product, iConfig)) {
+        bool bChosen = false, bCleared = false;
+        for (int iBeneath : reached(product, iId))
+            if (product.groups.count(iId) && product.suites.count(iBeneath)) {
+                bChosen |= marks.selected.count(iBeneath) > 0;
+                bCleared |= pendingOf(marks, product.suites.at(iBeneath)) == 'R';
+            }
+        if (bChosen && !marks.installed.count(iId))
+            marks.selected.insert(iId);
+        else if (!bChosen && bCleared)
+            marks.selected.erase(iId);
+    }
+}
+
+inline void markPackages(const InstallModel &model, ModelMarks &marks)
+{
+    const bool bUnfinished = model.tree.count(s_run) > 0;
+    const std::string &text = model.tree.at(bUnfinished ? s_run : s_history);
+    auto has = [&](int i, const char *pState) {
+        return text.find("\n" + recordOf(i, pState)) != std::string::npos;
+    };
+    for (int i = 0; i < static_cast<int>(model.product.packages.size()); i++) {
+        if (has(i, "Installed") || has(i, "Removing"))
+            marks.packages.insert(i);
+        if (has(i, "Removing") || has(i, "Installing"))
+            marks.pending[i] = has(i, "Removing") ? 'R' : 'I';
+    }
+}
+
 inline ModelMarks InstallModel::start(int iConfig, bool bUnattended) const
 {
-    ModelMarks marks = {tree.count(s_history) > 0, {}, {}, {}, product.selected};
+    ModelMarks marks = {tree.count(s_history) > 0, {}, {}, {}, product.selected, {}};
     for (int iId : reached(product, iConfig))
         if (marks.bMaintenance)
             marks.selected.erase(iId);
@@ -203,9 +263,7 @@ inline ModelMarks InstallModel::start(int iConfig, bool bUnattended) const
             marks.selected.insert(iId);
     if (!marks.bMaintenance)
         return marks;
-    for (int i = 0; i < static_cast<int>(product.packages.size()); i++)
-        if (tree.at(s_history).find("\n" + recordOf(i)) != std::string::npos)
-            marks.packages.insert(i);
+    markPackages(*this, marks);
     for (const auto &[iId, packages] : product.suites)
         if (std::all_of(packages.begin(), packages.end(),
                         [&](int iPackage) { return marks.packages.count(iPackage) > 0; }))
@@ -216,6 +274,8 @@ inline ModelMarks InstallModel::start(int iConfig, bool bUnattended) const
                 marks.installed.insert(iId);
                 marks.selected.insert(iId);
             }
+    if (!marks.pending.empty())
+        choosePending(product, marks, iConfig);
     return marks;
 }
 
@@ -229,6 +289,33 @@ inline std::set<int> packagesInUse(const ModelProduct &product, const ModelMarks
         if (marks.selected.count(iId) && product.suites.count(iId))
             inUse.insert(product.suites.at(iId).begin(), product.suites.at(iId).end());
     return inUse;
+}
+
+/* What is pending and was decided otherwise. */
+inline void InstallModel::settle(ModelMarks &marks, int iConfig) const
+{
+    const std::set<int> inUse = packagesInUse(product, marks, iConfig);
+    const ModelMarks before = marks;
+    for (int iId : reached(product, iConfig)) {
+        if (!product.suites.count(iId))
+            continue;
+        bool bSelected = marks.selected.count(iId) > 0;
+        char cPending = pendingOf(before, product.suites.at(iId));
+        if (cPending == 'R' && bSelected) {
+            marks.suites.erase(iId);
+            marks.installed.erase(iId);
+        } else if (cPending == 'I' && !bSelected) {
+            marks.suites.insert(iId);
+            marks.installed.insert(iId);
+        } else {
+            continue;
+        }
+        for (int i : product.suites.at(iId))
+            if (before.pending.count(i) && before.pending.at(i) == 'R')
+                marks.packages.erase(i);
+            else if (before.pending.count(i) && !inUse.count(i))
+                marks.packages.insert(i);
+    }
 }
 
 inline bool InstallModel::affectsPackages(const ModelMarks &marks, int iConfig) const
@@ -254,17 +341,42 @@ inline void runSuite(InstallModel &model, const std::vector<int> &packages, std:
         for (const std::string &line : model.product.packages[static_cast<size_t>(iPackage)])
             if (bRemoving)
                 removeOper(model.tree, wordsOf(line), &directories);
-            else
-                model.bFailed |= !install(model, wordsOf(line));
+            else if (!install(model, wordsOf(line))) {
+                model.failed.insert(iPackage);
+                model.bFailed |= wordsOf(line)[0] != "CopyZ";
+            }
     }
     for (; !directories.empty(); directories.pop_back())
         if (kindAt(model.tree, directories.back()) == 'd')
             removePath(model.tree, directories.back());
 }
 
+/* By the packages that a run installs: what is on disk behind one of which a step failed. */
+inline std::string runFile(const InstallModel &model, const ModelMarks &marks, int iConfig)
+{
+    const std::set<int> inUse = packagesInUse(model.product, marks, iConfig);
+    std::set<int> handled[2]; /* installed, removed */
+    for (int iId : reached(model.product, iConfig)) {
+        bool bSelected = marks.selected.count(iId) > 0;
+        if (model.product.suites.count(iId) && bSelected != (marks.suites.count(iId) > 0))
+            for (int i : model.product.suites.at(iId))
+                if (bSelected ? !marks.packages.count(i) : !inUse.count(i))
+                    handled[!bSelected].insert(i);
+    }
+    std::string text =
+        "f0644 RunFileVersion 1" + model.historyHeader.substr(model.historyHeader.find('\n'));
+    for (int i = 0; i < static_cast<int>(model.product.packages.size()); i++)
+        if (handled[0].count(i))
+            text += recordOf(i, model.failed.count(i) ? "Installing" : "Installed");
+        else if (!handled[1].count(i) && marks.packages.count(i))
+            text += recordOf(i);
+    return text;
+}
+
 inline void InstallModel::run(const ModelMarks &marks, int iConfig, bool bRemoveAll)
 {
     bFailed = false;
+    failed.clear();
     (void)put(tree, s_dest + "Setup/setup.log", "f0644 ");
     if (!bRemoveAll)
         (void)put(tree, s_history, "f0644 " + historyHeader);
@@ -282,6 +394,9 @@ inline void InstallModel::run(const ModelMarks &marks, int iConfig, bool bRemove
         }
     }
     tree[s_dest + "cdinst.dat"] = "f0644 " + description;
+    tree.erase(s_run);
+    if (!failed.empty() && !bRemoveAll)
+        tree[s_run] = runFile(*this, marks, iConfig);
     for (const std::string &path : {s_dest + "cdinst.dat", s_history})
         if (bRemoveAll)
             tree.erase(path);

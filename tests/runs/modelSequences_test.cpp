@@ -109,7 +109,7 @@ static void writeMedium(const std::string &place)
 
 static std::string marksOfEngine(bool bMaintenance)
 {
-    ModelMarks marks = {bMaintenance, {}, {}, {}, {}};
+    ModelMarks marks = {bMaintenance, {}, {}, {}, {}, {}};
     for (auto *pNode = CDInstPtr->pPackageHead; pNode; pNode = pNode->pNext)
         if (pNode->pPackage->iInstalled)
             marks.packages.insert(atoi(pNode->pPackage->pName + 1));
@@ -204,6 +204,7 @@ static void runSequence(Medium &medium, InstallModel &model)
                         testing::ExitedWithCode(0), "");
             ASSERT_EQ(found, readFile(medium.scratch / "marks"));
         }
+        model.settle(marks, iConfig);
         if (step != CHANGE || model.affectsPackages(marks, iConfig))
             model.run(marks, iConfig, step == REMOVE_ALL);
         ASSERT_EQ(model.tree, treeOnDisk(medium.dest));
@@ -231,7 +232,7 @@ TEST(ModelSequences, TreeHistoryAndMarksAreTheModels)
     for (unsigned i = 1; i <= iCount && !HasFatalFailure(); i++) {
         s_random.seed(i);
         std::string header = "HistoryFileVersion 2\nTest Product\n3.5\n" + medium.place + "\n";
-        InstallModel model = {s_medium, randomProduct(), header, "", {}, false};
+        InstallModel model = {s_medium, randomProduct(), header, "", {}, false, {}};
         SCOPED_TRACE("seed " + std::to_string(i) + "\n" + model.product.text());
         runSequence(medium, model);
     }

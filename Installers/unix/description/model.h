@@ -126,6 +126,9 @@ struct _OV_InstOper {
     _OV_InstOper *pNext;
 };
 
+/* What a run that did not end well has left to be done. */
+enum OV_Pending { OV_PENDING_NONE, OV_PENDING_INSTALL, OV_PENDING_REMOVAL };
+
 struct _OV_InstPackage {
     char *pName;
     char *pLabel;
@@ -137,6 +140,7 @@ struct _OV_InstPackage {
     int32_t iInUse;     /* how many selected suites need it */
     _OV_InstOper *pOperHead;
     _OV_InstOper *pOperTail;
+    int32_t iPending; /* OV_Pending */
 };
 
 /* A node of the package list or of a suite; the latter only refers to its package. */
@@ -191,6 +195,7 @@ struct _OV_InstConfigList {
     void *pData; /* one of the three records above, by iType */
     _OV_InstConfigList *pNext;
     _OV_InstConfigList *pParent;
+    int32_t iPending; /* OV_Pending */
 };
 
 struct _OV_InstIndex; /* by name and id, beside the lists; see modelIndex.h */
@@ -228,8 +233,10 @@ _OV_InstConfigList *OV_instGetConfigFromId(_OV_instCDinst *pRoot, int iId);
 _OV_InstSuiteList *OV_instGetSuiteFromName(_OV_instCDinst *pRoot, const char *pName);
 _OV_InstPackage *OV_instGetPackageFromName(_OV_instCDinst *pRoot, const char *pName);
 
-/* Marks every package of that name installed (names need not be unique). */
+/* Marks every package of that name installed, or with what is pending of it (names need not be
+ * unique). */
 void OV_instMarkPackageInstalled(_OV_instCDinst *pRoot, const char *pName);
+void OV_instMarkPackagePending(_OV_instCDinst *pRoot, const char *pName, OV_Pending pending);
 
 /* Member ids of a dialog's configuration and, in *piMost, how many slots there are; null and 0
  * for a suite or without data. The list ends early at the first id below 1. */

@@ -113,11 +113,22 @@ _OV_InstPackage *OV_instGetPackageFromName(_OV_instCDinst *pRoot, const char *pN
     return pNode ? pNode->pPackage : nullptr;
 }
 
-void OV_instMarkPackageInstalled(_OV_instCDinst *pRoot, const char *pName)
+static void markPackages(_OV_instCDinst *pRoot, const char *pName, int32_t _OV_InstPackage::*pMark,
+                         int32_t iValue)
 {
     if (!pRoot || !pName)
         return;
     const auto *pNodes = findAll(pRoot, &_OV_InstIndex::packages, std::string_view(pName));
     for (size_t i = 0; pNodes && i < pNodes->size(); i++)
-        (*pNodes)[i]->pPackage->iInstalled = 1;
+        (*pNodes)[i]->pPackage->*pMark = iValue;
+}
+
+void OV_instMarkPackageInstalled(_OV_instCDinst *pRoot, const char *pName)
+{
+    markPackages(pRoot, pName, &_OV_InstPackage::iInstalled, 1);
+}
+
+void OV_instMarkPackagePending(_OV_instCDinst *pRoot, const char *pName, OV_Pending pending)
+{
+    markPackages(pRoot, pName, &_OV_InstPackage::iPending, pending);
 }

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "engine/fileOps.h"
+#include "engine/pending.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/owned.h"
@@ -25,6 +26,7 @@ int OV_instPreInstallCheck(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
 {
     struct stat info;
 
+    OV_instSettlePending(pRoot, pConfig);
     OV_instUpdateNumInUseFlag(pRoot, pConfig, 1);
     OV_instUpdateNumInUseFlag(pRoot, pConfig, 0);
     if (OV_instNumPackagesAffected(pRoot, pConfig) <= 0)

@@ -4,6 +4,7 @@
 
 #include "description/configParts.h"
 #include "engine/configWalk.h"
+#include "engine/pending.h"
 #include "engine/setupState.h"
 
 bool OV_instIsHidden(const _OV_InstConfigList *pConfig)
@@ -68,7 +69,7 @@ void OV_instResetChoices(const _OV_InstConfigList *pConfig)
 
     for (int i = 0; i < iMost && aChildren[i] > 0; i++)
         if (_OV_InstConfigList *pChild = OV_instGetConfigFromId(CDInstPtr, aChildren[i]))
-            pChild->iSelected = pChild->iInstalled;
+            pChild->iSelected = OV_instFirstChoice(pChild);
 }
 
 void OV_instUndoChoices(_OV_InstConfigList *pConfig)
@@ -77,7 +78,7 @@ void OV_instUndoChoices(_OV_InstConfigList *pConfig)
 
     while (OV_ConfigVisit *pVisit = OV_instNextEntry(walk.get()))
         if (pVisit->pGroup)
-            pVisit->pConfig->iSelected = pVisit->pConfig->iInstalled;
+            pVisit->pConfig->iSelected = OV_instFirstChoice(pVisit->pConfig);
 }
 
 /* ---- flags ---- */

@@ -14,13 +14,14 @@
 
 struct OV_ConfigPassage;
 
-/* A configuration being visited. bFound and lFactor are the visitor's own: false and 1 when the
- * visit begins. */
+/* A configuration being visited. bFound, bCleared and lFactor are the visitor's own: false, false
+ * and 1 when the visit begins. */
 struct OV_ConfigVisit {
     _OV_InstConfigList *pConfig;
     OV_ConfigVisit *pGroup; /* the visit of the group it was reached through; null at the start */
     bool bLeaving;          /* false before its members, true after them */
     bool bFound;
+    bool bCleared;
     int64_t lFactor;
     int iNextChild; /* this and the next are the walk's own */
     OV_ConfigPassage *pPassage;

@@ -11,6 +11,8 @@
 #include "engine/links.h"
 #include "engine/records.h"
 #include "engine/registry.h"
+#include "engine/runFile.h"
+#include "engine/runReport.h"
 #include "engine/setupState.h"
 #include "engine/uncompress.h"
 #include "ut/OVinstFileUtils.h"
@@ -228,10 +230,15 @@ static int runOper(PackListRun *pRun, _OV_InstOper *pOper, const OperRow *pRow)
     if (!routine || (pRow->iPass != EVERY_PASS && pRow->iPass != pRun->ovPass))
         return 0;
     int iResult = routine(pRun, pOper);
+    if (iResult)
+        OV_instNoteFailedStep();
+    if (iResult && !bCounts)
+        OV_instWarn("%s of package '%s' failed", OVInstOperTkList[pOper->iType],
+                    pRun->pPackageName);
     return bCounts ? iResult : 0;
 }
 
-static bool isSkipped(const _OV_InstPackage *pPackage, OV_InstMode iMode)
+bool OV_instIsLeftAlone(const _OV_InstPackage *pPackage, OV_InstMode iMode)
 {
     if (iMode == OV_INST_INSTALL_MODE)
         return pPackage->iInstalled == 1;
@@ -260,6 +267,7 @@ static bool runPackage(PackListRun *pRun, _OV_InstPackage *pPackage, int *piMask
     pRun->pPackageName = pPackage->pName;
     for (_OV_InstOper *pOper = pPackage->pOperHead; pOper; pOper = pOper->pNext) {
         const OperRow *pRow = rowOf(pOper);
+        const unsigned iFailedBefore = OV_instFailedSteps();
 
         OV_instFrontEnd()->fpDispatchPending();
         if (!pRow) {
@@ -267,6 +275,8 @@ static bool runPackage(PackListRun *pRun, _OV_InstPackage *pPackage, int *piMask
             return false;
         }
         *piMask |= runOper(pRun, pOper, pRow);
+        if (OV_instFailedSteps() != iFailedBefore)
+            OV_instKeepPending(pPackage);
     }
     return true;
 }
@@ -283,7 +293,7 @@ int OV_instInstallPackList(_OV_InstPackageNode *pPackages, const char *pFrom, co
     for (; pPackages; pPackages = pPackages->pNext) {
         _OV_InstPackage *pPackage = pPackages->pPackage;
 
-        if (isSkipped(pPackage, iMode))
+        if (OV_instIsLeftAlone(pPackage, iMode))
             continue;
         if (pPackage->iPassDone < ovPass && !runPackage(&run, pPackage, &iMask))
             return 1;
@@ -294,8 +304,7 @@ int OV_instInstallPackList(_OV_InstPackageNode *pPackages, const char *pFrom, co
     return iMask;
 }
 
-/* Whether the mode is about this suite's packages. */
-static bool isHandedOver(const _OV_InstConfigList *pConfig, const _OV_InstSuiteList *pSuite,
+bool OV_instIsHandedOver(const _OV_InstConfigList *pConfig, const _OV_InstSuiteList *pSuite,
                          OV_InstMode iMode)
 {
     if (iMode == OV_INST_INSTALL_MODE)
@@ -311,7 +320,7 @@ static int runSuite(const _OV_InstConfigList *pConfig, const char *pFrom, const 
 
     if (!pSuite)
         return 0;
-    if (isHandedOver(pConfig, pSuite, iMode))
+    if (OV_instIsHandedOver(pConfig, pSuite, iMode))
         iResult = OV_instInstallPackList(pSuite->pPackHead, pFrom, pDest, pStream, ovPass, iMode,
                                          pSuite->pName);
     /* The removing passes write the history too, so a run records a suite twice. Who reads the

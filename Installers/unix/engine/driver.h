@@ -9,6 +9,12 @@
 
 enum { OV_MAX_REMOVED_DIRS = 1000 };
 
+/* Whether the mode is about a suite's packages, by its marks and those of its configuration, and
+ * whether it leaves one of them alone. */
+bool OV_instIsHandedOver(const _OV_InstConfigList *pConfig, const _OV_InstSuiteList *pSuite,
+                         OV_InstMode iMode);
+bool OV_instIsLeftAlone(const _OV_InstPackage *pPackage, OV_InstMode iMode);
+
 /* Walks pConfig down to its suites and hands those that the mode is about to
  * OV_instInstallPackList; in the INIT pass of either mode selected suites are written into the
  * history. 0, or the OR of all failures. */

@@ -3,10 +3,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "engine/fileOps.h"
+#include "engine/pending.h"
+#include "engine/runFile.h"
+#include "engine/runReport.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
@@ -17,7 +21,6 @@
 
 #define HISTORY_PLACE "%s/%s/%s"
 
-static const char s_caFolder[] = "SetupFiles";
 static const char s_caVersionWord[] = "HistoryFileVersion";
 static const char s_caPackageWord[] = "Package";
 
@@ -25,18 +28,27 @@ enum { HISTORY_VERSION = 2, HISTORY_LINE = 256 };
 
 static char *historyPath(const char *pDest)
 {
-    return OV_instStrPrint(HISTORY_PLACE, pDest, s_caFolder, OV_instGetHistoryFile());
+    return OV_instStrPrint(HISTORY_PLACE, pDest, OV_SETUP_FOLDER, OV_instGetHistoryFile());
 }
 
 /* ---- writing ---- */
+
+/* Without a history the next run would know of nothing; the run's file tells it. */
+static void tellUnwritten(const char *pPath)
+{
+    OV_instWarn("the history %s could not be written", pPath ? pPath : "");
+    OV_instNoteFailedStep();
+}
 
 static FILE *openForWriting(const char *pDest, const char *pMode)
 {
     OwnedText path(historyPath(pDest));
     FILE *pFile = path ? OV_instGuardedFopen(path.get(), pMode) : nullptr;
 
-    if (!pFile)
+    if (!pFile) {
         printf("Unable to open %s\n", path ? path.get() : "");
+        tellUnwritten(path.get());
+    }
     return pFile;
 }
 
@@ -49,11 +61,12 @@ static void closeWritten(OwnedFile *pFile, const char *pDest)
         return;
     OwnedText path(historyPath(pDest));
     fprintf(stderr, "Error: writing %s\n", path ? path.get() : "");
+    tellUnwritten(path.get());
 }
 
 void OV_InitHistoryFile(const char *pDest, const char *pProductName, const char *pProductVersion)
 {
-    OwnedText folder(OV_instStrPrint("%s/%s", pDest, s_caFolder));
+    OwnedText folder(OV_instStrPrint("%s/%s", pDest, OV_SETUP_FOLDER));
 
     if (folder)
         (void)OV_instMkdir(folder.get(), OV_DIRECTORY_MODE, nullptr); /* the opening tells */
@@ -85,32 +98,56 @@ void OV_RemoveHistoryFile(const char *pDest)
 
     if (path)
         (void)OV_instGuardedRemove(path.get()); /* there may be none */
+    OV_instRemoveRunFile(pDest); /* last: as long as it is there, the removal is not complete */
 }
 
 /* ---- finding ---- */
 
-/* Opens the history of a tree that pPath leads into, and cuts pPath just before the product
- * directory. Null when pPath does not name that directory or holds no history. */
-static FILE *openInTree(char *pPath, const char *pProductDirectory)
+/* What is known of an earlier installation. */
+struct Found {
+    OwnedFile history; /* null when there is none, or it was lost */
+    bool bUnfinished;  /* the last run did not end well: its file counts and not the history's */
+    OV_RunFile run;
+};
+
+static FILE *openForReading(const char *pPath)
 {
-    char *pFound =
+    return pPath ? OV_instGuardedFopen(pPath, "r+") : nullptr;
+}
+
+/* Looks into a product's directory. */
+static bool findIn(const char *pDest, const char *pProductName, Found *pFound)
+{
+    OwnedText path(historyPath(pDest));
+
+    pFound->history.reset(openForReading(path.get()));
+    pFound->bUnfinished = OV_instReadRunFile(pDest, &pFound->run) &&
+                          pFound->run.product.find(pProductName) != std::string::npos;
+    return pFound->history || pFound->bUnfinished;
+}
+
+/* Looks into a tree that pPath leads into, and cuts pPath just before the product directory. False
+ * when pPath does not name that directory or nothing is found. */
+static bool findInTree(char *pPath, const char *pProductDirectory, const char *pProductName,
+                       Found *pFound)
+{
+    char *pCut =
         pProductDirectory && pProductDirectory[0] ? strstr(pPath, pProductDirectory) : nullptr;
 
-    if (!pFound)
-        return nullptr;
-    OwnedText inFolder(historyPath(pPath));
-    FILE *pFile = inFolder ? OV_instGuardedFopen(inFolder.get(), "r+") : nullptr;
-    if (!pFile) {
+    if (!pCut)
+        return false;
+    if (!findIn(pPath, pProductName, pFound)) {
         OwnedText beside(OV_instStrPrint("%s/%s", pPath, OV_instGetHistoryFile()));
-        pFile = beside ? OV_instGuardedFopen(beside.get(), "r+") : nullptr;
+        pFound->history.reset(openForReading(beside.get()));
     }
-    if (pFile)
-        *pFound = '\0';
-    return pFile;
+    if (!pFound->history && !pFound->bUnfinished)
+        return false;
+    *pCut = '\0';
+    return true;
 }
 
 /* Looks around the medium for an installed tree to maintain. */
-static FILE *openAroundMedium(_OV_instCDinst *pRoot)
+static bool findAroundMedium(_OV_instCDinst *pRoot, const char *pProductName, Found *pFound)
 {
     OwnedText real(OV_instGetRealPath(pRoot->pSourceDir));
     const char *pDirectory = pRoot->pProductDirectory;
@@ -118,19 +155,18 @@ static FILE *openAroundMedium(_OV_instCDinst *pRoot)
     /* The running directory's buffer itself is cut: where the medium cannot be resolved, the tree
      * that was found stands in for it from now on. */
     char *pPath = bInSource ? real.get() : OV_instGetRunningDirectory();
-    FILE *pFile = openInTree(pPath, pDirectory);
 
-    if (pFile)
-        (void)OV_instSetRootDestination(pPath); /* without memory the old one stays */
-    return pFile;
+    if (!findInTree(pPath, pDirectory, pProductName, pFound))
+        return false;
+    (void)OV_instSetRootDestination(pPath); /* without memory the old one stays */
+    return true;
 }
 
-static FILE *openHistory(_OV_instCDinst *pRoot, const char *pDest)
+static bool find(_OV_instCDinst *pRoot, const char *pDest, const char *pProductName, Found *pFound)
 {
-    OwnedText path(historyPath(pDest));
-    FILE *pFile = path ? OV_instGuardedFopen(path.get(), "r+") : nullptr;
-
-    return pFile || OV_instIsDestinationGiven() ? pFile : openAroundMedium(pRoot);
+    if (findIn(pDest, pProductName, pFound))
+        return true;
+    return !OV_instIsDestinationGiven() && findAroundMedium(pRoot, pProductName, pFound);
 }
 
 /* ---- reading ---- */
@@ -185,7 +221,7 @@ static char *packageOf(char *pLine)
     return pOpening + 1;
 }
 
-static void markPackages(FILE *pFile, _OV_instCDinst *pRoot)
+static void markFromHistory(FILE *pFile, _OV_instCDinst *pRoot)
 {
     char caLine[HISTORY_LINE];
 
@@ -193,6 +229,18 @@ static void markPackages(FILE *pFile, _OV_instCDinst *pRoot)
         const char *pName = packageOf(caLine);
         if (pName)
             OV_instMarkPackageInstalled(pRoot, pName);
+    }
+}
+
+static void markFromRun(const OV_RunFile *pRun, _OV_instCDinst *pRoot)
+{
+    static const OV_Pending s_aPending[] = {OV_PENDING_NONE, OV_PENDING_INSTALL,
+                                            OV_PENDING_REMOVAL}; /* by OV_RunState */
+
+    for (const OV_RunPackage &package : pRun->packages) {
+        if (package.state != OV_RUN_INSTALLING)
+            OV_instMarkPackageInstalled(pRoot, package.name.c_str());
+        OV_instMarkPackagePending(pRoot, package.name.c_str(), s_aPending[package.state]);
     }
 }
 
@@ -224,6 +272,15 @@ static bool mayLead(FILE *pHistory)
                               !(status.st_mode & (S_IWGRP | S_IWOTH)));
 }
 
+/* What an earlier look at another destination found. */
+static void clearPending(_OV_instCDinst *pRoot)
+{
+    for (auto *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext)
+        pNode->pPackage->iPending = OV_PENDING_NONE;
+    for (auto *pConfig = pRoot->pConfigHead; pConfig; pConfig = pConfig->pNext)
+        pConfig->iPending = OV_PENDING_NONE;
+}
+
 static void clearConfig(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
 {
     if (!pConfig)
@@ -239,21 +296,30 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
                           const char *pProductVersion)
 {
     char caSource[OV_INST_PATH_SIZE];
+    Found found = {};
 
     if (!pSuites || !pDest || !pDest[0])
         return 0;
-    OwnedFile file(openHistory(pRoot, pDest));
-    if (!file)
+    if (!find(pRoot, pDest, pProductName, &found))
         return 0;
-    if (!readHeader(file.get(), pProductName, pProductVersion, caSource)) {
+    if (found.bUnfinished) {
+        (void)CompareProductVersions(pProductName, pProductVersion, found.run.version.c_str());
+        (void)OV_instSetSourceDirectory(
+            found.run.source.c_str()); /* ends the process if it fails */
+    } else if (!readHeader(found.history.get(), pProductName, pProductVersion, caSource)) {
         puts("History file empty, corrupt, or out-of-date");
         return 0;
+    } else if (mayLead(found.history.get())) {
+        (void)OV_instSetSourceDirectory(caSource); /* likewise */
     }
-    if (mayLead(file.get()))
-        (void)OV_instSetSourceDirectory(caSource); /* ends the process when it fails */
     clearConfig(pRoot, pConfig);
-    markPackages(file.get(), pRoot);
+    clearPending(pRoot);
+    if (found.bUnfinished)
+        markFromRun(&found.run, pRoot);
+    else
+        markFromHistory(found.history.get(), pRoot);
     markSuites(pRoot, pConfig, pSuites);
+    OV_instMarkPending(pRoot, pConfig);
     return 1;
 }
 

@@ -13,8 +13,12 @@
 #include "engine/driver.h"
 #include "engine/fileOps.h"
 #include "engine/history.h"
+#include "engine/pending.h"
 #include "engine/records.h"
 #include "engine/registry.h"
+#include "engine/runFile.h"
+#include "engine/runLock.h"
+#include "engine/runReport.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
@@ -67,8 +71,11 @@ static int copyDescription(const ChildRun *pRun, int iRemoveAll)
 
     if (stat(pRun->pRoot->pCdinstPath, &info) < 0)
         info.st_mode = 0644; /* the copy will tell that it is not there */
-    return OV_instCopyFile(name.get(), target.get(), static_cast<int>(info.st_mode & 07777),
-                           info.st_size, pRun->pStream, iRemoveAll);
+    int iResult = OV_instCopyFile(name.get(), target.get(), static_cast<int>(info.st_mode & 07777),
+                                  info.st_size, pRun->pStream, iRemoveAll);
+    if (iResult)
+        OV_instNoteFailedStep();
+    return iResult;
 }
 
 /* What was reported must survive a power cut. */
@@ -94,34 +101,71 @@ static int runRegistryAndPost(const ChildRun *pRun)
     return iMask | runPasses(pRun, s_post, 1, OV_INST_INSTALL_MODE);
 }
 
-int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll,
-                           FILE *pStream)
+/* Says what the run is going to do before it does anything. False where the disk has no room even
+ * for that, or fails: without it a run that comes to grief would be taken for a complete one. Where
+ * the place is not to be had at all, an installation goes on without. */
+static bool announce(const ChildRun *pRun)
+{
+    if (OV_instBeginRunFile(pRun->pRoot, pRun->pConfig, pRun->pDest) == 0)
+        return true;
+    const int iError = errno;
+    OwnedText path(OV_instRunFilePath(pRun->pDest));
+    OV_instWarn("%s could not be written: %s", path ? path.get() : "", strerror(iError));
+    if (iError != ENOSPC && iError != EDQUOT && iError != EFBIG && iError != EIO)
+        return true;
+    OV_instNoteFailedStep();
+    OV_instSendUpdate(pRun->pStream, "-1 Can't write %s\n", path ? path.get() : "");
+    return false;
+}
+
+/* The passes, and what else changes the tree. */
+static int carryOut(const ChildRun *pRun, int iRemoveAll)
 {
     static const OV_CustomPass s_removal[] = {OV_CUSTOM_PRE, OV_CUSTOM_INIT, OV_CUSTOM_POST};
     static const OV_CustomPass s_install[] = {OV_CUSTOM_PRE, OV_CUSTOM_INIT};
-    OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
-    ChildRun run = {pRoot, pConfig, dest.get(), pStream};
     int iMask;
 
+    if (!iRemoveAll)
+        OV_InitHistoryFile(pRun->pDest, OV_instGetProductName(), OV_instGetProductVersion());
+    OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_START);
+    OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_REMOVING);
+    iMask = runPasses(pRun, s_removal, 3, OV_INST_DELETE_MODE);
+    OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_INSTALLING);
+    iMask |= runPasses(pRun, s_install, 2, OV_INST_INSTALL_MODE);
+    iMask |= copyDescription(pRun, iRemoveAll);
+    return iMask | runRegistryAndPost(pRun);
+}
+
+/* What the run has done is on the disk when it ceases to be pending. */
+static void settle(const ChildRun *pRun, int iRemoveAll)
+{
+    synchronise(pRun->pDest);
+    if (!iRemoveAll && OV_instEndRunFile() < 0)
+        OV_instWarn("what is pending could not be written"); /* more is pending than need be */
+}
+
+int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll,
+                           FILE *pStream)
+{
+    OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
+    ChildRun run = {pRoot, pConfig, dest.get(), pStream};
+    int iMask = 1;
+
     if (!iRemoveAll) {
-        OV_InitHistoryFile(run.pDest, OV_instGetProductName(), OV_instGetProductVersion());
         OV_instUpdateNumInUseFlag(pRoot, pConfig, 1);
         OV_instUpdateNumInUseFlag(pRoot, pConfig, 0);
     }
-    OV_instSendUpdate(pStream, "%s\n", OV_RECORD_START);
-    OV_instSendUpdate(pStream, "%s\n", OV_RECORD_REMOVING);
-    iMask = runPasses(&run, s_removal, 3, OV_INST_DELETE_MODE);
-    OV_instSendUpdate(pStream, "%s\n", OV_RECORD_INSTALLING);
-    iMask |= runPasses(&run, s_install, 2, OV_INST_INSTALL_MODE);
-    iMask |= copyDescription(&run, iRemoveAll);
-    iMask |= runRegistryAndPost(&run);
+    const bool bBegun = announce(&run);
+    if (bBegun) {
+        iMask = carryOut(&run, iRemoveAll);
+        settle(&run, iRemoveAll);
+    }
     if (iMask)
         OV_instSendUpdate(pStream, "%s\n", OV_RECORD_ERROR);
-    synchronise(run.pDest);
     OV_instSendUpdate(pStream, "%s\n", OV_RECORD_COMPLETED);
     (void)fclose(pStream); /* everything was flushed */
     OV_instChangeResgitryPermission(run.pDest);
-    if (iRemoveAll)
+    if (iRemoveAll && bBegun)
         OV_RemoveHistoryFile(run.pDest);
     return iMask;
 }
@@ -255,9 +299,27 @@ static void follow(OwnedFd *pFromChild, pid_t iChild)
 {
     leadGroup(iChild);
     if (OV_instFrontEnd()->fpFollowRun)
-        OV_instFrontEnd()->fpFollowRun(pFromChild->release(), iChild);
-    else
-        followOnStatusLine(pFromChild, iChild);
+        return OV_instFrontEnd()->fpFollowRun(pFromChild->release(), iChild);
+    followOnStatusLine(pFromChild, iChild);
+    OV_instUnlockRun(); /* a front end's run ends with the process */
+}
+
+/* Makes the directory and sees to it that this is the only run there: first by looking, since a
+ * second run must not change anything. 0 or 1. */
+static int takeDestination(const char *pDest)
+{
+    if (!OV_instLockRun(pDest, false)) {
+        OV_instTellRunLocked(pDest);
+        return 1;
+    }
+    if (OV_instMkdir(pDest, OV_DIRECTORY_MODE, nullptr) < 0) {
+        (void)OV_instAsk("Unable to create install directory", "OK");
+        return 1;
+    }
+    if (OV_instLockRun(pDest, true))
+        return 0;
+    OV_instTellRunLocked(pDest);
+    return 1;
 }
 
 int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll)
@@ -271,6 +333,8 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
         return 1;
     }
     OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
+    OV_instSettlePending(pRoot, pConfig);
+    OV_instBeginReport();
     setTotal(pRoot, pConfig);
     if (const char *pFailed =
             openPipe(&ends, "Error creating pipe\n", "Could not convert pipe to stream\n")) {
@@ -279,15 +343,16 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
     }
     (void)signal(SIGCHLD, OV_instChildHandler);
     OV_instCatchBrokenPipes();
-    if (OV_instMkdir(dest.get(), OV_DIRECTORY_MODE, nullptr) < 0) {
-        (void)OV_instAsk("Unable to create install directory", "OK");
+    if (takeDestination(dest.get()) != 0)
+        return 1;
+    if (startLog(pRoot, dest.get(), ends.toParent.get()) != 0) {
+        OV_instUnlockRun();
         return 1;
     }
-    if (startLog(pRoot, dest.get(), ends.toParent.get()) != 0)
-        return 1;
     logMode(pRoot);
     pid_t iChild = forkFlushed();
     if (iChild < 0) {
+        OV_instUnlockRun();
         fputs("Can't fork\n", stderr);
         return 1;
     }

@@ -20,13 +20,16 @@ OV_Marks *OV_instNoteMarks(_OV_instCDinst *pRoot)
 {
     OV_Marks *pMarks = new OV_Marks;
 
-    for (auto *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext)
+    for (auto *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext) {
         note(pMarks, &pNode->pPackage->iInstalled);
+        note(pMarks, &pNode->pPackage->iPending);
+    }
     for (auto *pSuite = pRoot->pSuiteHead; pSuite; pSuite = pSuite->pNext)
         note(pMarks, &pSuite->iState);
     for (auto *pConfig = pRoot->pConfigHead; pConfig; pConfig = pConfig->pNext) {
         note(pMarks, &pConfig->iInstalled);
         note(pMarks, &pConfig->iSelected);
+        note(pMarks, &pConfig->iPending);
     }
     return pMarks;
 }

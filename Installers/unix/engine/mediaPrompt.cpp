@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "engine/records.h"
+#include "engine/runReport.h"
 #include "engine/setupState.h"
 #include "ut/frontEnd.h"
 #include "ut/owned.h"
@@ -36,7 +37,9 @@ int OV_instQueryForSource(FILE *pStream, const char *pLabel, const char *pFile)
     }
     if (iAnswer == ANSWER_ABORT)
         OV_instSendUpdate(pStream, "-1 abort\n");
-    else if (iAnswer != ANSWER_CONTINUE)
+    else if (iAnswer == ANSWER_CONTINUE)
+        OV_instLogSkipped(pLabel, pFile);
+    else
         puts("OV_instQueryForSource received a bogus value");
     return 0;
 }

@@ -50,6 +50,9 @@ const char *OV_instGetKnownSourceDirectory();
  * with status 1 when that cannot be done. */
 const char *OV_instSetSourceDirectory(const char *pPath);
 
+/* The directory of a product for what setup knows about it. */
+#define OV_SETUP_FOLDER "SetupFiles"
+
 /* The name of the history file, ".NAME.his". */
 const char *OV_instGetHistoryFile();
 

@@ -30,6 +30,17 @@ static FILE *createIn(int iDirectory, const char *pTemporary, const struct stat 
     return pStream;
 }
 
+static int begin(OV_Replacement *pReplacement, OwnedFd *pDirectory, const char *pTemporary,
+                 const char *pName, const struct stat *pFrom)
+{
+    FILE *pStream = createIn(pDirectory->iFd, pTemporary, pFrom);
+
+    if (!pStream)
+        return -1;
+    *pReplacement = {pStream, pDirectory->release(), pTemporary, pName};
+    return 0;
+}
+
 int OV_instBeginReplacement(OV_Replacement *pReplacement, const char *pDirectory,
                             const char *pTemporary, const char *pName, const struct stat *pNew)
 {
@@ -40,11 +51,21 @@ int OV_instBeginReplacement(OV_Replacement *pReplacement, const char *pDirectory
         return -1;
     bool bReplaces =
         fstatat(directory.iFd, pName, &old, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(old.st_mode);
-    FILE *pStream = createIn(directory.iFd, pTemporary, bReplaces ? &old : pNew);
-    if (!pStream)
+    return begin(pReplacement, &directory, pTemporary, pName, bReplaces ? &old : pNew);
+}
+
+int OV_instBeginNewFile(OV_Replacement *pReplacement, int iDirectory, const char *pTemporary,
+                        const char *pName, mode_t iMode)
+{
+    struct stat ours = {};
+    OwnedFd directory(iDirectory);
+
+    if (directory.iFd < 0)
         return -1;
-    *pReplacement = {pStream, directory.release(), pTemporary, pName};
-    return 0;
+    ours.st_uid = static_cast<uid_t>(-1); /* as it comes */
+    ours.st_gid = static_cast<gid_t>(-1);
+    ours.st_mode = iMode;
+    return begin(pReplacement, &directory, pTemporary, pName, &ours);
 }
 
 int OV_instEndReplacement(OV_Replacement *pReplacement, bool bKeep)

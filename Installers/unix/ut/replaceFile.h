@@ -1,6 +1,5 @@
 /* Writing a file anew in a directory that somebody else may write to: as a whole or not at all, and
- * without following what may be planted there. No button reaches it today: only the account's
- * environment file and the tool chest's menus are written so. */
+ * without following what may be planted there. */
 #ifndef OVINST_UT_REPLACEFILE_H
 #define OVINST_UT_REPLACEFILE_H
 
@@ -20,6 +19,11 @@ struct OV_Replacement {
  * the regular file that is there, or else those of pNew. 0, or -1 with errno set. */
 int OV_instBeginReplacement(OV_Replacement *pReplacement, const char *pDirectory,
                             const char *pTemporary, const char *pName, const struct stat *pNew);
+
+/* The same in an opened directory, which is taken over, for a file that is nobody's but ours, with
+ * iMode: what is in its place has no say. */
+int OV_instBeginNewFile(OV_Replacement *pReplacement, int iDirectory, const char *pTemporary,
+                        const char *pName, mode_t iMode);
 
 /* Puts the file in its place when bKeep is set and everything was written, else removes it. The
  * replacement is used up. 0, or -1 when the file is not in its place; what was there is then as it
