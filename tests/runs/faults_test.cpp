@@ -265,4 +265,11 @@ TEST(Faults, ModulesThatMisbehave)
     RunResult result = medium.install();
     EXPECT_EQ(result.err, "Setup did not complete successfully\n");
     EXPECT_NE(medium.log().find("Setup did not complete successfully\n"), std::string::npos);
+    EXPECT_EQ(medium.installed("SetupFiles/.h.run"), "RunFileVersion 1\nTest Product\n3.5\n" +
+                                                         medium.place +
+                                                         "\nPackage \"all\" Installing\n");
+    medium.describe(onePackage("Mkdir \"made\" 0755\n")); /* without the module */
+    EXPECT_EQ(medium.install().iStatus, 0);
+    EXPECT_TRUE(medium.has("made"));
+    EXPECT_FALSE(medium.has("SetupFiles/.h.run"));
 }

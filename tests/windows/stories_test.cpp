@@ -114,6 +114,33 @@ TEST_F(Stories, AnInstallationIsChanged)
     EXPECT_TRUE(desk.showsMarks("dsCustomDlg", "xxx--"));
 }
 
+/* As a run leaves it that was killed while it removed the manual and installed what follows. */
+TEST_F(Stories, AnUnfinishedRunIsCompleted)
+{
+    installUnattended();
+    std::string runFile = replaced(medium.history(), "HistoryFileVersion 2", "RunFileVersion 1");
+    for (const char *pName : {"manual", "gallery", "headers", "plugins"})
+        runFile = replaced(runFile, "Package \"" + std::string(pName) + "\" Installed",
+                           "Package \"" + std::string(pName) + "\" " +
+                               (strcmp(pName, "manual") == 0 ? "Removing" : "Installing"));
+    const auto whole = medium.listing();
+    must("cd " + medium.tree + " && rm -r Gallery Developer/include");
+    writeFile(medium.tree + "SetupFiles/.kivo.run", runFile);
+
+    ASSERT_TRUE(
+        desk.start(medium, {{s_caBox, FIRST, "unfinished"}, {"dsMaintenance", MAINTAIN_CHANGE}}));
+    ASSERT_TRUE(desk.showsMarks("dsCustomDlg", "x-xxx"));
+    ASSERT_TRUE(desk.go({{"dsCustomDlg", LIST_OK, "unfinished-list"}}));
+    finish();
+    EXPECT_FALSE(medium.has("Documents/manual/index.html"));
+    EXPECT_FALSE(medium.has("SetupFiles/.kivo.run"));
+    EXPECT_EQ(std::string::npos, medium.history().find("manual"));
+    ASSERT_EQ(0, medium.install().iStatus);
+    for (const std::string &path : whole)
+        EXPECT_EQ(path.find("Documents/") == path.npos, fs::exists(medium.dest + "/" + path))
+            << path;
+}
+
 TEST_F(Stories, ASuiteIsInstalledAndAllIsRemoved)
 {
     /* The question whether to leave stays open meanwhile. */

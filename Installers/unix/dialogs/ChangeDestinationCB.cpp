@@ -159,6 +159,7 @@ static bool takeField(Widget widget)
 
 static void showMaintenance(Widget shell)
 {
+    OV_instTellUnfinished();
     Widget maintenance = CreatembMaintenance(OV_instGetMainTopLevelShell());
 
     XtDestroyWidget(shell);

@@ -7,7 +7,11 @@
 /* Makes the dialog below parent, unmanaged; the result is its message box. */
 Widget CreatembMaintenance(Widget parent);
 
-/* Makes Add/Remove of the dialog that was made last insensitive when there is but one suite. */
+/* Tells, before the dialog is shown, of a last run that did not end well, or has not ended yet. */
+void OV_instTellUnfinished();
+
+/* Makes Add/Remove of the dialog that was made last insensitive when there is but one suite, and
+ * nothing to be completed. */
 void OV_DisableAddButtonIfNecessary(void);
 
 /* Makes a dialog the one that the routine above acts on; CreatembMaintenance does it. */

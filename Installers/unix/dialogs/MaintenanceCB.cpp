@@ -12,8 +12,11 @@
 #include "engine/driver.h"
 #include "engine/installer.h"
 #include "engine/marks.h"
+#include "engine/pending.h"
+#include "engine/runLock.h"
 #include "engine/setupState.h"
 #include "ut/toolkit/looks.h"
+#include "ut/frontEnd.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 #include "ut/toolkit/messageBox.h"
@@ -44,9 +47,24 @@ static _OV_InstConfigList *maintenanceConfig()
     return OV_instGetConfigFromId(CDInstPtr, OV_MAINTENANCE_CONFIG);
 }
 
+void OV_instTellUnfinished()
+{
+    const char *pDest = OV_instGetDestinationDirectory();
+
+    if (pDest && OV_instIsRunLocked(pDest))
+        return OV_instTellRunLocked(pDest);
+    if (!OV_instHasPending(CDInstPtr))
+        return;
+    OwnedText text(
+        OV_instStrPrint("The last installation of %s did not complete.\nAdd/Remove completes it.",
+                        OV_instGetProductName()));
+    (void)OV_instAsk(text.get(), "OK");
+}
+
 void OV_DisableAddButtonIfNecessary()
 {
-    if (s_maintenance.dialog && OV_instIsSingleSuite(maintenanceConfig()))
+    if (s_maintenance.dialog && OV_instIsSingleSuite(maintenanceConfig()) &&
+        !OV_instHasPending(CDInstPtr))
         XtSetSensitive(OV_instFindWidget(s_maintenance.dialog, "pbMaintenanceAddRemove"), False);
 }
 

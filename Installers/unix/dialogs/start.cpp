@@ -58,6 +58,7 @@ static Widget createFirstDialog()
 
     if (!OV_instFindInstallation(OV_MAINTENANCE_CONFIG))
         return CreatembWelcome(parent);
+    OV_instTellUnfinished();
     dialog = CreatembMaintenance(parent);
     OV_DisableAddButtonIfNecessary();
     return dialog;

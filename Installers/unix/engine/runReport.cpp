@@ -12,6 +12,7 @@
 struct Report {
     unsigned iFailedSteps;
     bool bWarned;
+    bool bEnded; /* the last record was read, and no pass had failed */
 };
 
 static Report s_own; /* where no memory can be shared */
@@ -25,7 +26,7 @@ void OV_instBeginReport()
         if (pShared != MAP_FAILED)
             s_pReport = static_cast<Report *>(pShared);
     }
-    *s_pReport = {0, false};
+    *s_pReport = {0, false, false};
 }
 
 /* A line end in a name would begin a line of its own. */
@@ -72,4 +73,14 @@ unsigned OV_instFailedSteps()
 bool OV_instWasWarned()
 {
     return s_pReport->bWarned;
+}
+
+void OV_instNoteRunEnd(bool bFailed)
+{
+    s_pReport->bEnded = !bFailed;
+}
+
+bool OV_instRunEndedWell()
+{
+    return s_pReport->bEnded && !s_pReport->iFailedSteps && !s_pReport->bWarned;
 }

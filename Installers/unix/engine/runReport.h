@@ -19,8 +19,15 @@ void OV_instLogSkipped(const char *pPrompt, const char *pFile);
  * belongs to the package whose operation is under way. */
 void OV_instNoteFailedStep();
 
+/* Notes that the run's last record was read, after which it leaves the rest alone, and whether its
+ * passes had failed. */
+void OV_instNoteRunEnd(bool bFailed);
+
 /* How many steps failed so far, and whether there was a warning. */
 unsigned OV_instFailedSteps();
 bool OV_instWasWarned();
+
+/* Whether the run came to its end without a failure and without a warning. */
+bool OV_instRunEndedWell();
 
 #endif

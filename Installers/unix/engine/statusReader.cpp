@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "engine/records.h"
+#include "engine/runReport.h"
 #include "ut/OVinstLogfile.h"
 
 enum {
@@ -61,6 +62,7 @@ static void onRecord(const char *pLine, void *pContext)
     if (strcmp(pLine, OV_RECORD_COMPLETED) != 0)
         return;
     pStatus->bCompleted = true;
+    OV_instNoteRunEnd(pStatus->bFailed);
     OV_instLogEnd(pStatus->bFailed);
 }
 

@@ -1,13 +1,22 @@
 #include "engine/unattended.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "description/reader.h"
 #include "engine/history.h"
 #include "engine/installer.h"
+#include "engine/runReport.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
 #include "engine/sizes.h"
+
+/* Whoever asks for it is told of everything that was not as it should be; others rely on a status
+ * that says only whether the run could be made. */
+static int strictStatus()
+{
+    return getenv("OVINST_STRICT") && !OV_instRunEndedWell() ? 1 : 0;
+}
 
 static int installAll()
 {
@@ -25,7 +34,7 @@ static int installAll()
     }
     OV_instFreeCDinst(CDInstPtr);
     CDInstPtr = nullptr;
-    return 0;
+    return strictStatus();
 }
 
 int OV_instRunUnattended(const char *pDescription, const char *pDestination)
