@@ -216,6 +216,7 @@ TEST(Faults, SurroundingsThatTheShellCanMake)
         {"RUN 2>../errors >/dev/full", nullptr},
         {"RUN 2>../errors | head -c 1 >/dev/null", nullptr},
         {"RUN 2>../errors <&- >/dev/null", nullptr},
+        {"(ulimit -Ss 64; RUN) 2>../errors >/dev/null", nullptr},
         {"TAR_OPTIONS=--to-command=false RUN 2>../errors >/dev/null", nullptr},
     };
 
@@ -244,6 +245,12 @@ TEST(Faults, SurroundingsThatTheShellCanMake)
         else
             EXPECT_EQ(errors, "");
     }
+}
+
+TEST(Faults, AStackThatIsTooSmallIsTold)
+{
+    must("cd " SETUP_BUILD_DIR " && (ulimit -s 64; ./setup -version 2>&1 || true) | "
+         "grep -q '^Error: the stack is limited to 64 KB'");
 }
 
 /* A module that leaves a process behind, which holds the pipe, and one that ends the child. */

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "engine/setupState.h"
@@ -13,6 +14,8 @@
 #include "ut/debugLevel.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
+
+static const rlim_t s_ulStackNeeded = 256UL * 1024, s_ulStackWanted = 8UL * 1024 * 1024; /* bytes */
 
 static const char s_caVersion[] = "Setup Version=0311-11:57";
 static const char s_caDefaultDestination[] = "/usr/Orvane/";
@@ -47,8 +50,25 @@ static void openStandardStreams()
         (void)close(iFd); /* nothing was written */
 }
 
+/* A stack that overflows ends the program without a word, so one that is too small is enlarged,
+ * which takes effect at once, or told. */
+static void provideStack()
+{
+    struct rlimit limit;
+
+    if (getrlimit(RLIMIT_STACK, &limit) < 0 || limit.rlim_cur >= s_ulStackNeeded)
+        return;
+    limit.rlim_cur = limit.rlim_max < s_ulStackWanted ? limit.rlim_max : s_ulStackWanted;
+    if (limit.rlim_max >= s_ulStackNeeded && setrlimit(RLIMIT_STACK, &limit) == 0)
+        return;
+    fprintf(stderr, "Error: the stack is limited to %lu KB, setup needs %lu KB\n",
+            limit.rlim_cur / 1024, s_ulStackNeeded / 1024);
+    exit(1);
+}
+
 void OV_instPrepareEnvironment()
 {
+    provideStack();
     openStandardStreams();
     OV_instCatchBrokenPipes(); /* whoever stops reading what is printed stops no run */
     for (const char *const *ppName = s_apMisleading; *ppName; ppName++)
