@@ -1,0 +1,8 @@
+/* The commands of ovmedium, one unit each. Each carries out what the options say, prints its result
+ * and returns the status to end with. */
+#ifndef OVMEDIUM_COMMANDS_H
+#define OVMEDIUM_COMMANDS_H
+
+#include "medium/commandLine.h"
+
+#endif
