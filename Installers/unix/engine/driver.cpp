@@ -50,6 +50,13 @@ struct OperRow {
     bool bRemoveCounts;
 };
 
+static const OV_Rehearsal *s_pRehearsal; /* null: what comes up is carried out */
+
+void OV_instRehearse(const OV_Rehearsal *pRehearsal)
+{
+    s_pRehearsal = pRehearsal;
+}
+
 /* ---- the routines behind the rows ---- */
 
 static char *below(const PackListRun *pRun, const char *pName)
@@ -229,6 +236,12 @@ static int runOper(PackListRun *pRun, _OV_InstOper *pOper, const OperRow *pRow)
 
     if (!routine || (pRow->iPass != EVERY_PASS && pRow->iPass != pRun->ovPass))
         return 0;
+    if (s_pRehearsal) {
+        const OV_RunStep step = {pOper, pRun->pDest, pRun->ovPass, pRun->iMode};
+        s_pRehearsal->fpStep(s_pRehearsal->pContext, &step);
+        /* Its own part: the directory is among those told of at the end. */
+        return routine == rememberDirectory ? routine(pRun, pOper) : 0;
+    }
     int iResult = routine(pRun, pOper);
     if (iResult)
         OV_instNoteFailedStep();
@@ -252,6 +265,10 @@ static void removeDirectories(PackListRun *pRun)
         /* The slash makes it rmdir: a file of that name stays. */
         OwnedText slashed(path ? OV_instBuildPath(path.get(), "", nullptr) : nullptr);
 
+        if (slashed && s_pRehearsal) {
+            s_pRehearsal->fpRemoveDirectory(s_pRehearsal->pContext, path.get());
+            continue;
+        }
         if (!slashed) {
             OV_instSendUpdate(pRun->pStream, "-1 Internal error while deleting directories\n");
             continue;
@@ -325,7 +342,7 @@ static int runSuite(const _OV_InstConfigList *pConfig, const char *pFrom, const 
                                          pSuite->pName);
     /* The removing passes write the history too, so a run records a suite twice. Who reads the
      * history takes a package that is named twice for one. */
-    if (pConfig->iSelected && ovPass == OV_CUSTOM_INIT)
+    if (pConfig->iSelected && ovPass == OV_CUSTOM_INIT && !s_pRehearsal)
         OV_UpdateHistoryFile(pDest, pSuite);
     return iResult;
 }

@@ -15,6 +15,25 @@ bool OV_instIsHandedOver(const _OV_InstConfigList *pConfig, const _OV_InstSuiteL
                          OV_InstMode iMode);
 bool OV_instIsLeftAlone(const _OV_InstPackage *pPackage, OV_InstMode iMode);
 
+/* An operation as it comes up in a run. */
+struct OV_RunStep {
+    _OV_InstOper *pOper;
+    const char *pDest; /* the product's directory */
+    OV_CustomPass ovPass;
+    OV_InstMode iMode;
+};
+
+/* Who is told of a run's steps in their order, in place of carrying them out: each operation in
+ * each pass in which it does something, and each directory that is removed when it is empty. */
+struct OV_Rehearsal {
+    void *pContext;
+    void (*fpStep)(void *pContext, const OV_RunStep *pStep);
+    void (*fpRemoveDirectory)(void *pContext, const char *pPath);
+};
+
+/* Makes all runs of this process rehearsals, which change nothing; null ends it. */
+void OV_instRehearse(const OV_Rehearsal *pRehearsal);
+
 /* Walks pConfig down to its suites and hands those that the mode is about to
  * OV_instInstallPackList; in the INIT pass of either mode selected suites are written into the
  * history. 0, or the OR of all failures. */

@@ -52,14 +52,30 @@ struct ChildRun {
     FILE *pStream;
 };
 
-static int runPasses(const ChildRun *pRun, const OV_CustomPass *aPasses, int iCount,
-                     OV_InstMode iMode)
+/* The passes of a run's phases, in their order. */
+enum Phase { REMOVING, INSTALLING, REGISTERING, FINISHING, PHASES };
+
+struct PhaseRow {
+    OV_CustomPass aPasses[3];
+    int iCount;
+    OV_InstMode iMode;
+};
+
+static const PhaseRow s_aPhases[PHASES] = {
+    {{OV_CUSTOM_PRE, OV_CUSTOM_INIT, OV_CUSTOM_POST}, 3, OV_INST_DELETE_MODE },
+    {{OV_CUSTOM_PRE, OV_CUSTOM_INIT},                 2, OV_INST_INSTALL_MODE},
+    {{OV_CUSTOM_REGISTRY},                            1, OV_INST_INSTALL_MODE},
+    {{OV_CUSTOM_POST},                                1, OV_INST_INSTALL_MODE},
+};
+
+static int runPhase(const ChildRun *pRun, Phase phase)
 {
+    const PhaseRow *pRow = &s_aPhases[phase];
     int iMask = 0;
 
-    for (int i = 0; i < iCount; i++)
+    for (int i = 0; i < pRow->iCount; i++)
         iMask |= OV_instInstallConfig(pRun->pRoot, pRun->pConfig, pRun->pDest, pRun->pStream,
-                                      aPasses[i], iMode);
+                                      pRow->aPasses[i], pRow->iMode);
     return iMask;
 }
 
@@ -89,16 +105,14 @@ static void synchronise(const char *pDest)
 
 static int runRegistryAndPost(const ChildRun *pRun)
 {
-    static const OV_CustomPass s_registry[] = {OV_CUSTOM_REGISTRY};
-    static const OV_CustomPass s_post[] = {OV_CUSTOM_POST};
     int iMask;
 
     synchronise(pRun->pDest); /* as long as there is a dialog to look at */
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_PASS_COMPLETED);
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_REGISTRY);
-    iMask = runPasses(pRun, s_registry, 1, OV_INST_INSTALL_MODE);
+    iMask = runPhase(pRun, REGISTERING);
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_REGISTRY_DONE);
-    return iMask | runPasses(pRun, s_post, 1, OV_INST_INSTALL_MODE);
+    return iMask | runPhase(pRun, FINISHING);
 }
 
 /* Says what the run is going to do before it does anything. False where the disk has no room even
@@ -121,17 +135,15 @@ static bool announce(const ChildRun *pRun)
 /* The passes, and what else changes the tree. */
 static int carryOut(const ChildRun *pRun, int iRemoveAll)
 {
-    static const OV_CustomPass s_removal[] = {OV_CUSTOM_PRE, OV_CUSTOM_INIT, OV_CUSTOM_POST};
-    static const OV_CustomPass s_install[] = {OV_CUSTOM_PRE, OV_CUSTOM_INIT};
     int iMask;
 
     if (!iRemoveAll)
         OV_InitHistoryFile(pRun->pDest, OV_instGetProductName(), OV_instGetProductVersion());
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_START);
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_REMOVING);
-    iMask = runPasses(pRun, s_removal, 3, OV_INST_DELETE_MODE);
+    iMask = runPhase(pRun, REMOVING);
     OV_instSendUpdate(pRun->pStream, "%s\n", OV_RECORD_INSTALLING);
-    iMask |= runPasses(pRun, s_install, 2, OV_INST_INSTALL_MODE);
+    iMask |= runPhase(pRun, INSTALLING);
     iMask |= copyDescription(pRun, iRemoveAll);
     return iMask | runRegistryAndPost(pRun);
 }
@@ -168,6 +180,23 @@ int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, i
     if (iRemoveAll && bBegun)
         OV_RemoveHistoryFile(run.pDest);
     return iMask;
+}
+
+void OV_instRehearseInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
+                                 const OV_Rehearsal *pRehearsal)
+{
+    OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
+    const ChildRun run = {pRoot, pConfig, dest.get(), nullptr};
+
+    OV_instSettlePending(pRoot, pConfig);
+    OV_instUpdateNumInUseFlag(pRoot, pConfig, 1);
+    OV_instUpdateNumInUseFlag(pRoot, pConfig, 0);
+    OV_instRehearse(pRehearsal);
+    for (int i = 0; i < PHASES; i++)
+        (void)runPhase(&run, static_cast<Phase>(i)); /* nothing is done that could fail */
+    OV_instRehearse(nullptr);
+    for (auto *pNode = pRoot->pPackageHead; pNode; pNode = pNode->pNext)
+        pNode->pPackage->iPassDone = OV_CUSTOM_RESET; /* as before, for a run that may follow */
 }
 
 /* A child never outlives its parent, not even while it is stopped. */

@@ -7,6 +7,7 @@
 #include <sys/types.h>
 
 #include "description/model.h"
+#include "engine/driver.h"
 
 /* Starts a run over pConfig. Without dialogs it returns when the child is done and has been
  * waited for; its exit status is not part of the result. 0, or 1 when the run could not be
@@ -17,6 +18,11 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
  * stream is closed at the end. */
 int OV_instRunInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, int iRemoveAll,
                            FILE *pStream);
+
+/* Tells of every step of such a run (driver.h) and does none: by the marks that a run would find.
+ * Of those, what is pending and was chosen otherwise is settled, as a run would do it. */
+void OV_instRehearseInstallation(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
+                                 const OV_Rehearsal *pRehearsal);
 
 /* A bare fork with a pipe, for an interface of another kind; nothing uses it today. 0 in both
  * processes, -1 when there can be no child; without a pipe the process ends with status 1. */
