@@ -59,15 +59,55 @@ void OV_instRehearse(const OV_Rehearsal *pRehearsal)
 
 /* ---- the routines behind the rows ---- */
 
-static char *below(const PackListRun *pRun, const char *pName)
+static char *below(const char *pDest, const char *pName)
 {
-    return OV_instBuildPath(pRun->pDest, pName ? pName : "", nullptr);
+    return OV_instBuildPath(pDest, pName ? pName : "", nullptr);
+}
+
+/* The directory that an archive goes to. */
+static const char *baseOf(const _OV_InstOper *pOper, const char *pDest)
+{
+    const char *pRoot = pOper->body.tar.pDestRoot;
+
+    if (pOper->iType != OV_OPER_UNTAR2 && pOper->iType != OV_OPER_UNTARZ2)
+        return pDest;
+    if (pRoot && strcmp(pRoot, "<RootDest>") == 0)
+        return OV_instGetRootDestinationDirectory();
+    if (pRoot && strcmp(pRoot, "<CommonDest>") == 0)
+        return OV_instGetCommonDestinationDirectory();
+    return pRoot;
+}
+
+char *OV_instPlaceOf(const _OV_InstOper *pOper, const char *pDest)
+{
+    const _OV_InstCopy *pCopy = &pOper->body.copy;
+
+    switch (pOper->iType) {
+    case OV_OPER_COPY:
+        return below(pDest, pCopy->pDest ? pCopy->pDest : pCopy->pSource);
+    case OV_OPER_COPYZ:
+        return below(pDest, pCopy->pSource);
+    case OV_OPER_UNTAR:
+    case OV_OPER_UNTARZ:
+    case OV_OPER_UNTAR2:
+    case OV_OPER_UNTARZ2: {
+        const char *pBase = baseOf(pOper, pDest);
+        return pBase ? strdup(pBase) : nullptr;
+    }
+    case OV_OPER_MKDIR:
+        return below(pDest, pOper->body.mkdir.pPath);
+    case OV_OPER_HARDLINK:
+    case OV_OPER_SOFTLINK:
+        return below(pDest, pOper->body.link.pLink);
+    default:
+        return nullptr;
+    }
 }
 
 static int copyFile(PackListRun *pRun, _OV_InstOper *pOper)
 {
     const _OV_InstCopy *pCopy = &pOper->body.copy;
-    OwnedText target(below(pRun, pCopy->pDest ? pCopy->pDest : pCopy->pSource));
+    OwnedText target(OV_instPlaceOf(pOper, pRun->pDest));
 
     return OV_instCopyFile(pCopy->pSource, target.get(), pCopy->iMode, pOper->lUnits, pRun->pStream,
                            pRun->iMode);
@@ -78,7 +118,7 @@ static int copyFile(PackListRun *pRun, _OV_InstOper *pOper)
 static int copyCompressed(PackListRun *pRun, _OV_InstOper *pOper)
 {
     const _OV_InstCopy *pCopy = &pOper->body.copy;
-    OwnedText target(below(pRun, pCopy->pSource));
+    OwnedText target(OV_instPlaceOf(pOper, pRun->pDest));
 
     return OV_instCopyFile(pCopy->pSource, target.get(), pCopy->iMode, pOper->lUnits, pRun->pStream,
                            0);
@@ -87,45 +127,31 @@ static int copyCompressed(PackListRun *pRun, _OV_InstOper *pOper)
 static int removeCompressed(PackListRun *pRun, _OV_InstOper *pOper)
 {
     const _OV_InstCopy *pCopy = &pOper->body.copy;
-    OwnedText target(below(pRun, pCopy->pSource));
+    OwnedText target(OV_instPlaceOf(pOper, pRun->pDest));
 
     return OV_instUncompress(pCopy->pSource, target.get(), pCopy->iMode, pOper->lUnits,
                              pRun->pStream, pRun->iMode);
 }
 
-/* The directory that an archive goes to. */
-static const char *baseOf(const PackListRun *pRun, const _OV_InstOper *pOper)
-{
-    const char *pRoot = pOper->body.tar.pDestRoot;
-
-    if (pOper->iType != OV_OPER_UNTAR2 && pOper->iType != OV_OPER_UNTARZ2)
-        return pRun->pDest;
-    if (pRoot && strcmp(pRoot, "<RootDest>") == 0)
-        return OV_instGetRootDestinationDirectory();
-    if (pRoot && strcmp(pRoot, "<CommonDest>") == 0)
-        return OV_instGetCommonDestinationDirectory();
-    return pRoot;
-}
-
 static int unpack(PackListRun *pRun, _OV_InstOper *pOper)
 {
     int iCompressed = pOper->iType == OV_OPER_UNTARZ || pOper->iType == OV_OPER_UNTARZ2;
-    const char *pBase = baseOf(pRun, pOper);
+    OwnedText base(OV_instPlaceOf(pOper, pRun->pDest));
 
-    return OV_instUntar(&pOper->body.tar, pRun->pFrom, pBase ? pBase : "", pOper->lUnits,
+    return OV_instUntar(&pOper->body.tar, pRun->pFrom, base ? base.get() : "", pOper->lUnits,
                         iCompressed, pRun->pStream, pRun->iMode);
 }
 
 static int removeUnpacked(PackListRun *pRun, _OV_InstOper *pOper)
 {
-    const char *pBase = baseOf(pRun, pOper);
+    OwnedText base(OV_instPlaceOf(pOper, pRun->pDest));
 
-    return pBase ? DeleteUntar(&pOper->body.tar, pBase, pRun->pStream) : 0;
+    return base ? DeleteUntar(&pOper->body.tar, base.get(), pRun->pStream) : 0;
 }
 
 static int makeDirectory(PackListRun *pRun, _OV_InstOper *pOper)
 {
-    OwnedText path(below(pRun, pOper->body.mkdir.pPath));
+    OwnedText path(OV_instPlaceOf(pOper, pRun->pDest));
 
     return OV_instMkdir(path.get(), pOper->body.mkdir.iMode, pRun->pStream);
 }
@@ -143,7 +169,7 @@ static int rememberDirectory(PackListRun *pRun, _OV_InstOper *pOper)
 static int makeLink(PackListRun *pRun, _OV_InstOper *pOper)
 {
     const _OV_InstLink *pLink = &pOper->body.link;
-    OwnedText directory(below(pRun, pLink->pLink));
+    OwnedText directory(OV_instPlaceOf(pOper, pRun->pDest));
 
     return (pLink->iHard ? OV_instHardlink : OV_instSoftlink)(
         directory.get(), pLink->pTarget, pLink->pThird, pOper->lUnits, pRun->pStream, pRun->iMode);
@@ -261,7 +287,7 @@ bool OV_instIsLeftAlone(const _OV_InstPackage *pPackage, OV_InstMode iMode)
 static void removeDirectories(PackListRun *pRun)
 {
     while (pRun->iDirs > 0) {
-        OwnedText path(below(pRun, pRun->apDirs[--pRun->iDirs]));
+        OwnedText path(below(pRun->pDest, pRun->apDirs[--pRun->iDirs]));
         /* The slash makes it rmdir: a file of that name stays. */
         OwnedText slashed(path ? OV_instBuildPath(path.get(), "", nullptr) : nullptr);
 

@@ -34,6 +34,11 @@ struct OV_Rehearsal {
 /* Makes all runs of this process rehearsals, which change nothing; null ends it. */
 void OV_instRehearse(const OV_Rehearsal *pRehearsal);
 
+/* Where an operation works: the path that Copy, CopyZ and Mkdir make, the directory of a link or of
+ * an archive. A new string, or null for a kind that has no place, for want of a destination, and
+ * without memory. */
+char *OV_instPlaceOf(const _OV_InstOper *pOper, const char *pDest);
+
 /* Walks pConfig down to its suites and hands those that the mode is about to
  * OV_instInstallPackList; in the INIT pass of either mode selected suites are written into the
  * history. 0, or the OR of all failures. */
