@@ -72,15 +72,16 @@ TEST_F(ShortcutMenu, PlantedLinksAreNotFollowed)
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can plant what is somebody else's";
     struct stat info = {};
-    put("@/victim", "precious\n");
+    Scratch outside;
+    writeFile(outside / "victim", "precious\n");
     put("@/.shortcuts", "");
     ASSERT_EQ(0, chown(full("@/.shortcuts").c_str(), 4343, 4344));
-    fs::create_symlink(full("@/victim"), full("@/ORVARC")); /* at the new file's name: replaced */
+    fs::create_symlink(outside / "victim", full("@/ORVARC")); /* at the new file's name: replaced */
     EXPECT_NE("", install("ToolChest"));
     ASSERT_EQ(0, stat(full("@/.shortcuts").c_str(), &info));
     EXPECT_TRUE(info.st_uid == 4343 && info.st_gid == 4344);
     fs::remove(full("@/.shortcuts")); /* in the old file's place: not read */
-    fs::create_symlink(full("@/victim"), full("@/.shortcuts"));
+    fs::create_symlink(outside / "victim", full("@/.shortcuts"));
     ASSERT_EQ(0, lchown(full("@/.shortcuts").c_str(), 4242, 4242));
     EXPECT_EQ("Unable to open Shortcut file\nprecious\n", install("ToolChest"));
 }

@@ -1,59 +1,15 @@
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <fcntl.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <string>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 
-#include "support.h"
-#include "ut/guard.h"
-#include "ut/owned.h"
-
-/* In the working directory, a scratch one, root is guarded; outside/victim (mode 0640) is what a
- * planted link leads to. */
-struct Guard : testing::Test {
-    void SetUp() override
-    {
-        fs::current_path(scratch.path);
-        fs::create_directories("root/sub");
-        fs::create_directory("outside");
-        writeFile(scratch / "outside/victim", "kept");
-        ASSERT_EQ(chmod("outside/victim", 0640), 0);
-        OV_instSetGuardedRoot("root");
-    }
-    void TearDown() override
-    {
-        OV_instSetGuardedRoot(nullptr);
-        fs::current_path(before);
-    }
-    Scratch scratch;
-    const fs::path before = fs::current_path();
-    const std::string base = scratch.path;
-};
-
-static bool isRoot()
-{
-    return geteuid() == 0;
-}
-
-/* Only root can make a stranger's link; other users get one of their own. */
-static void plant(const char *pName, const std::string &target, bool bStranger)
-{
-    ASSERT_EQ(symlink(target.c_str(), pName), 0);
-    ASSERT_EQ(bStranger && isRoot() ? lchown(pName, 65534, 65534) : 0, 0);
-}
-
-/* 0, or the error of an attempt; closes what it opened. */
-static int tried(int iResult)
-{
-    OwnedFd opened(iResult > 2 ? iResult : -1);
-    return iResult < 0 ? errno : 0;
-}
+#include "ut/guardTest.h"
 
 static int tryRead(const std::string &path)
 {
@@ -86,6 +42,7 @@ TEST_F(Guard, RefusesStrangersLinks)
         EXPECT_EQ(tryWrite(pPath), ELOOP);
         EXPECT_EQ(tried(OV_instGuardedChmod(pPath, 0777)), ELOOP);
         EXPECT_EQ(OV_instGuardedFopen(pPath, "a"), nullptr);
+        EXPECT_EQ(tried(OV_instGuardedOpenTarget(pPath, nullptr)), ELOOP);
     }
     EXPECT_EQ(tried(OV_instGuardedOpenDir("root/dir/")), ELOOP);
     EXPECT_EQ(tried(OV_instGuardedOpenParent("root/dir/victim", &pName)), ELOOP);
@@ -93,6 +50,165 @@ TEST_F(Guard, RefusesStrangersLinks)
     EXPECT_FALSE(fs::exists("outside/victim2"));
     EXPECT_EQ(readFile("outside/victim"), "kept");
     EXPECT_EQ(modeOf("outside/victim"), 0640U);
+}
+
+/* What strangers own or can change leads as far as the root goes, and nothing behind it further. */
+TEST_F(Guard, KeepsStrangersLinksBelowTheRoot)
+{
+    if (!isRoot())
+        GTEST_SKIP() << "only root can plant another user's links";
+    writeFile(scratch / "root/sub/f", "");
+    fs::create_directory("alike");
+    fs::create_symlink("root", "real");
+    for (const char *pPlace : {"his", "his/own", "open", "open/own", "group", "sticky"})
+        fs::create_directory(std::string("root/") + pPlace);
+    ASSERT_EQ(0, chown("root/his", STRANGER, 0) | chown("root/group", 0, STRANGER) |
+                     chmod("root/open", 0777) | chmod("root/group", 0775) |
+                     chmod("root/sticky", 01777));
+    plant("root/in", "sub", true);
+    plant("root/up", "../root/sub", true);
+    plant("root/absolute", base + "/real/sub", true);
+    plant("root/textual", base + "//root/./sub/.", true);
+    plant("root/chain", "in", true);
+    plant("root/out", "../outside", false);
+    plant("root/toOut", "out", true);
+    plant("root/his/own/in", "../../sub", false);
+    for (const char *pPlace : {"his/own", "open/own", "group", "sticky"})
+        plant((std::string("root/") + pPlace + "/out").c_str(), base + "/outside", false);
+    fs::create_directory("root/sticky/own");
+    ASSERT_EQ(0, link("root/group/out", "root/sticky/linked"));
+
+    for (const auto &[pPath, iError] : {std::pair("in/f", 0),
+                                        {"textual/f", 0},
+                                        {"chain/f", 0},
+                                        {"chain/../sub/./f", 0},
+                                        {"his/own/in/f", 0},
+                                        {"sticky/out/victim", 0},
+                                        {"out/victim", 0},
+                                        {"up/f", ELOOP},
+                                        {"toOut/victim", ELOOP},
+                                        {"his/own/out/victim", ELOOP},
+                                        {"open/own/out/victim", ELOOP},
+                                        {"group/out/victim", ELOOP},
+                                        {"sticky/linked/victim", ELOOP},
+                                        {"absolute/f", ELOOP}})
+        EXPECT_EQ(tryRead(std::string("root/") + pPath), iError) << pPath;
+    OV_instSetGuardedRoot((base + "/real").c_str()); /* whose own real path counts as well */
+    EXPECT_EQ(tryRead(base + "/real/absolute/f"), 0);
+    EXPECT_EQ(tryRead(base + "/real/textual/f"), 0);
+    EXPECT_EQ(tryRead(base + "/real/open/own/out/victim"), ELOOP);
+}
+
+/* The owner of the destination is trusted, yet his links only lead where he is at home. A group
+ * that only he is in is as good as he. */
+TEST_F(Guard, TrustsTheOwnerOfTheRootInIt)
+{
+    const struct passwd *pUser = getpwnam("daemon");
+    if (!isRoot() || !pUser)
+        GTEST_SKIP() << "needs root, and another user";
+    const uid_t owner = pUser->pw_uid;
+    const gid_t group = pUser->pw_gid;
+    for (const char *pPath : {"root", "root/sub"})
+        ASSERT_EQ(0, chown(pPath, owner, group) | chmod(pPath, 0775));
+    plant("root/sub/out", "../../outside", false);
+    plant("root/sub/owners", "../../outside", false);
+    plant("root/sub/in", "../sub", false);
+    ASSERT_EQ(0, lchown("root/sub/owners", owner, group) | lchown("root/sub/in", owner, group));
+    writeFile(scratch / "root/sub/f", "");
+    ASSERT_EQ(0, chown("root/sub/f", owner, group) | chmod("root/sub/f", 0664));
+    OV_instSetGuardedRoot((base + "/root").c_str());
+
+    EXPECT_EQ(tryRead(base + "/root/sub/out/victim"), 0);
+    EXPECT_EQ(tryRead(base + "/root/sub/owners/victim"), ELOOP);
+    EXPECT_EQ(tryRead(base + "/root/sub/in/f"), 0);
+    EXPECT_TRUE(OV_instIsTrusted((base + "/root/sub/in/f").c_str()));
+    EXPECT_FALSE(OV_instIsTrusted((base + "/root/sub/none").c_str()));
+    ASSERT_EQ(0, chown("root/sub", owner, STRANGER)); /* a group that nobody knows */
+    EXPECT_EQ(tryRead(base + "/root/sub/out/victim"), ELOOP);
+    EXPECT_FALSE(OV_instIsTrusted((base + "/root/sub/f").c_str()));
+    const std::string root = base + "/root", sub = root + "/sub";
+    EXPECT_EQ(heard(), sub + "/owners is a link of daemon, leads out of " + root +
+                           " and was not followed\n" + sub + "/out is a link of root below " + sub +
+                           " of daemon, which others can write to, leads out of " + root +
+                           " and was not followed\n" + sub + "/f is below " + sub +
+                           " of daemon, which others can write to and was not used\n");
+}
+
+TEST_F(Guard, TellsEachRefusalOnce)
+{
+    if (!isRoot())
+        GTEST_SKIP() << "only root can plant another user's links";
+    plant("root/dir", base + "/outside", true);
+    plant("root/out", "../outside", false);
+    plant("outside/onward", "victim", true);
+    for (int i = 0; i < 3; i++) {
+        EXPECT_EQ(tryRead("root/dir/victim"), ELOOP);
+        EXPECT_EQ(tryRead("root/out/onward"), ELOOP);
+        if (i == 1) /* for the next run */
+            OV_instReopenGuardedRoot();
+    }
+    const std::string once =
+        "root/dir is a link of nobody, leads out of root and was not followed\n"
+        "root/../outside/onward is a link of nobody, outside of root, and was "
+        "not followed\n";
+    EXPECT_EQ(heard(), once + once);
+}
+
+TEST_F(Guard, StaysInTheRootThatWasOpened)
+{
+    fs::create_directory(scratch / "late");
+    fs::rename("root", "moved");
+    fs::create_symlink("outside", "root");
+    EXPECT_EQ(tryWrite("root/f"), 0);
+    EXPECT_EQ(OV_instGuardedMkdir("root/dir", 0755), 0);
+    EXPECT_EQ(tryWrite("root/sub/../dir/f"), 0);
+    EXPECT_TRUE(fs::exists("moved/f") && fs::exists("moved/dir/f"));
+    EXPECT_EQ(std::distance(fs::directory_iterator("outside"), {}), 1);
+    EXPECT_FALSE(OV_instIsTrusted("root/f")); /* a command would find another */
+    EXPECT_STREQ(OV_instBelowGuardedRoot("root//f"), "f");
+    OV_instReopenGuardedRoot(); /* the next run goes where it is told to */
+    EXPECT_EQ(tryRead("root/victim"), 0);
+
+    OV_instSetGuardedRoot("late/root"); /* made later, removed, and made again */
+    for (int i = 0; i < 2; i++) {
+        EXPECT_EQ(tryWrite("late/root/f"), ENOENT);
+        EXPECT_EQ(OV_instBelowGuardedRoot("late/root/f"), nullptr);
+        EXPECT_EQ(OV_instGuardedMkdir("late/root", 0755), 0);
+        EXPECT_EQ(tryWrite("late/root/f"), 0);
+        EXPECT_EQ(OV_instGuardedRemove("late/root/f") | OV_instGuardedRemove("late/root"), 0);
+    }
+}
+
+/* What a path of the description's says is meant so; what a stranger's link says is not. */
+TEST_F(Guard, LeadsUpOnlyWhereItIsMeant)
+{
+    plant("root/sub/up", "../../outside", false);
+    plant("root/sub/strangers", "../../outside", true);
+    EXPECT_EQ(tryRead("root/sub/../../outside/victim"), 0);
+    EXPECT_EQ(tryRead("root/sub/up/../outside/../root/sub/up/victim"), 0);
+    EXPECT_EQ(tryRead("root/sub/strangers/victim"), isRoot() ? ELOOP : 0);
+    EXPECT_EQ(tryWrite("root/sub/../f"), 0);
+    EXPECT_TRUE(fs::exists("root/f"));
+    std::string deep; /* deeper than a walk keeps open */
+    for (int i = 0; i < 300; i++)
+        deep += "/d";
+    plant("root/here", ".", false);
+    fs::create_directories("root" + deep);
+    EXPECT_EQ(tryWrite("root/here" + deep + "/../../f"), 0);
+    EXPECT_EQ(tryWrite("root/here" + deep + replaced(deep, "d", "..") + "/f"), ELOOP);
+}
+
+TEST_F(Guard, GivesDirectoriesTheirModes)
+{
+    const mode_t mask = umask(0777);
+    ASSERT_EQ(0, chown("root/sub", geteuid(), getegid()) | chmod("root/sub", 02755));
+    EXPECT_EQ(OV_instGuardedMkdir("root/sub/a", 0755), 0);
+    EXPECT_EQ(OV_instGuardedMkdir("root/b", 01777), 0);
+    umask(mask);
+    EXPECT_EQ(modeOf("root/sub/a"), 02755U);
+    EXPECT_EQ(modeOf("root/b"), 01777U);
+    EXPECT_EQ(tried(OV_instGuardedMkdir("root/b", 0700)), EEXIST);
+    EXPECT_EQ(tried(OV_instGuardedMkdir("root/none/b", 0700)), ENOENT);
 }
 
 TEST_F(Guard, FollowsTrustedLinks)
@@ -170,7 +286,7 @@ TEST_F(Guard, RemovesTheObjectItself)
     EXPECT_EQ(readFile("outside/victim"), "kept");
 }
 
-TEST_F(Guard, OpensParentsAndStreams)
+TEST_F(Guard, OpensParents)
 {
     const char *pName = nullptr;
     for (const char *pPath : {"root/sub/name", "name", "/name"}) {
@@ -178,10 +294,8 @@ TEST_F(Guard, OpensParentsAndStreams)
         EXPECT_STREQ(pName, "name");
     }
     EXPECT_EQ(tried(OV_instGuardedOpenParent("root/sub/name/", &pName)), EINVAL);
-    OwnedFile file(OV_instGuardedFopen("root/f", "a"));
-    ASSERT_NE(file, nullptr);
-    EXPECT_TRUE(fcntl(fileno(file.get()), F_GETFD) & FD_CLOEXEC);
-    EXPECT_EQ(OV_instGuardedFopen("root/f", "rw"), nullptr);
+    OwnedFd file(OV_instGuardedOpen("root/f", O_WRONLY | O_CREAT, 0600));
+    EXPECT_TRUE(fcntl(file.iFd, F_GETFD) & FD_CLOEXEC);
 }
 
 TEST_F(Guard, NeverWaitsForAFifoAndUsesTheUmask)
@@ -212,6 +326,39 @@ static bool denyOpenat2(unsigned iError)
     struct sock_fprog program = {sizeof aRules / sizeof aRules[0], aRules};
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+static bool hideProc()
+{
+    return unshare(CLONE_NEWNS) == 0 &&
+           mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           umount2("/proc", MNT_DETACH) == 0;
+}
+
+TEST_F(Guard, WorksWithoutProc)
+{
+    if (!isRoot())
+        GTEST_SKIP() << "only root can hide /proc";
+    fs::create_symlink("sub", "root/link");
+    writeFile(scratch / "root/f", "");
+    auto run = [&] {
+        const bool bHidden = hideProc() && !fs::exists("/proc/self");
+        umask(0777);
+        int iFailed =
+            OV_instGuardedChmod("root/f", 0640) | OV_instGuardedMkdir("root/link/d", 0711);
+        iFailed |= tryWrite("root/link/d/f") | !OV_instIsTrusted("root/link/d");
+        _exit(bHidden ? iFailed != 0 : 77);
+    };
+    EXPECT_EXIT(
+        run(),
+        [](int iStatus) {
+            return WIFEXITED(iStatus) && (WEXITSTATUS(iStatus) == 0 || WEXITSTATUS(iStatus) == 77);
+        },
+        "");
+    if (!fs::exists("root/sub/d"))
+        GTEST_SKIP() << "/proc cannot be hidden here";
+    EXPECT_EQ(modeOf("root/f"), 0640U);
+    EXPECT_EQ(modeOf("root/sub/d"), 0711U);
 }
 
 TEST_F(Guard, WorksWithoutOpenat2)

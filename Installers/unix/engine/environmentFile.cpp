@@ -31,12 +31,14 @@ static mode_t currentUmask()
 void copy_orvane_file(const char *pHome, const char *pDestination, uid_t uid, gid_t gid)
 {
     OwnedText path(OV_instBuildPath(pDestination, s_caSource, nullptr));
-    OwnedFile source(path ? OV_instGuardedFopen(path.get(), "r") : nullptr);
+    OwnedFd opened(path ? OV_instGuardedOpenOwn(path.get(), O_RDONLY) : -1);
+    OwnedFile source(opened.iFd < 0 ? nullptr : fdopen(opened.iFd, "r"));
     struct stat asNew;
     OV_Replacement copy;
 
-    if (!source || fstat(fileno(source.get()), &asNew) < 0 || !S_ISREG(asNew.st_mode) ||
-        OV_instIsPlanted(fileno(source.get()), path.get())) {
+    if (source)
+        (void)opened.release(); /* the stream closes it */
+    if (!source || fstat(fileno(source.get()), &asNew) < 0 || !S_ISREG(asNew.st_mode)) {
         fprintf(stderr, "ERROR: Can't find file: %s\n", path ? path.get() : s_caSource);
         return;
     }

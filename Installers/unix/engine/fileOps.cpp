@@ -4,6 +4,7 @@
 #include <cinttypes>
 #include <cstring>
 #include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 
 #include "engine/customFunc.h"
@@ -12,6 +13,7 @@
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
+#include "ut/guardedFile.h"
 #include "ut/owned.h"
 #include "ut/text.h"
 
@@ -62,18 +64,12 @@ static int examineDirectory(const char *pPath)
 
 static int createDirectory(const char *pPrefix, int iMode, FILE *pStream)
 {
-    const char *pName = nullptr;
-    OwnedFd parent(OV_instGuardedOpenParent(pPrefix, &pName));
+    int iResult = OV_instGuardedMkdir(pPrefix, static_cast<mode_t>(iMode & MODE_BITS));
 
-    if (parent.iFd < 0 || mkdirat(parent.iFd, pName, static_cast<mode_t>(iMode & MODE_BITS)) < 0) {
-        if (parent.iFd >= 0 && errno == EEXIST && examineDirectory(pPrefix) == 0)
-            return 0; /* another process was quicker */
-        return mkdirFailure(pStream, "could not create", pPrefix);
-    }
-    /* The mode holds whatever the umask is. */
-    if (examineDirectory(pPrefix) < 0 ||
-        OV_instGuardedChmod(pPrefix, static_cast<mode_t>(iMode & MODE_BITS)) < 0)
-        return mkdirFailure(pStream, "stating", pPrefix);
+    if (iResult < 0 && errno == EEXIST && examineDirectory(pPrefix) == 0)
+        return 0; /* another process was quicker */
+    if (iResult != 0)
+        return mkdirFailure(pStream, iResult < 0 ? "could not create" : "stating", pPrefix);
     OV_instSendUpdate(pStream, "+1 mkdir %s\n", pPrefix);
     return 0;
 }
@@ -87,10 +83,18 @@ static int makePrefix(const char *pPrefix, int iMode, FILE *pStream)
     return createDirectory(pPrefix, iMode, pStream);
 }
 
+/* Where the first prefix to be looked at may end: those that lead to the opened root, and the root
+ * itself, are there. */
+static size_t startOf(const char *pPath)
+{
+    const char *pBelow = OV_instBelowGuardedRoot(pPath);
+
+    return pBelow && pBelow > pPath ? static_cast<size_t>(pBelow - pPath) : 1;
+}
+
 int OV_instMkdir(const char *pPath, int iMode, FILE *pStream)
 {
     size_t iLength = pPath ? strlen(pPath) : 0;
-    char caPrefix[OV_INST_PATH_SIZE + 1];
 
     if (!iLength || iLength > OV_INST_PATH_SIZE) {
         OV_instSendUpdate(pStream, "-1 Mkdir invalid parameter\n");
@@ -98,16 +102,16 @@ int OV_instMkdir(const char *pPath, int iMode, FILE *pStream)
     }
     if (examineDirectory(pPath) == 0)
         return 0;
-    memcpy(caPrefix, pPath, iLength + 1);
-    for (size_t i = 1; i < iLength; i++) {
-        if (caPrefix[i] != '/')
+    std::string prefix(pPath);
+    for (size_t i = startOf(pPath); i < iLength; i++) {
+        if (prefix[i] != '/')
             continue;
-        caPrefix[i] = '\0';
-        if (makePrefix(caPrefix, iMode, pStream) < 0)
+        prefix[i] = '\0';
+        if (makePrefix(prefix.c_str(), iMode, pStream) < 0)
             return -1;
-        caPrefix[i] = '/';
+        prefix[i] = '/';
     }
-    return makePrefix(caPrefix, iMode, pStream);
+    return makePrefix(pPath, iMode, pStream);
 }
 
 int OV_instMakeParent(const char *pPath)
@@ -172,127 +176,88 @@ static ssize_t readBlock(int iFd, char *pBlock)
     return iRead;
 }
 
-/* Opens the target, its directory being made only where that turns out to be needed. What it holds
- * stays for now: it may be the source itself. */
-static int openTarget(const char *pTarget, FILE *pStream)
+/* Opens the target, emptied, its directory being made only where that turns out to be needed. -1
+ * when it is told that it cannot be had, or with EALREADY. */
+static int openTarget(const char *pTarget, const struct stat *pSource, FILE *pStream)
 {
-    const int iFlags = O_WRONLY | O_CREAT;
-    int iFd = OV_instGuardedOpen(pTarget, iFlags, 0600);
+    int iFd = OV_instGuardedOpenTarget(pTarget, pSource);
 
-    if (iFd >= 0)
+    if (iFd >= 0 || errno == EALREADY)
         return iFd;
     if (OV_instMakeParent(pTarget) < 0) {
         OV_instSendUpdate(pStream, "-1 Copyfile can't create destination directory for:\n%s\n",
                           pTarget);
+        errno = 0;
         return -1;
     }
-    iFd = OV_instGuardedOpen(pTarget, iFlags, 0600);
-    if (iFd < 0)
+    iFd = OV_instGuardedOpenTarget(pTarget, pSource);
+    if (iFd < 0 && errno != EALREADY)
         OV_instSendUpdate(pStream, "-1 Copyfile can't create file %s\n", pTarget);
     return iFd;
 }
 
-/* Whether writing into the open target would hand our bytes to somebody else: to a stranger who
- * owns the file, or to whoever knows it by another name. */
-static bool isShared(const struct stat *pTarget)
+/* Whether a block that was read is known to be the last: less than was asked for, and all that the
+ * file is said to hold. Most files are that small, and need no second read to find their end. */
+static bool isLast(ssize_t iRead, int64_t lDone, const struct stat *pSource)
 {
-    return pTarget->st_nlink > 1 || (pTarget->st_uid != 0 && pTarget->st_uid != geteuid());
-}
-
-/* A new file in the target's place. -1 when that cannot be had. */
-static int replaceTarget(const char *pTarget)
-{
-    if (OV_instGuardedRemove(pTarget) < 0)
-        return -1;
-    return OV_instGuardedOpen(pTarget, O_WRONLY | O_CREAT | O_EXCL, 0600);
-}
-
-/* The whole of a file that is its own source counts as done. */
-static void reportOwnSource(int iFrom, const char *pFrom, const char *pTarget, FILE *pStream)
-{
-    OV_instSendUpdate(pStream, "+%" PRId64 " %s %s\n",
-                      static_cast<int64_t>(lseek(iFrom, 0, SEEK_END)), pFrom, pTarget);
-}
-
-/* Whether the target is the running program itself, and comes from where it lies: nobody can write
- * to it while it runs. */
-static bool isRunningSource(int iFrom, const char *pTarget)
-{
-    struct stat from;
-    struct stat to;
-
-    if (!IsSetupExe(pTarget))
-        return false;
-    OwnedFd target(OV_instGuardedOpen(pTarget, O_PATH, 0));
-    return target.iFd >= 0 && fstat(iFrom, &from) == 0 && fstat(target.iFd, &to) == 0 &&
-           from.st_dev == to.st_dev && from.st_ino == to.st_ino;
-}
-
-enum TargetState { TARGET_READY, TARGET_IS_SOURCE, TARGET_FAILED };
-
-/* Makes the opened target empty. A product that is maintained from its own tree has files that are
- * their own source: those are left alone. */
-static TargetState prepareTarget(int iFrom, OwnedFd *pTo, const char *pTarget)
-{
-    struct stat from;
-    struct stat to;
-
-    if (fstat(pTo->iFd, &to) < 0)
-        return TARGET_FAILED;
-    if (!S_ISREG(to.st_mode) || (!to.st_size && !isShared(&to)))
-        return TARGET_READY;
-    if (fstat(iFrom, &from) == 0 && from.st_dev == to.st_dev && from.st_ino == to.st_ino)
-        return TARGET_IS_SOURCE;
-    if (!isShared(&to))
-        return ftruncate(pTo->iFd, 0) == 0 ? TARGET_READY : TARGET_FAILED;
-    pTo->reset(replaceTarget(pTarget));
-    return pTo->iFd < 0 ? TARGET_FAILED : TARGET_READY;
+    return iRead < OV_COPY_BLOCK && S_ISREG(pSource->st_mode) && pSource->st_size > 0 &&
+           lDone >= pSource->st_size;
 }
 
 /* Copies to the end of the source. 0 or 1. */
-static int copyBlocks(int iFrom, int iTo, const char *pFrom, const char *pTo, FILE *pStream)
+static int copyBlocks(int iFrom, int iTo, const struct stat *pSource, const char *pFrom,
+                      const char *pTo, FILE *pStream)
 {
-    char caBlock[OV_COPY_BLOCK];
+    static char s_caBlock[OV_COPY_BLOCK]; /* not on the stack, which may be small */
+    int64_t lDone = 0;
+    ssize_t iRead;
 
-    for (;;) {
-        ssize_t iRead = readBlock(iFrom, caBlock);
-
+    do {
+        iRead = readBlock(iFrom, s_caBlock);
         if (iRead == 0)
-            return 0;
+            break;
         if (iRead < 0) {
             OV_instSendUpdate(pStream, "-1 Copyfile failed reading file %s\n", pFrom);
             return 1;
         }
-        if (OV_instWriteAll(iTo, caBlock, static_cast<size_t>(iRead)) < 0) {
+        if (OV_instWriteAll(iTo, s_caBlock, static_cast<size_t>(iRead)) < 0) {
             OV_instSendUpdate(pStream, "-1 Copyfile writing file %s\n", pTo);
             return 1;
         }
         OV_instSendUpdate(pStream, "+%zd %s %s\n", iRead, pFrom, pTo);
-    }
+        lDone += iRead;
+    } while (!isLast(iRead, lDone, pSource));
+    return 0;
 }
 
-/* Copies into the opened target, which is closed when it cannot be used. 0 or 1. */
-static int fillTarget(int iFrom, OwnedFd *pTo, const char *pFrom, const char *pTarget,
-                      FILE *pStream)
+/* Copies between opened files, closes them and sets the mode. 0 or 1. */
+static int copyOpened(OwnedFd *pFrom, OwnedFd *pTo, const struct stat *pSource, const char *pPath,
+                      const char *pTarget, int iMode, FILE *pStream)
 {
-    switch (prepareTarget(iFrom, pTo, pTarget)) {
-    case TARGET_READY:
-        return copyBlocks(iFrom, pTo->iFd, pFrom, pTarget, pStream);
-    case TARGET_IS_SOURCE:
-        reportOwnSource(iFrom, pFrom, pTarget, pStream);
-        return 0;
-    case TARGET_FAILED:
-        break;
+    int iResult = copyBlocks(pFrom->iFd, pTo->iFd, pSource, pPath, pTarget, pStream);
+    /* Set through the descriptor: the name could by now be somebody else's file. */
+    bool bModeFailed = fchmod(pTo->iFd, static_cast<mode_t>(iMode & MODE_BITS)) < 0;
+
+    if (close(pFrom->release()) < 0) {
+        OV_instSendUpdate(pStream, "-1 Copyfile closing src file %s\n", pPath);
+        iResult = 1;
     }
-    OV_instSendUpdate(pStream, "-1 Copyfile can't create file %s\n", pTarget);
-    pTo->reset(-1);
-    return 1;
+    if (close(pTo->release()) < 0) {
+        OV_instSendUpdate(pStream, "-1 Copyfile closing dst file %s\n", pTarget);
+        iResult = 1;
+    }
+    if (bModeFailed) {
+        OV_instSendUpdate(pStream, "-1 Changing mode of %s\n", pTarget);
+        iResult = 1;
+    }
+    return iResult;
 }
 
 int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t lSize,
                     FILE *pStream, int iDelete)
 {
     char *pPath = nullptr;
+    struct stat source = {};
 
     if (!OV_instIsText(pSource) || !OV_instIsText(pTarget)) {
         OV_instSendUpdate(pStream, "-1 Copyfile invalid parameters\n");
@@ -306,29 +271,15 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
     OwnedText path(pPath);
     if (from.iFd < 0)
         return 1;
-    if (isRunningSource(from.iFd, pTarget)) {
-        reportOwnSource(from.iFd, pPath, pTarget, pStream);
-        return 0;
-    }
-    OwnedFd to(openTarget(pTarget, pStream));
-    if (to.iFd < 0)
+    (void)fstat(from.iFd, &source); /* else it is read to its end */
+    OwnedFd to(openTarget(pTarget, &source, pStream));
+    if (to.iFd >= 0)
+        return copyOpened(&from, &to, &source, pPath, pTarget, iMode, pStream);
+    if (errno != EALREADY)
         return 1;
-    int iResult = fillTarget(from.iFd, &to, pPath, pTarget, pStream);
-    if (to.iFd < 0)
-        return 1;
-    /* Set through the descriptor: the name could by now be somebody else's file. */
-    bool bModeFailed = fchmod(to.iFd, static_cast<mode_t>(iMode & MODE_BITS)) < 0;
-    if (close(from.release()) < 0) {
-        OV_instSendUpdate(pStream, "-1 Copyfile closing src file %s\n", pPath);
-        iResult = 1;
-    }
-    if (close(to.release()) < 0) {
-        OV_instSendUpdate(pStream, "-1 Copyfile closing dst file %s\n", pTarget);
-        iResult = 1;
-    }
-    if (bModeFailed) {
-        OV_instSendUpdate(pStream, "-1 Changing mode of %s\n", pTarget);
-        iResult = 1;
-    }
-    return iResult;
+    /* A product that is maintained from its own tree has files that are their own source. They are
+     * left alone, and the whole of each counts as done. */
+    OV_instSendUpdate(pStream, "+%" PRId64 " %s %s\n", static_cast<int64_t>(source.st_size), pPath,
+                      pTarget);
+    return 0;
 }

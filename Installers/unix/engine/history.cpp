@@ -16,6 +16,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/frontEnd.h"
 #include "ut/guard.h"
+#include "ut/guardedFile.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 

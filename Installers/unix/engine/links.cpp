@@ -2,6 +2,8 @@
 
 #include <cstring>
 #include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "engine/fileOps.h"
@@ -12,10 +14,13 @@
 #include "ut/strprint.h"
 #include "ut/text.h"
 
-/* One link to be made: pLast in iParent is to lead to the target. */
+/* One link to be made: pLast in iParent is to lead to the target. A hard link's target is opened,
+ * itself and the directory that it is in by the name pFrom; -1 where that cannot be done. */
 struct Link {
     const char *pTarget;
-    int iTarget; /* the target itself, opened; hard links only, -1 where it cannot be */
+    int iTarget;
+    int iFrom;
+    const char *pFrom;
     int iParent;
     const char *pLast;
 };
@@ -27,13 +32,33 @@ struct LinkKind {
     int (*make)(const Link *pLink);
 };
 
-/* By way of the opened file, so that nobody can put another in its place. */
+/* Links by name, where the system has no other way, and takes back a link to what somebody has put
+ * in the target's place meanwhile. */
+static int makeByName(const Link *pLink)
+{
+    struct stat wanted;
+    struct stat made;
+
+    if (fstat(pLink->iTarget, &wanted) < 0 ||
+        linkat(pLink->iFrom, pLink->pFrom, pLink->iParent, pLink->pLast, 0) < 0)
+        return -1;
+    if (fstatat(pLink->iParent, pLink->pLast, &made, AT_SYMLINK_NOFOLLOW) == 0 &&
+        made.st_dev == wanted.st_dev && made.st_ino == wanted.st_ino)
+        return 0;
+    (void)unlinkat(pLink->iParent, pLink->pLast, 0); /* the failure is told */
+    return -1;
+}
+
+/* By way of the opened file, so that nobody can put another in its place. Without /proc that takes
+ * root's rights. */
 static int makeHard(const Link *pLink)
 {
-    char caOpened[64];
+    const std::string way = "/proc/self/fd/" + std::to_string(pLink->iTarget);
 
-    (void)snprintf(caOpened, sizeof(caOpened), "/proc/self/fd/%d", pLink->iTarget);
-    return linkat(AT_FDCWD, caOpened, pLink->iParent, pLink->pLast, AT_SYMLINK_FOLLOW);
+    if (linkat(AT_FDCWD, way.c_str(), pLink->iParent, pLink->pLast, AT_SYMLINK_FOLLOW) == 0 ||
+        linkat(pLink->iTarget, "", pLink->iParent, pLink->pLast, AT_EMPTY_PATH) == 0)
+        return 0;
+    return makeByName(pLink);
 }
 
 static int makeSoft(const Link *pLink)
@@ -43,19 +68,12 @@ static int makeSoft(const Link *pLink)
 
 /* A hard link's target, relative to the directory. No stranger's link may lead to it: it would make
  * a file from outside part of the product. */
-static int openLinkTarget(const char *pDirectory, const char *pTarget)
+static void openLinkTarget(const char *pPath, OwnedFd *pFrom, Link *pLink)
 {
-    OwnedText path(pTarget[0] == '/' ? strdup(pTarget)
-                                     : OV_instBuildPath(pDirectory, pTarget, nullptr));
-
-    return path ? OV_instGuardedOpen(path.get(), O_PATH | O_NOFOLLOW, 0) : -1;
-}
-
-static bool isDirectory(const char *pPath)
-{
-    OwnedFd directory(OV_instGuardedOpenDir(pPath));
-
-    return directory.iFd >= 0;
+    pFrom->reset(OV_instGuardedOpenParent(pPath, &pLink->pFrom));
+    pLink->iFrom = pFrom->iFd;
+    if (pFrom->iFd >= 0)
+        pLink->iTarget = openat(pFrom->iFd, pLink->pFrom, O_PATH | O_NOFOLLOW | O_CLOEXEC);
 }
 
 /* The link's parent directory, opened; it is made when it is missing. -1 when it cannot be. */
@@ -68,13 +86,6 @@ static int openLinkParent(const char *pDirectory, const char *pName, char **ppPa
     return OV_instGuardedOpenParent(*ppPath, ppLast);
 }
 
-static int changeInto(const char *pDirectory)
-{
-    OwnedFd directory(OV_instGuardedOpenDir(pDirectory));
-
-    return directory.iFd < 0 ? -1 : fchdir(directory.iFd);
-}
-
 static int replaceByLink(const LinkKind *pKind, const Link *pLink, const char *pName, FILE *pStream)
 {
     (void)unlinkat(pLink->iParent, pLink->pLast, 0); /* what stays makes the link fail */
@@ -85,23 +96,30 @@ static int replaceByLink(const LinkKind *pKind, const Link *pLink, const char *p
     return 1;
 }
 
+static int cannotChange(const LinkKind *pKind, const char *pDirectory, const char *pTarget,
+                        const char *pName, FILE *pStream)
+{
+    OV_instSendUpdate(pStream, "-1 %s can't change directory to: %s:%s->%s\n", pKind->pWord,
+                      pDirectory, pTarget, pName);
+    return 1;
+}
+
 static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *pTarget,
                     const char *pName, FILE *pStream)
 {
-    char caSaved[OV_INST_PATH_SIZE + 1];
-    const char *pLast = nullptr;
+    OwnedText saved(getcwd(nullptr, 0));
+    Link link = {pTarget, -1, -1, nullptr, -1, nullptr};
     char *pPath = nullptr;
+    OwnedFd from;
 
-    if (!getcwd(caSaved, sizeof(caSaved))) {
+    if (!saved) {
         OV_instSendUpdate(pStream, "-1 %s can't get current working directory\n", pKind->pWord);
         return 1;
     }
-    if (!isDirectory(pDirectory)) {
-        OV_instSendUpdate(pStream, "-1 %s can't change directory to: %s:%s->%s\n", pKind->pWord,
-                          pDirectory, pTarget, pName);
-        return 1;
-    }
-    OwnedFd parent(openLinkParent(pDirectory, pName, &pPath, &pLast));
+    OwnedFd directory(OV_instGuardedOpenDir(pDirectory));
+    if (directory.iFd < 0)
+        return cannotChange(pKind, pDirectory, pTarget, pName, pStream);
+    OwnedFd parent(openLinkParent(pDirectory, pName, &pPath, &link.pLast));
     OwnedText path(pPath);
     if (parent.iFd < 0) {
         /* The decompression's message: who looks for it knows it so. */
@@ -109,17 +127,18 @@ static int makeLink(const LinkKind *pKind, const char *pDirectory, const char *p
                           pName);
         return 1;
     }
-    OwnedFd target(pKind->bHard ? openLinkTarget(pDirectory, pTarget) : -1);
-    if (changeInto(pDirectory) < 0) {
-        OV_instSendUpdate(pStream, "-1 %s can't change directory to: %s:%s->%s\n", pKind->pWord,
-                          pDirectory, pTarget, pName);
-        return 1;
-    }
-    const Link link = {pTarget, target.iFd, parent.iFd, pLast};
+    link.iParent = parent.iFd;
+    OwnedText targetPath(pTarget[0] == '/' ? strdup(pTarget)
+                                           : OV_instBuildPath(pDirectory, pTarget, nullptr));
+    if (pKind->bHard && targetPath)
+        openLinkTarget(targetPath.get(), &from, &link);
+    OwnedFd target(link.iTarget);
+    if (fchdir(directory.iFd) < 0)
+        return cannotChange(pKind, pDirectory, pTarget, pName, pStream);
     int iResult = replaceByLink(pKind, &link, pName, pStream);
-    if (chdir(caSaved) < 0) {
+    if (chdir(saved.get()) < 0) {
         OV_instSendUpdate(pStream, "-1 %s can't change directory back to: %s\n", pKind->pWord,
-                          caSaved);
+                          saved.get());
         return 1;
     }
     OV_instSendUpdate(pStream, "+1 %s %s\n", pKind->pWord, pName);

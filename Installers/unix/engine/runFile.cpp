@@ -13,6 +13,7 @@
 #include "engine/runReport.h"
 #include "engine/setupState.h"
 #include "ut/guard.h"
+#include "ut/guardedFile.h"
 #include "ut/owned.h"
 #include "ut/replaceFile.h"
 #include "ut/strprint.h"

@@ -10,7 +10,7 @@
 #include "engine/records.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
-#include "ut/guard.h"
+#include "ut/guardedFile.h"
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
@@ -97,7 +97,7 @@ static FILE *openUncompressed(const char *pTarget, FILE *pStream)
                           pTarget);
         return nullptr;
     }
-    FILE *pTo = OV_instGuardedFopen(pTarget, "w");
+    FILE *pTo = OV_instGuardedFopenTarget(pTarget);
     if (!pTo) /* begins with 0: the parent's reader takes -1 for an error to be asked about */
         OV_instSendUpdate(pStream, "0 Can't create file %s\n", pTarget);
     return pTo;

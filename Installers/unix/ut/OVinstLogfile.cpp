@@ -4,7 +4,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "ut/guard.h"
+#include "ut/guardedFile.h"
 
 enum { HEADER_SIZE = 256 };
 

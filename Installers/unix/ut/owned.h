@@ -29,6 +29,12 @@ struct OwnedFd {
     explicit OwnedFd(int iOpened = -1) : iFd(iOpened) {}
     OwnedFd(const OwnedFd &) = delete;
     OwnedFd &operator=(const OwnedFd &) = delete;
+    OwnedFd(OwnedFd &&other) noexcept : iFd(other.release()) {}
+    OwnedFd &operator=(OwnedFd &&other) noexcept
+    {
+        reset(other.release());
+        return *this;
+    }
     ~OwnedFd() { reset(-1); }
 
     void reset(int iOpened)

@@ -20,7 +20,7 @@
 #include "ut/OVinstLogfile.h"
 #include "ut/toolkit/bxutils.h"
 #include "ut/toolkit/foldText.h"
-#include "ut/guard.h"
+#include "ut/guardedFile.h"
 #include "ut/toolkit/looks.h"
 #include "ut/owned.h"
 #include "ut/wholeFile.h"
