@@ -201,11 +201,15 @@ static bool allowMembers(const Feed *pFeed, OV_MemberPlaces *pPlaces)
 {
     OV_Confinement *pConfinement = pPlaces->pConfinement;
 
-    for (int32_t i = 0; i < pFeed->pTar->iCount; i++)
+    bool bListed = false;
+
+    for (int32_t i = 0; i < pFeed->pTar->iCount; i++) {
         if (!OV_instAllowMember(pPlaces, pFeed->pTar->apMembers[i]))
             return false;
+        bListed = bListed || pFeed->pTar->apMembers[i][0]; /* a blank behind the line lists one */
+    }
     pConfinement->bRequired = OV_instCanConfine(pConfinement);
-    if (pConfinement->bRequired && (pFeed->pTar->iCount || !OV_instHoldsLinks(pFeed->pDest)))
+    if (pConfinement->bRequired && (bListed || !OV_instHoldsLinks(pFeed->pDest)))
         return true;
     return OV_instAllowArchived(pPlaces, OV_instArchivedMembers(pFeed->iArchive));
 }
@@ -214,7 +218,7 @@ static bool allowMembers(const Feed *pFeed, OV_MemberPlaces *pPlaces)
 static int startPrograms(Feed *pFeed, bool bCompressed, const OV_Confinement *pConfinement)
 {
     OV_Command tar = {s_caTar, -1, -1, pConfinement};
-    OV_Command decompressor = {OV_instDecompressor(), -1, -1, nullptr};
+    OV_Command decompressor = {nullptr, -1, -1, nullptr};
     int aFed[2];
     int aPlain[2];
 
@@ -226,6 +230,7 @@ static int startPrograms(Feed *pFeed, bool bCompressed, const OV_Confinement *pC
         if (pipe2(aPlain, O_CLOEXEC) < 0)
             return -1;
         OwnedFd plain(aPlain[0]);
+        decompressor.pText = OV_instDecompressor();
         decompressor.iInput = input.iFd;
         decompressor.iOutput = aPlain[1];
         pFeed->iDecompressor = OV_instStartCommand(&decompressor);

@@ -1,11 +1,14 @@
 #include "engine/confined.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/landlock.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/select.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -117,12 +120,24 @@ static int reopen(const OV_Place &place)
                : -1;
 }
 
+/* Two descriptors for every place, which exec closes; the programs keep the limit they had. */
+static bool makeRoomFor(size_t iPlaces, struct rlimit *pBefore)
+{
+    if (getrlimit(RLIMIT_NOFILE, pBefore) < 0)
+        return false;
+    const rlim_t needed = 2 * iPlaces + FD_SETSIZE;
+    const struct rlimit enough = {std::max(needed, pBefore->rlim_cur),
+                                  std::max(needed, pBefore->rlim_max)};
+    return needed <= pBefore->rlim_cur || setrlimit(RLIMIT_NOFILE, &enough) == 0;
+}
+
 /* Makes everything read-only but the places, whose own mounts are put over them. Between mounts no
  * file can be linked; so where there are several, and only those who are trusted could plant
  * something, Landlock alone has to do. */
 static ViewResult enterView(const OV_Confinement *pConfinement)
 {
     struct mount_attr readOnly = {};
+    struct rlimit files;
     std::vector<int> places; /* closed by exec */
     std::vector<int> mounts; /* likewise */
 
@@ -130,7 +145,8 @@ static ViewResult enterView(const OV_Confinement *pConfinement)
         !pConfinement->bOpenToStrangers)
         return VIEW_IMPOSSIBLE;
     OwnedFd top(open("/", s_iDirectory));
-    if (pConfinement->allowed.count(idOf(top.iFd)) || !ownView())
+    if (pConfinement->allowed.count(idOf(top.iFd)) ||
+        !makeRoomFor(pConfinement->places.size(), &files) || !ownView())
         return VIEW_IMPOSSIBLE; /* also where all is allowed */
     for (const OV_Place &place : pConfinement->places) {
         places.push_back(reopen(place));
@@ -146,6 +162,7 @@ static ViewResult enterView(const OV_Confinement *pConfinement)
         if (move_mount(mounts[i], "", places[i], "",
                        MOVE_MOUNT_F_EMPTY_PATH | MOVE_MOUNT_T_EMPTY_PATH) < 0)
             return VIEW_BROKEN;
+    (void)setrlimit(RLIMIT_NOFILE, &files); /* it had that before */
     return fchdir(mounts[0]) == 0 ? VIEW_ENTERED : VIEW_BROKEN;
 }
 
