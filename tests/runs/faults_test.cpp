@@ -19,17 +19,18 @@ static void expectNothingLeft(const Medium &medium)
 
 TEST(Faults, DamagedArchives)
 {
-    /* Tar's own status is not looked at, so damage is told only when the feeding fails. */
     static const struct {
         const char *pMake; /* shell commands that damage "packed" or "plain" */
         const char *pOperation;
         bool bTold;
+        bool bWarned;
     } s_aCases[] = {
-        {"head -c 200000 /dev/urandom > packed", "UntarZ \"packed\"", true},
-        {"head -c 100000 packed > x; mv x packed", "UntarZ \"packed\"", false},
-        {"head -c 100000 plain > x; mv x plain", "Untar \"plain\"", false},
-        {"tar -b 256 -cf plain files", "Untar \"plain\"", false},  /* sound, but padded, */
-        {"tar -b 2560 -cf plain files", "Untar \"plain\"", false}, /* also beyond the pipe */
+        {"head -c 200000 /dev/urandom > packed", "UntarZ \"packed\"", true, true},
+        {"head -c 100000 packed > x; mv x packed", "UntarZ \"packed\"", true, true},
+        {"head -c 100000 plain > x; mv x plain", "Untar \"plain\"", true, true},
+        {"tar -Pcf plain files ../medium/r", "Untar \"plain\"", false, true}, /* tar will not */
+        {"tar -b 256 -cf plain files", "Untar \"plain\"", false, false},  /* sound, but padded, */
+        {"tar -b 2560 -cf plain files", "Untar \"plain\"", false, false}, /* beyond the pipe, too */
     };
 
     for (const auto &test : s_aCases) {
@@ -50,6 +51,7 @@ TEST(Faults, DamagedArchives)
         EXPECT_EQ(result.iStatus, 0);
         EXPECT_EQ(medium.installed("c"), "copied"); /* the run goes on */
         EXPECT_EQ(result.err.find("Error: ") != std::string::npos, test.bTold) << result.err;
+        EXPECT_EQ(medium.log().find("\nWarning: unpacking p") != std::string::npos, test.bWarned);
         EXPECT_EQ(medium.log().find("Error during") != std::string::npos, test.bTold);
         expectNothingLeft(medium);
     }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cinttypes>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -10,11 +11,14 @@
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 
-#include "engine/confined.h"
+#include "engine/command.h"
 #include "engine/fileOps.h"
 #include "engine/memberPlaces.h"
 #include "engine/records.h"
+#include "engine/runReport.h"
 #include "engine/uncompress.h"
+#include "engine/unpacked.h"
+#include "engine/workingFiles.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/debugLevel.h"
 #include "ut/guard.h"
@@ -36,11 +40,12 @@ struct Feed {
     const _OV_InstTar *pTar;
     const char *pPath;    /* of the archive */
     const char *pDest;    /* as it stands in the records */
-    const char *pCommand; /* likewise */
+    const char *pCommand; /* likewise; what runs are its programs */
     FILE *pStream;
     int iArchive;
-    int iPipe; /* to the command */
-    pid_t iCommand;
+    int iPipe;           /* to the first program */
+    pid_t iDecompressor; /* 0 for an archive that needs none */
+    pid_t iTar;
     uint64_t ulSize;
     uint64_t ulFed;
     int32_t iReported; /* files reported so far */
@@ -187,84 +192,157 @@ static int feedArchive(Feed *pFeed)
     return 0;
 }
 
-/* Starts the command with pDest as its working directory, and able to write only there. 0 or 1. */
-static int startCommand(Feed *pFeed, const char *pDest, OV_Confinement *pConfinement)
+/* ---- the command ---- */
+
+/* What the members need to be let in. Whether tar would be led astray is left to the kernel, which
+ * sees it when it happens; only where that cannot be, or where nothing but the archive knows its
+ * members while there are links that may be followed, the archive is read beforehand. */
+static bool allowMembers(const Feed *pFeed, OV_MemberPlaces *pPlaces)
 {
+    OV_Confinement *pConfinement = pPlaces->pConfinement;
+
+    bool bListed = false;
+
+    for (int32_t i = 0; i < pFeed->pTar->iCount; i++) {
+        if (!OV_instAllowMember(pPlaces, pFeed->pTar->apMembers[i]))
+            return false;
+        bListed = bListed || pFeed->pTar->apMembers[i][0]; /* a blank behind the line lists one */
+    }
+    pConfinement->bRequired = OV_instCanConfine(pConfinement);
+    if (pConfinement->bRequired && (bListed || !OV_instHoldsLinks(pFeed->pDest)))
+        return true;
+    return OV_instAllowArchived(pPlaces, OV_instArchivedMembers(pFeed->iArchive));
+}
+
+/* Starts the one program or the two, of which only tar writes files; 0 or -1. */
+static int startPrograms(Feed *pFeed, bool bCompressed, const OV_Confinement *pConfinement)
+{
+    OV_Command tar = {s_caTar, -1, -1, pConfinement};
+    OV_Command decompressor = {nullptr, -1, -1, nullptr};
+    int aFed[2];
+    int aPlain[2];
+
+    if (pipe2(aFed, O_CLOEXEC) < 0)
+        return -1;
+    OwnedFd input(aFed[0]);
+    OwnedFd output(aFed[1]);
+    if (bCompressed) {
+        if (pipe2(aPlain, O_CLOEXEC) < 0)
+            return -1;
+        OwnedFd plain(aPlain[0]);
+        decompressor.pText = OV_instDecompressor();
+        decompressor.iInput = input.iFd;
+        decompressor.iOutput = aPlain[1];
+        pFeed->iDecompressor = OV_instStartCommand(&decompressor);
+        (void)close(aPlain[1]); /* nothing was written */
+        input.reset(plain.release());
+        if (pFeed->iDecompressor < 0)
+            return -1;
+    }
+    tar.iInput = input.iFd;
+    pFeed->iTar = OV_instStartCommand(&tar);
+    if (pFeed->iTar < 0)
+        return -1;
+    pFeed->iPipe = output.release();
+    return 0;
+}
+
+/* The status of the two programs: tar's counts first. A decompressor that found tar gone when that
+ * had all that it wanted has done its part. -1 when they cannot be waited for. */
+static int endPrograms(const Feed *pFeed)
+{
+    const int iTar = OV_instEndOfCommand(pFeed->iTar);
+    const int iDecompressor =
+        pFeed->iDecompressor > 0 ? OV_instEndOfCommand(pFeed->iDecompressor) : 0;
+
+    if (iTar != 0 || iDecompressor == 128 + SIGPIPE)
+        return iTar;
+    return iDecompressor;
+}
+
+/* A decompressor without a tar has no reader, and ends. */
+static void endStarted(const Feed *pFeed)
+{
+    if (pFeed->iDecompressor > 0)
+        (void)OV_instEndOfCommand(pFeed->iDecompressor); /* it failed already */
+}
+
+static int cannotRun(const Feed *pFeed)
+{
+    OV_instSendUpdate(pFeed->pStream, "-1 Untar can't run '%s' on file: %s\n", pFeed->pCommand,
+                      pFeed->pPath);
+    return 1;
+}
+
+/* Starts the command with pDest as its working directory, and able to write only there. 0 or 1. */
+static int startCommand(Feed *pFeed, bool bCompressed)
+{
+    OV_Confinement confinement;
+    OV_MemberPlaces places = {pFeed->pDest, &confinement, {}, ""};
     char caSaved[OV_INST_PATH_SIZE + 1];
 
     if (!getcwd(caSaved, sizeof(caSaved))) {
         OV_instSendUpdate(pFeed->pStream, "-1 Can't get current working\n");
         return 1;
     }
-    int iDirectory = OV_instGuardedOpenDir(pDest);
-    if (iDirectory < 0) {
-        OV_instSendUpdate(pFeed->pStream, "-1 Can't change directory to: %s\n", pDest);
+    OwnedFd directory(OV_instGuardedOpenDir(pFeed->pDest));
+    if (directory.iFd < 0) {
+        OV_instSendUpdate(pFeed->pStream, "-1 Can't change directory to: %s\n", pFeed->pDest);
         return 1;
     }
-    (void)OV_instAllowBelow(pConfinement, iDirectory); /* the first one fits */
-    if (OV_instAllowMembers(pFeed->pTar, pDest, pConfinement))
-        pFeed->iPipe =
-            OV_instStartConfined(pFeed->pCommand, iDirectory, pConfinement, &pFeed->iCommand);
-    if (pFeed->iPipe < 0) {
-        OV_instSendUpdate(pFeed->pStream, "-1 Untar can't run '%s' on file: %s\n", pFeed->pCommand,
-                          pFeed->pPath);
-        return 1;
+    if (OV_instAllowBelow(&confinement, directory.iFd, pFeed->pDest) < 0)
+        return cannotRun(pFeed);
+    if (!allowMembers(pFeed, &places)) {
+        OV_instWarn("%s is not unpacked: %s", pFeed->pTar->pArchive, places.refusal.c_str());
+        return cannotRun(pFeed);
     }
+    if (startPrograms(pFeed, bCompressed, &confinement) < 0)
+        return cannotRun(pFeed);
     (void)fcntl(pFeed->iPipe, F_SETPIPE_SZ, PIPE_SIZE); /* the default will do */
     (void)fcntl(pFeed->iPipe, F_SETFL, O_NONBLOCK);     /* likewise */
     return 0;
 }
 
-static int addOwnerWrite(const char *pMember, mode_t iMode)
+/* The command's status by itself decides nothing, because media rely on archives that tar complains
+ * of and unpacks. What is there does. */
+static int judge(Feed *pFeed, int iStatus)
 {
-    OwnedText here(pMember[0] == '/' ? strdup("") : getcwd(nullptr, 0));
-    OwnedText path(here ? OV_instBuildPath(here.get(), pMember, nullptr) : nullptr);
-
-    return path ? OV_instGuardedChmod(path.get(), (iMode & 07777) | S_IWUSR) : -1;
-}
-
-/* Gives the entry's existing files owner write permission. The names are examined as they stand in
- * the entry, from wherever the run was started: files below the destination are replaced by tar. */
-static void makeWritable(const Feed *pFeed)
-{
-    for (int32_t i = 0; i < pFeed->pTar->iCount; i++) {
-        const char *pMember = pFeed->pTar->apMembers[i];
-        struct stat info;
-
-        if (stat(pMember, &info) < 0 || (info.st_mode & S_IWUSR))
-            continue;
-        if (addOwnerWrite(pMember, info.st_mode) < 0)
-            OV_instSendUpdate(pFeed->pStream,
-                              "-1 Untar could not make \"%s\" writable before\n"
-                              "extracting it from \"%s\"\n",
-                              pMember, pFeed->pPath);
+    if (iStatus == 0) {
+        if (pFeed->bLeftEarly) {
+            pFeed->ulFed = pFeed->ulSize; /* all there was */
+            reportFed(pFeed);
+        }
+        return 0;
     }
+    OV_instWarn("unpacking %s ended with status %d", pFeed->pTar->pArchive, iStatus);
+    if (pFeed->bLeftEarly) {
+        (void)pipeFailure(pFeed); /* writes the record */
+        return 1;
+    }
+    const char *pMissing = OV_instMissingMember(pFeed->pTar, pFeed->pDest);
+    if (!pMissing)
+        return 0;
+    OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't extract %s from %s\n", pMissing,
+                      pFeed->pTar->pArchive);
+    return 1;
 }
 
 static int closeFeed(Feed *pFeed)
 {
     int iResult = 0;
-    int iCommandStatus = 0;
 
     if (close(pFeed->iArchive) < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close tarfile %s\n", pFeed->pPath);
         iResult = 1;
     }
-    int iStatus = close(pFeed->iPipe);
-    if (OV_instWaitConfined(pFeed->iCommand, &iCommandStatus) < 0 || iStatus < 0) {
+    const int iClosed = close(pFeed->iPipe);
+    const int iStatus = endPrograms(pFeed);
+    if (iStatus < 0 || iClosed < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close pipe for file '%s'\n",
                           pFeed->pPath);
-        iResult = 1;
-    } else if (iCommandStatus != 0 && pFeed->bLeftEarly) {
-        /* Otherwise tar's own status is not examined: media rely on archives that it complains of
-         * and unpacks. */
-        (void)pipeFailure(pFeed); /* writes the record */
-        iResult = 1;
-    } else if (pFeed->bLeftEarly) {
-        pFeed->ulFed = pFeed->ulSize; /* all there was */
-        reportFed(pFeed);
+        return 1;
     }
-    return iResult;
+    return iResult | judge(pFeed, iStatus);
 }
 
 static char *untarCommand(int iCompressed)
@@ -277,7 +355,6 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
                  FILE *pStream, int)
 {
     Feed feed = {};
-    OV_Confinement confinement = {};
     char *pPath = nullptr;
     struct stat info;
 
@@ -302,12 +379,12 @@ int OV_instUntar(const _OV_InstTar *pTar, const char *, const char *pDest, int64
     feed.ulSize = static_cast<uint64_t>(info.st_size);
     feed.iArchive = archive.iFd;
     feed.iPipe = -1;
-    int iResult = startCommand(&feed, pDest, &confinement);
-    OV_instReleaseConfinement(&confinement);
-    if (iResult != 0)
+    if (startCommand(&feed, iCompressed != 0) != 0) {
+        endStarted(&feed);
         return 1;
-    makeWritable(&feed);
-    iResult = feedArchive(&feed);
+    }
+    OV_instMakeWritable(pTar, pPath, pStream);
+    const int iResult = feedArchive(&feed);
     (void)archive.release();
     return closeFeed(&feed) | iResult;
 }

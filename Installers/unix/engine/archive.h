@@ -8,8 +8,9 @@
 #include "description/model.h"
 
 /* Has tar unpack the entry's archive into pDest, which must exist. The entry's files are reported
- * as the archive is fed, so by its fraction and not by what tar has done; tar's own exit status is
- * not examined. 0 or 1. */
+ * as the archive is fed, so by its fraction and not by what tar has done. When tar or the
+ * decompressor ends with a status, a warning goes into the log, and it is a failure if one of the
+ * entry's files is not there as it should be. 0 or 1. */
 int OV_instUntar(const _OV_InstTar *pTar, const char *pFrom, const char *pDest, int64_t lSize,
                  int iCompressed, FILE *pStream, int iMode);
 

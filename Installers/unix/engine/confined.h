@@ -1,32 +1,46 @@
-/* Running a shell command that may write below given directories only. tar follows symbolic links
- * that it finds in its way, and those may have been planted a moment ago; so where the kernel can
- * (Landlock), the command is kept to the directories that were opened for it. */
+/* Keeping a command to given directories. tar follows symbolic links that it finds in its way, and
+ * those may have been planted a moment ago. So the command gets a view of the file system in which
+ * all but those directories is read-only (a mount namespace, for which setup must be root), and may
+ * not write elsewhere (Landlock). Each is used where the kernel lets it. */
 #ifndef OVINST_ENGINE_CONFINED_H
 #define OVINST_ENGINE_CONFINED_H
 
-#include <sys/types.h>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <sys/stat.h>
+#include <tuple>
+#include <vector>
 
-enum { OV_CONFINED_MOST = 64 };
+#include "ut/owned.h"
 
-/* Directories a command may write below. */
-struct OV_Confinement {
-    int aDirs[OV_CONFINED_MOST]; /* opened; closed by OV_instReleaseConfinement */
-    int iDirs;
-    bool bOff; /* the command may write wherever it can */
+/* What a directory is known by, however it was reached: mount, device, number. */
+using OV_DirectoryId = std::tuple<uint64_t, uint64_t, uint64_t>;
+
+/* A directory that the command may write below. */
+struct OV_Place {
+    std::string path; /* as it was reached; may be relative to the starter's directory */
+    OV_DirectoryId id;
 };
 
-/* Adds an opened directory, which is taken over. 0, or -1 when there are too many: it is closed,
- * and the command had better not be started. */
-int OV_instAllowBelow(OV_Confinement *pConfinement, int iDirectory);
-void OV_instReleaseConfinement(OV_Confinement *pConfinement);
+struct OV_Confinement {
+    std::vector<OV_Place> places;     /* the command works in the first one */
+    std::set<OV_DirectoryId> allowed; /* these, and what was found below them */
+    OwnedFd working;
+    OwnedFd rules;                 /* the kernel's; none without Landlock */
+    bool bOpenToStrangers = false; /* somebody else can write in a directory that was looked at */
+    bool bRequired = false;        /* the command must not run where the kernel does neither */
+};
 
-/* Starts "sh -c COMMAND" in the directory iWorking, its input coming from a pipe whose other end is
- * the result (close-on-exec). The shell ends with its starter, and what it started when it has read
- * what the pipe still holds. -1 with errno set. */
-int OV_instStartConfined(const char *pCommand, int iWorking, const OV_Confinement *pConfinement,
-                         pid_t *piCommand);
+/* Adds an opened directory unless it lies below one that was added. 0, or -1 when the kernel does
+ * not let it be added: the command had better not be started. */
+int OV_instAllowBelow(OV_Confinement *pConfinement, int iDirectory, const char *pPath);
 
-/* Waits for the command; its status is as waitpid gives it. 0 or -1. */
-int OV_instWaitConfined(pid_t iCommand, int *piStatus);
+/* Whether the kernel can keep a command there at all. Forks to see, where it has no Landlock. */
+bool OV_instCanConfine(const OV_Confinement *pConfinement);
+
+/* In the command's process: goes to the first directory and gives up everything else. False when
+ * the process must not go on. */
+bool OV_instEnterConfinement(const OV_Confinement *pConfinement);
 
 #endif

@@ -2,65 +2,48 @@
 
 #include <cerrno>
 #include <cstring>
+#include <deque>
 #include <filesystem>
-#include <string>
-#include <string_view>
-#include <unordered_map>
-#include <vector>
+#include <sys/stat.h>
 
+#include "engine/ownership.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
 
-/* The path that an opened directory really has; empty when /proc does not tell. */
-static std::string realPathOf(int iDirectory)
+enum { LINKS_MOST = 40 }; /* on one way: the kernel's own limit */
+
+/* Looks at one directory; what a trusted link leads out of the destination to is written to as
+ * well. */
+static bool allowDirectory(OV_MemberPlaces *pPlaces, const std::string &directory, bool *pbExists)
 {
-    std::error_code failed;
+    OwnedText path(OV_instBuildPath(pPlaces->pDest, directory.c_str(), nullptr));
+    OwnedFd opened(path ? OV_instGuardedOpenDir(path.get()) : -1);
+    struct stat info;
 
-    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(iDirectory), failed);
-}
-
-/* Where an archive's members go. */
-struct Destinations {
-    const char *pDest;
-    OV_Confinement *pConfinement;
-    std::vector<std::string> allowed;                  /* real paths, each with a slash behind it */
-    std::unordered_map<std::string_view, bool> exists; /* directories below pDest that were tried */
-};
-
-static bool isAllowed(const Destinations *pWhere, const std::string &directory)
-{
-    for (const std::string &above : pWhere->allowed)
-        if (directory.compare(0, above.size(), above) == 0)
-            return true;
+    *pbExists = opened.iFd >= 0;
+    if (opened.iFd < 0 && errno == ELOOP) {
+        pPlaces->refusal = OV_instRefusedLink(path.get()) + ", was not followed";
+        return false;
+    }
+    if (opened.iFd < 0)
+        return true;
+    if (fstat(opened.iFd, &info) < 0 || !OV_instIsOursAlone(&info))
+        pPlaces->pConfinement->bOpenToStrangers = true;
+    if (OV_instAllowBelow(pPlaces->pConfinement, opened.iFd, path.get()) == 0)
+        return true;
+    pPlaces->refusal = std::string(path.get()) + " cannot be let in";
     return false;
 }
 
-/* Looks at one directory; what a trusted link leads out of the destination to is written to as
- * well. False when it cannot be: a stranger's link, which tar would follow, or too many places. */
-static bool allowDirectory(Destinations *pWhere, std::string_view directory, bool *pbExists)
-{
-    OwnedText path(OV_instBuildPath(pWhere->pDest, std::string(directory).c_str(), nullptr));
-    OwnedFd opened(path ? OV_instGuardedOpenDir(path.get()) : -1);
-
-    *pbExists = opened.iFd >= 0;
-    if (opened.iFd < 0)
-        return errno != ELOOP;
-    std::string real = realPathOf(opened.iFd) + "/";
-    if (isAllowed(pWhere, real))
-        return true;
-    pWhere->allowed.push_back(real);
-    return OV_instAllowBelow(pWhere->pConfinement, opened.release()) == 0;
-}
-
 /* All directories on the way to a member, from the top to the first that does not exist yet. */
-static bool allowMember(Destinations *pWhere, const char *pMember)
+bool OV_instAllowMember(OV_MemberPlaces *pPlaces, const char *pMember)
 {
     for (const char *pSlash = strchr(pMember, '/'); pSlash; pSlash = strchr(pSlash + 1, '/')) {
-        std::string_view directory(pMember, static_cast<size_t>(pSlash - pMember));
-        auto [known, bNew] = pWhere->exists.emplace(directory, true);
+        auto [known, bNew] = pPlaces->exists.emplace(
+            std::string(pMember, static_cast<size_t>(pSlash - pMember)), true);
 
-        if (bNew && !allowDirectory(pWhere, directory, &known->second))
+        if (bNew && !allowDirectory(pPlaces, known->first, &known->second))
             return false;
         if (!known->second)
             break;
@@ -68,14 +51,102 @@ static bool allowMember(Destinations *pWhere, const char *pMember)
     return true;
 }
 
-bool OV_instAllowMembers(const _OV_InstTar *pTar, const char *pDest, OV_Confinement *pConfinement)
-{
-    Destinations where = {pDest, pConfinement, {realPathOf(pConfinement->aDirs[0]) + "/"}, {}};
+/* ---- members as they stand in the archive ---- */
 
-    for (int32_t i = 0; i < pTar->iCount; i++)
-        if (!allowMember(&where, pTar->apMembers[i]))
+using Links = std::unordered_map<std::string, std::string>; /* the archive's own, by their places */
+
+/* The components of a path, in front of those that are still to be walked. */
+static void walkFirst(std::deque<std::string> *pWay, const std::string &path)
+{
+    std::deque<std::string> parts;
+
+    for (size_t iStart = 0; iStart < path.size();) {
+        const size_t iEnd = std::min(path.find('/', iStart), path.size());
+        if (iEnd > iStart && path.compare(iStart, iEnd - iStart, ".") != 0)
+            parts.push_back(path.substr(iStart, iEnd - iStart));
+        iStart = iEnd + 1;
+    }
+    pWay->insert(pWay->begin(), parts.begin(), parts.end());
+}
+
+static std::string above(const std::string &place)
+{
+    const size_t iSlash = place.rfind('/');
+
+    return iSlash == std::string::npos ? "" : place.substr(0, iSlash);
+}
+
+/* Where the member goes once the links before it are there; tar takes a name's leading slashes
+ * away, but not those of a link's target. False when that is not below the destination. */
+static bool placeOf(const Links &links, const std::string &name, std::string *pPlace)
+{
+    std::deque<std::string> way;
+    int iLinks = 0;
+
+    walkFirst(&way, name);
+    for (const std::string &part : way)
+        if (part == "..")
             return false;
-    /* Without members nothing is known of trusted links in the way, which may be followed. */
-    pConfinement->bOff = pTar->iCount == 0;
+    for (pPlace->clear(); !way.empty();) {
+        const std::string part = way.front();
+        way.pop_front();
+        if (part == "..") {
+            if (pPlace->empty())
+                return false;
+            *pPlace = above(*pPlace);
+            continue;
+        }
+        *pPlace += (pPlace->empty() ? "" : "/") + part;
+        const auto link = way.empty() ? links.end() : links.find(*pPlace);
+        if (link == links.end())
+            continue;
+        if (link->second[0] == '/' || ++iLinks > LINKS_MOST)
+            return false;
+        *pPlace = above(*pPlace);
+        walkFirst(&way, link->second);
+    }
     return true;
+}
+
+static bool allowArchivedName(OV_MemberPlaces *pPlaces, const Links &links, const std::string &name,
+                              std::string *pPlace)
+{
+    if (!placeOf(links, name, pPlace)) {
+        pPlaces->refusal = name + " would leave " + pPlaces->pDest;
+        return false;
+    }
+    return OV_instAllowMember(pPlaces, pPlace->c_str());
+}
+
+bool OV_instAllowArchived(OV_MemberPlaces *pPlaces, const std::vector<OV_ArchivedMember> &members)
+{
+    Links links;
+    std::string place;
+
+    for (const OV_ArchivedMember &member : members) {
+        if (!member.hardLink.empty() && !allowArchivedName(pPlaces, links, member.hardLink, &place))
+            return false;
+        if (!allowArchivedName(pPlaces, links, member.name, &place))
+            return false;
+        /* The slash: a directory through a link would get the member's mode. */
+        if (member.bDirectory && !OV_instAllowMember(pPlaces, (place + "/").c_str()))
+            return false;
+        (void)links.erase(place); /* whatever was there before is replaced */
+        if (!member.symbolicLink.empty())
+            links[place] = member.symbolicLink;
+    }
+    return true;
+}
+
+bool OV_instHoldsLinks(const char *pDest)
+{
+    namespace fs = std::filesystem;
+    std::error_code failed;
+    fs::recursive_directory_iterator entry(pDest, fs::directory_options::skip_permission_denied,
+                                           failed);
+
+    for (; !failed && entry != fs::recursive_directory_iterator(); entry.increment(failed))
+        if (entry->is_symlink(failed))
+            return true;
+    return static_cast<bool>(failed); /* what was not seen may hold some */
 }

@@ -3,13 +3,29 @@
 #ifndef OVINST_ENGINE_MEMBERPLACES_H
 #define OVINST_ENGINE_MEMBERPLACES_H
 
-#include "description/model.h"
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "engine/archiveNames.h"
 #include "engine/confined.h"
 
-/* Adds to a confinement, whose first directory is pDest, opened, the other directories that the
- * entry's members are to be written to. An entry without members says nothing of its links, so the
- * confinement is then switched off. False when a member is not to be written, for a stranger's link
- * in its way or too many places; the command had better not be started. */
-bool OV_instAllowMembers(const _OV_InstTar *pTar, const char *pDest, OV_Confinement *pConfinement);
+struct OV_MemberPlaces {
+    const char *pDest;                            /* unpacked into */
+    OV_Confinement *pConfinement;                 /* whose first directory is pDest */
+    std::unordered_map<std::string, bool> exists; /* directories below pDest that were tried */
+    std::string refusal; /* why a member is not to be written, for the log */
+};
+
+/* Adds to the confinement what one member needs. False when it is not to be written, for a link in
+ * its way that is not followed; the archive had better not be unpacked. */
+bool OV_instAllowMember(OV_MemberPlaces *pPlaces, const char *pMember);
+
+/* The same for members as they stand in the archive, where links among them lead, too; false as
+ * well for one that would leave pDest. */
+bool OV_instAllowArchived(OV_MemberPlaces *pPlaces, const std::vector<OV_ArchivedMember> &members);
+
+/* Whether there is any symbolic link below pDest. */
+bool OV_instHoldsLinks(const char *pDest);
 
 #endif

@@ -2,10 +2,16 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <vector>
 
+#include "engine/ownership.h"
 #include "engine/records.h"
+#include "engine/runReport.h"
 #include "engine/setupState.h"
+#include "engine/supervised.h"
 #include "ut/OVinstExpand.h"
 #include "ut/frontEnd.h"
 #include "ut/guard.h"
@@ -20,11 +26,20 @@
     "(cd %s;OV_HOME=%s;export OV_HOME;MWHOME=%sApplication/mainwin/mw;export MWHOME;"              \
     "MWREGISTRY=%sApplication/registry;export MWREGISTRY;"
 
+#define KEY_TOOL "Application/mainwin/mw/bin-linux_optimized/regkey"
+#define MODULE_TOOL "Application/bin/cmdreg"
+
 static const char s_caLocation[] = "OV_LOCATION";
+
+/* What each of the commands runs and writes, below the destination. */
+static const char *const s_apParts[] = {"Application/mainwin/mw/bin-amd64_linux/mwperl",
+                                        "Application/mainwin/mw/scripts/mwgeneric.pl",
+                                        "Application/registry"};
 
 /* Registrations gathered so far, and whether they were carried out. */
 static struct {
     char *pCommand;
+    std::vector<std::string> modules; /* their paths */
     bool bDone;
 } s_selfReg;
 
@@ -43,6 +58,25 @@ static int selfRegFailure(FILE *pStream, int iPlace)
 static bool hasDisplay()
 {
     return getenv("DISPLAY") || OV_instHasDialogs();
+}
+
+/* Whether a command that runs pTool may be run: whoever can change one of its files would decide
+ * what we do. Otherwise the log says which one. What does not exist is left to the command. */
+static bool mayRun(const char *pDest, const char *pTool, const std::vector<std::string> &others)
+{
+    std::vector<std::string> paths = others;
+
+    paths.push_back(std::string(pDest) + pTool);
+    for (const char *pPart : s_apParts)
+        paths.push_back(std::string(pDest) + pPart);
+    for (const std::string &path : paths) {
+        const std::string foreign = OV_instForeignPart(path.c_str());
+        if (foreign.empty())
+            continue;
+        OV_instWarn("%s%s was not run because of %s", pDest, pTool, foreign.c_str());
+        return false;
+    }
+    return true;
 }
 
 static char *expandDestination(const char *pText, const char *pDest)
@@ -84,8 +118,7 @@ static char *regDataCommand(const char *pDest, const char *pRootKey, const char 
 
     if (!dest || !root || !name || !key || !value)
         return nullptr;
-    return OV_instStrPrint(REGISTRY_PLACE "%s Application/mainwin/mw/bin-linux_optimized/regkey"
-                                          " -r %s \"%s\" \"%s\" \"%s\") %s",
+    return OV_instStrPrint(REGISTRY_PLACE "%s " KEY_TOOL " -r %s \"%s\" \"%s\" \"%s\") %s",
                            dest.get(), dest.get(), dest.get(), dest.get(),
                            toolFor(pDest, dest.get()), root.get(), name.get(), key.get(),
                            value.get(), OV_instGetRedirect());
@@ -106,7 +139,7 @@ int OV_instRegData(const char *pDest, const char *pRootKey, const char *pKeyName
     OwnedText command(regDataCommand(pDest, pRootKey, pKeyName, pKeyValue, pValue));
     if (!command)
         return regDataFailure(pStream, 2);
-    if (system(command.get()) != 0) {
+    if (!mayRun(pDest, KEY_TOOL, {}) || OV_instRunSupervised(command.get()) != 0) {
         OV_instSendUpdate(pStream,
                           "-1 Error: adding rootkey=%s keyname=%s, keyvalue=%s, value=%s\n",
                           pRootKey, pKeyName, pKeyValue, expanded.get());
@@ -123,13 +156,14 @@ static int gatherModule(const char *pDest, const char *pModule, FILE *pStream)
     char *pCommand = nullptr;
 
     if (word && !s_selfReg.pCommand)
-        pCommand = OV_instStrPrint("Application/bin/cmdreg %s", word.get());
+        pCommand = OV_instStrPrint(MODULE_TOOL " %s", word.get());
     else if (word)
         pCommand = OV_instStrPrint("%s %s", s_selfReg.pCommand, word.get());
     if (!pCommand)
         return selfRegFailure(pStream, s_selfReg.pCommand ? 2 : 1);
     free(s_selfReg.pCommand);
     s_selfReg.pCommand = pCommand;
+    s_selfReg.modules.push_back(path.get());
     return OV_INST_NO_ERROR;
 }
 
@@ -156,7 +190,17 @@ static int runRegistrations(const char *pCommonDest, const char *pDest, const ch
             : nullptr);
     if (!command)
         return selfRegFailure(pStream, 5);
-    (void)!system(command.get()); /* not examined: runs would fail that went well so far */
+    /* No failure in the result: runs would fail that went well so far. */
+    if (!mayRun(pDest, MODULE_TOOL, s_selfReg.modules)) {
+        OV_instNoteFailedStep();
+        return OV_INST_NO_ERROR;
+    }
+    const int iStatus = OV_instRunSupervised(command.get());
+    if (iStatus != 0) {
+        OV_instWarn("registering modules with %s%s ended with status %d", pDest, MODULE_TOOL,
+                    WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : 128 + WTERMSIG(iStatus));
+        OV_instNoteFailedStep();
+    }
     return OV_INST_NO_ERROR;
 }
 

@@ -2,9 +2,11 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "engine/command.h"
 #include "engine/fileOps.h"
 #include "engine/mediaPrompt.h"
 #include "engine/records.h"
@@ -66,9 +68,42 @@ static int uncompressBlocks(FILE *pFrom, FILE *pTo, const char *pSource, const c
     return 1;
 }
 
+/* The decompressor at work. */
+struct Decompressing {
+    pid_t iCommand;
+    OwnedFile output;
+};
+
+/* 0 or -1. */
+static int startDecompressor(const char *pText, Decompressing *pStarted)
+{
+    int aEnds[2];
+
+    if (pipe2(aEnds, O_CLOEXEC) < 0)
+        return -1;
+    OwnedFd input(aEnds[1]);
+    pStarted->output.reset(fdopen(aEnds[0], "r"));
+    if (!pStarted->output) {
+        (void)close(aEnds[0]); /* nothing was read */
+        return -1;
+    }
+    const OV_Command command = {pText, -1, input.iFd, nullptr};
+    pStarted->iCommand = OV_instStartCommand(&command);
+    return pStarted->iCommand < 0 ? -1 : 0;
+}
+
+/* Closes what it writes to, so that one that is still writing ends. Whether it succeeded. */
+static bool endDecompressor(Decompressing *pStarted)
+{
+    const bool bClosed = fclose(pStarted->output.release()) == 0;
+
+    return OV_instEndOfCommand(pStarted->iCommand) == 0 && bClosed;
+}
+
 /* The decompressor reading pPath's file of the medium; asks for other media while it cannot be
- * started. *ppPath is the path tried last, for the caller to free. Null when it is given up. */
-static FILE *openCompressed(const char *pSource, FILE *pStream, char **ppPath)
+ * started. *ppPath is the path tried last, for the caller to free. False when it is given up. */
+static bool openCompressed(const char *pSource, FILE *pStream, char **ppPath,
+                           Decompressing *pStarted)
 {
     for (;;) {
         *ppPath = OV_instBuildPath(OV_instGetSourceDirectory(), pSource, nullptr);
@@ -78,15 +113,14 @@ static FILE *openCompressed(const char *pSource, FILE *pStream, char **ppPath)
 
         if (!command) {
             OV_instSendUpdate(pStream, "-1 memory error\n");
-            return nullptr;
+            return false;
         }
-        FILE *pPipe = popen(command.get(), "re");
-        if (pPipe)
-            return pPipe;
+        if (startDecompressor(command.get(), pStarted) == 0)
+            return true;
         free(*ppPath);
         *ppPath = nullptr;
         if (!OV_instQueryForSource(pStream, "Can't open compressed file", pSource))
-            return nullptr;
+            return false;
     }
 }
 
@@ -116,15 +150,18 @@ int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64
         (void)OVinstDeleteFile(pTarget, pStream, lSize); /* a file that stays is no failure */
         return 0;
     }
-    OwnedPipe from(openCompressed(pSource, pStream, &pPath));
+    Decompressing from = {};
+    const bool bStarted = openCompressed(pSource, pStream, &pPath, &from);
     OwnedText path(pPath);
-    if (!from)
+    if (!bStarted)
         return 1;
     OwnedFile to(openUncompressed(pTarget, pStream));
-    if (!to)
+    if (!to) {
+        (void)endDecompressor(&from); /* it was for nothing */
         return 1;
-    int iResult = uncompressBlocks(from.get(), to.get(), pPath, pTarget, pStream);
-    if (pclose(from.release()) != 0) {
+    }
+    int iResult = uncompressBlocks(from.output.get(), to.get(), pPath, pTarget, pStream);
+    if (!endDecompressor(&from)) {
         OV_instSendUpdate(pStream, "-1 Uncompress couldn't close input file %s\n", pPath);
         iResult = 1;
     }
