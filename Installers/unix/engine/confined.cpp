@@ -110,7 +110,7 @@ static bool ownView()
 
 /* The place once more, in this view; what somebody has put there since then is not it. The mount's
  * number is another one in every view. */
-static int reopen(const OV_Place &place)
+static int reopen(const OV_ConfinedPlace &place)
 {
     OwnedFd found(open(place.path.c_str(), s_iDirectory));
     const OV_DirectoryId id = idOf(found.iFd);
@@ -148,7 +148,7 @@ static ViewResult enterView(const OV_Confinement *pConfinement)
     if (pConfinement->allowed.count(idOf(top.iFd)) ||
         !makeRoomFor(pConfinement->places.size(), &files) || !ownView())
         return VIEW_IMPOSSIBLE; /* also where all is allowed */
-    for (const OV_Place &place : pConfinement->places) {
+    for (const OV_ConfinedPlace &place : pConfinement->places) {
         places.push_back(reopen(place));
         mounts.push_back(open_tree(
             places.back(), "", OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_EMPTY_PATH | AT_RECURSIVE));

@@ -18,14 +18,14 @@
 using OV_DirectoryId = std::tuple<uint64_t, uint64_t, uint64_t>;
 
 /* A directory that the command may write below. */
-struct OV_Place {
+struct OV_ConfinedPlace {
     std::string path; /* as it was reached; may be relative to the starter's directory */
     OV_DirectoryId id;
 };
 
 struct OV_Confinement {
-    std::vector<OV_Place> places;     /* the command works in the first one */
-    std::set<OV_DirectoryId> allowed; /* these, and what was found below them */
+    std::vector<OV_ConfinedPlace> places; /* the command works in the first one */
+    std::set<OV_DirectoryId> allowed;     /* these, and what was found below them */
     OwnedFd working;
     OwnedFd rules;                 /* the kernel's; none without Landlock */
     bool bOpenToStrangers = false; /* somebody else can write in a directory that was looked at */
