@@ -75,19 +75,28 @@ TEST_F(PlantedFiles, OwnSecondNamesAreFollowed)
     EXPECT_EQ(0644u, modeOf("D/Application/registry"));
 }
 
-/* Root must not install what somebody's history leads to, which is modules as well. */
+/* Root must not install what somebody's history leads to, which is modules as well, nor take his
+ * word for what is installed. */
 TEST_F(PlantedFiles, AHistoryOfAStrangersLeadsNowhere)
 {
     const std::string before = OV_instGetSourceDirectory(), history = full(s_aFiles[1]);
+    const std::string run = replaced(history, ".his", ".run");
     fs::create_directories(full("@/elsewhere"));
-    put(s_aFiles[1], "HistoryFileVersion 2\nProduct\n3.5\n" + full("@/elsewhere") + "\n");
-    for (const auto &[mode, owner] : {std::pair(0644, 0), {0664, 0}, {0644, +STRANGER}}) {
-        (void)OV_instSetSourceDirectory(before.c_str());
-        ASSERT_EQ(0, chmod(history.c_str(), static_cast<mode_t>(mode)));
-        ASSERT_EQ(0, chown(history.c_str(), static_cast<uid_t>(owner), 0));
-        EXPECT_EQ(1, OV_UpdateSuiteHistory(CDInstPtr, nullptr, CDInstPtr->pSuiteHead,
-                                           m_dest.c_str(), "Product", "3.5"));
-        EXPECT_EQ(mode == 0644 && owner == 0 ? full("@/elsewhere") : before,
-                  OV_instGetSourceDirectory());
-    }
+    for (const std::string &path : {history, run})
+        for (const auto &[mode, owner] :
+             {std::pair(0644, 0), {0664, 0}, {0666, 0}, {0644, +STRANGER}}) {
+            const bool bBelieved = mode != 0666 && owner == 0;
+            put(path, std::string(path == run ? "Run" : "History") + "FileVersion " +
+                          (path == run ? "1" : "2") + "\nProduct\n3.5\n" + full("@/elsewhere") +
+                          "\nPackage \"p\" Installed\n");
+            package("p")->iInstalled = 0;
+            (void)OV_instSetSourceDirectory(before.c_str());
+            ASSERT_EQ(0, chmod(path.c_str(), static_cast<mode_t>(mode)));
+            ASSERT_EQ(0, chown(path.c_str(), static_cast<uid_t>(owner), 0));
+            EXPECT_EQ(bBelieved, OV_UpdateSuiteHistory(CDInstPtr, nullptr, CDInstPtr->pSuiteHead,
+                                                       m_dest.c_str(), "Product", "3.5"));
+            EXPECT_EQ(bBelieved ? full("@/elsewhere") : before, OV_instGetSourceDirectory());
+            EXPECT_EQ(bBelieved, package("p")->iInstalled);
+            fs::remove(path);
+        }
 }

@@ -141,7 +141,11 @@ TEST(Faults, WhatStrangersPlantedIsNotFollowed)
     EXPECT_EQ(medium.installed("tool") + medium.installed("linked"), "newnew");
     EXPECT_FALSE(medium.has("hard"));
     EXPECT_EQ(result.err,
-              "Error: Copyfile can't create file " + medium.tree + "file\n" +
+              "Warning: " + medium.tree +
+                  "SetupFiles/.h.his is a link of nobody, leads "
+                  "out of " +
+                  medium.dest + " and was not followed\n" + "Error: Copyfile can't create file " +
+                  medium.tree + "file\n" +
                   "Error: Copyfile can't create destination directory for:\n" +
                   "Error: Mkdir file already exists " + medium.tree + "dir\n" +
                   "Error: Untar can't run 'tar --no-same-owner -xBof - 2> /dev/null' on file: " +

@@ -111,18 +111,18 @@ struct Found {
     OV_RunFile run;
 };
 
-static FILE *openForReading(const char *pPath)
+static FILE *openForReading(const char *pRoot, const char *pPath)
 {
-    return pPath ? OV_instGuardedFopen(pPath, "r+") : nullptr;
+    return pPath ? OV_instGuardedFopenBelieved(pRoot, pPath, "r+") : nullptr;
 }
 
-/* Looks into a product's directory. */
-static bool findIn(const char *pDest, const char *pProductName, Found *pFound)
+/* Looks into a product's directory; pRoot is its root destination, null for the one in use. */
+static bool findIn(const char *pRoot, const char *pDest, const char *pProductName, Found *pFound)
 {
     OwnedText path(historyPath(pDest));
 
-    pFound->history.reset(openForReading(path.get()));
-    pFound->bUnfinished = OV_instReadRunFile(pDest, &pFound->run) &&
+    pFound->history.reset(openForReading(pRoot, path.get()));
+    pFound->bUnfinished = OV_instReadRunFile(pDest, &pFound->run, pRoot) &&
                           pFound->run.product.find(pProductName) != std::string::npos;
     return pFound->history || pFound->bUnfinished;
 }
@@ -137,9 +137,10 @@ static bool findInTree(char *pPath, const char *pProductDirectory, const char *p
 
     if (!pCut)
         return false;
-    if (!findIn(pPath, pProductName, pFound)) {
+    const std::string root(pPath, static_cast<size_t>(pCut - pPath));
+    if (!findIn(root.c_str(), pPath, pProductName, pFound)) {
         OwnedText beside(OV_instStrPrint("%s/%s", pPath, OV_instGetHistoryFile()));
-        pFound->history.reset(openForReading(beside.get()));
+        pFound->history.reset(openForReading(root.c_str(), beside.get()));
     }
     if (!pFound->history && !pFound->bUnfinished)
         return false;
@@ -165,7 +166,7 @@ static bool findAroundMedium(_OV_instCDinst *pRoot, const char *pProductName, Fo
 
 static bool find(_OV_instCDinst *pRoot, const char *pDest, const char *pProductName, Found *pFound)
 {
-    if (findIn(pDest, pProductName, pFound))
+    if (findIn(nullptr, pDest, pProductName, pFound))
         return true;
     return !OV_instIsDestinationGiven() && findAroundMedium(pRoot, pProductName, pFound);
 }
@@ -264,15 +265,6 @@ static void markSuites(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
     }
 }
 
-/* A history that somebody else could write must not lead root's installation to his files. */
-static bool mayLead(FILE *pHistory)
-{
-    struct stat status;
-
-    return geteuid() != 0 || (fstat(fileno(pHistory), &status) == 0 && status.st_uid == 0 &&
-                              !(status.st_mode & (S_IWGRP | S_IWOTH)));
-}
-
 /* What an earlier look at another destination found. */
 static void clearPending(_OV_instCDinst *pRoot)
 {
@@ -310,7 +302,7 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
     } else if (!readHeader(found.history.get(), pProductName, pProductVersion, caSource)) {
         puts("History file empty, corrupt, or out-of-date");
         return 0;
-    } else if (mayLead(found.history.get())) {
+    } else {
         (void)OV_instSetSourceDirectory(caSource); /* likewise */
     }
     clearConfig(pRoot, pConfig);

@@ -29,6 +29,7 @@
 #include "ut/brokenPipes.h"
 #include "ut/debugLevel.h"
 #include "ut/frontEnd.h"
+#include "ut/guard.h"
 #include "ut/owned.h"
 #include "ut/strprint.h"
 
@@ -364,6 +365,7 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
     OwnedText dest(strdup(GetDestinationDirectory(pRoot)));
     OV_instSettlePending(pRoot, pConfig);
     OV_instBeginReport();
+    OV_instReopenGuardedRoot();
     setTotal(pRoot, pConfig);
     if (const char *pFailed =
             openPipe(&ends, "Error creating pipe\n", "Could not convert pipe to stream\n")) {

@@ -212,10 +212,10 @@ static bool readPackage(const std::string &line, OV_RunPackage *pPackage)
     return false;
 }
 
-bool OV_instReadRunFile(const char *pDest, OV_RunFile *pRun)
+bool OV_instReadRunFile(const char *pDest, OV_RunFile *pRun, const char *pRoot)
 {
     OwnedText path(OV_instRunFilePath(pDest));
-    OwnedFile file(path ? OV_instGuardedFopen(path.get(), "r") : nullptr);
+    OwnedFile file(path ? OV_instGuardedFopenBelieved(pRoot, path.get(), "r") : nullptr);
     std::string line;
     OV_RunPackage package;
 

@@ -45,9 +45,10 @@ int OV_instEndRunFile();
  * caller to free. Null without memory. */
 char *OV_instRunFilePath(const char *pDest);
 
-/* Reads the file of the product in pDest. False when there is none, or none that can be believed:
- * damaged, of another format, not written by a user whom setup trusts. */
-bool OV_instReadRunFile(const char *pDest, OV_RunFile *pRun);
+/* Reads the file of the product in pDest, with pRoot for the root destination, null for the one in
+ * use. False when there is none, or none that can be believed: damaged, of another format, not
+ * written by a user whom setup trusts. */
+bool OV_instReadRunFile(const char *pDest, OV_RunFile *pRun, const char *pRoot = nullptr);
 
 void OV_instRemoveRunFile(const char *pDest);
 

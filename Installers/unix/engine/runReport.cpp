@@ -8,6 +8,7 @@
 
 #include "ut/OVinstLogfile.h"
 #include "ut/owned.h"
+#include "ut/trust.h"
 
 struct Report {
     unsigned iFailedSteps;
@@ -50,6 +51,18 @@ void OV_instWarn(const char *pFormat, ...)
     OwnedText text(pText);
     if (text)
         (void)OV_instUpdateLogfile("Warning: %s\n", onOneLine(text.get())); /* it is optional */
+}
+
+static void warnOfRefusal(const char *pText)
+{
+    if (!g_caLogName[0])
+        fprintf(stderr, "Warning: %s\n", pText);
+    OV_instWarn("%s", pText);
+}
+
+void OV_instWarnOfRefusals()
+{
+    OV_instSetRefusalHandler(warnOfRefusal);
 }
 
 void OV_instLogSkipped(const char *pPrompt, const char *pFile)

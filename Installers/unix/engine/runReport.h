@@ -11,6 +11,10 @@ void OV_instBeginReport();
 /* Writes a line into the log, "Warning: " and the text, and notes that there was one. */
 void OV_instWarn(const char *pFormat, ...) __attribute__((format(printf, 1, 2)));
 
+/* From now on what is refused for want of trust (ut/trust.h) is such a warning, or, where no log is
+ * open yet, a line on standard error. */
+void OV_instWarnOfRefusals();
+
 /* Writes a line into the log for a file of the medium that is left out: the prompt's text and the
  * file. The step that needed it fails, and notes that itself. */
 void OV_instLogSkipped(const char *pPrompt, const char *pFile);

@@ -7,6 +7,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "engine/runReport.h"
 #include "engine/setupState.h"
 #include "engine/unattended.h"
 #include "ut/OVinstFileUtils.h"
@@ -70,6 +71,7 @@ void OV_instPrepareEnvironment()
 {
     provideStack();
     openStandardStreams();
+    OV_instWarnOfRefusals();
     OV_instCatchBrokenPipes(); /* whoever stops reading what is printed stops no run */
     for (const char *const *ppName = s_apMisleading; *ppName; ppName++)
         (void)unsetenv(*ppName);   /* fails for bad names only */
