@@ -73,3 +73,43 @@ TEST(Commands, OfAnArchiveEndWithTheRun)
     for (size_t iKilled : {0, 1})
         expectAllEnd(medium, iKilled);
 }
+
+/* Who can change a tool, its script or what it registers would decide what root does. */
+TEST(Commands, OfTheRegistryAreRunOnlyWhereNobodyElseCanChangeThem)
+{
+    Medium medium;
+    const std::string bin = "Application/mainwin/mw/bin-amd64_linux",
+                      calls = medium.scratch / "calls";
+
+    if (getuid() != 0)
+        GTEST_SKIP() << "needs root to make what is somebody else's";
+    medium.environment.insert(medium.environment.end(), {"DISPLAY=:7", "OVTEST=" + calls});
+    makeProgram(medium.place + "/tool", "echo >> $OVTEST; exit 7");
+    medium.describe(onePackage("Copy \"tool\" \"" + bin + "/mwperl\" 1 0755\n" +
+                               "RegData \"K\" \"n\" \"k\" \"v\"\nSelfReg \"m.so\"\n"));
+    const std::string failed = "Error: Error: adding rootkey=K keyname=n, keyvalue=k, value=v\n";
+    EXPECT_EQ(medium.install().err, failed);
+    EXPECT_EQ(readFile(calls), "\n\n");
+    EXPECT_NE(medium.log().find("Warning: registering modules with " + medium.tree +
+                                "Application/bin/cmdreg ended with status 7\n"),
+              std::string::npos);
+    for (const char *pPlanted :
+         {"Application/mainwin/mw/scripts/mwgeneric.pl", "Application/registry", "Application",
+          "Application/mainwin/mw/bin-linux_optimized/regkey", "Application/bin/cmdreg", "m.so"}) {
+        const std::string name = pPlanted;
+        fs::remove_all(medium.dest);
+        fs::remove(calls);
+        fs::create_directories(fs::path(medium.tree + name).parent_path());
+        name == "Application"
+            ? must("mkdir -m 777 " + medium.tree + name)
+            : must("echo > " + medium.tree + name + " && chown 65534 " + medium.tree + name);
+        const bool bKey = name.find("cmdreg") == name.npos && name != "m.so",
+                   bModule = name.find("regkey") == name.npos;
+        EXPECT_EQ(medium.install().err, failed);
+        EXPECT_EQ(readFile(calls).size(), (bKey ? 0u : 1u) + (bModule ? 0u : 1u)) << name;
+        EXPECT_EQ(medium.log().find("regkey was not run: others can change ") != std::string::npos,
+                  bKey);
+        EXPECT_EQ(medium.log().find("cmdreg was not run: others can change ") != std::string::npos,
+                  bModule);
+    }
+}

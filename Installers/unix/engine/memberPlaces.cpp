@@ -5,11 +5,12 @@
 #include <deque>
 #include <filesystem>
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include "engine/ownership.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
+#include "ut/trust.h"
 
 enum { LINKS_MOST = 40 }; /* on one way: the kernel's own limit */
 
@@ -23,12 +24,13 @@ static bool allowDirectory(OV_MemberPlaces *pPlaces, const std::string &director
 
     *pbExists = opened.iFd >= 0;
     if (opened.iFd < 0 && errno == ELOOP) {
-        pPlaces->refusal = OV_instRefusedLink(path.get()) + ", was not followed";
+        pPlaces->refusal = std::string(path.get()) + " leads through a link that is not followed";
         return false;
     }
     if (opened.iFd < 0)
         return true;
-    if (fstat(opened.iFd, &info) < 0 || !OV_instIsOursAlone(&info))
+    if (fstat(opened.iFd, &info) < 0 || !OV_instIsOwnObject(&info) ||
+        OV_instMayStrangersWrite(&info, geteuid(), opened.iFd))
         pPlaces->pConfinement->bOpenToStrangers = true;
     if (OV_instAllowBelow(pPlaces->pConfinement, opened.iFd, path.get()) == 0)
         return true;

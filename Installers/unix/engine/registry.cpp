@@ -1,13 +1,14 @@
 #include "engine/registry.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <vector>
 
-#include "engine/ownership.h"
 #include "engine/records.h"
 #include "engine/runReport.h"
 #include "engine/setupState.h"
@@ -15,6 +16,7 @@
 #include "ut/OVinstExpand.h"
 #include "ut/frontEnd.h"
 #include "ut/guard.h"
+#include "ut/guardedFile.h"
 #include "ut/owned.h"
 #include "ut/shellWord.h"
 #include "ut/strprint.h"
@@ -60,8 +62,22 @@ static bool hasDisplay()
     return getenv("DISPLAY") || OV_instHasDialogs();
 }
 
+/* Whether only trusted users can have made what is at a path; of what does not exist, the directory
+ * that it would be in. What is at fault is told by the guard. */
+static bool isTrusted(std::string path)
+{
+    for (;;) {
+        OwnedFd found(OV_instGuardedOpen(path.c_str(), O_PATH, 0));
+        const size_t iSlash = path.rfind('/');
+
+        if (found.iFd >= 0 || errno != ENOENT || iSlash == std::string::npos || iSlash == 0)
+            return OV_instIsTrusted(path.c_str());
+        path.resize(iSlash);
+    }
+}
+
 /* Whether a command that runs pTool may be run: whoever can change one of its files would decide
- * what we do. Otherwise the log says which one. What does not exist is left to the command. */
+ * what we do. */
 static bool mayRun(const char *pDest, const char *pTool, const std::vector<std::string> &others)
 {
     std::vector<std::string> paths = others;
@@ -69,13 +85,11 @@ static bool mayRun(const char *pDest, const char *pTool, const std::vector<std::
     paths.push_back(std::string(pDest) + pTool);
     for (const char *pPart : s_apParts)
         paths.push_back(std::string(pDest) + pPart);
-    for (const std::string &path : paths) {
-        const std::string foreign = OV_instForeignPart(path.c_str());
-        if (foreign.empty())
-            continue;
-        OV_instWarn("%s%s was not run because of %s", pDest, pTool, foreign.c_str());
-        return false;
-    }
+    for (const std::string &path : paths)
+        if (!isTrusted(path)) {
+            OV_instWarn("%s%s was not run: others can change %s", pDest, pTool, path.c_str());
+            return false;
+        }
     return true;
 }
 

@@ -4,10 +4,11 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include "engine/ownership.h"
 #include "engine/records.h"
 #include "ut/owned.h"
+#include "ut/trust.h"
 
 /* The real path of a member below the working directory's; empty when it is elsewhere. */
 static std::string placeBelow(const char *pMember)
@@ -32,7 +33,8 @@ static int openOurs(const std::string &place, size_t *piName)
     struct stat info;
 
     for (*piName = 0;;) {
-        if (directory.iFd < 0 || fstat(directory.iFd, &info) < 0 || !OV_instIsOursAlone(&info))
+        if (directory.iFd < 0 || fstat(directory.iFd, &info) < 0 || !OV_instIsOwnObject(&info) ||
+            OV_instMayStrangersWrite(&info, geteuid(), directory.iFd))
             return -1;
         const size_t iSlash = place.find('/', *piName);
         if (iSlash == std::string::npos)
@@ -54,7 +56,7 @@ static int addOwnerWrite(const char *pMember)
     OwnedFd directory(openOurs(place, &iName));
     const char *pName = place.c_str() + iName;
     if (directory.iFd < 0 || fstatat(directory.iFd, pName, &info, AT_SYMLINK_NOFOLLOW) < 0 ||
-        S_ISLNK(info.st_mode) || !OV_instIsOurs(info.st_uid))
+        S_ISLNK(info.st_mode) || !OV_instIsOwnObject(&info))
         return -1;
     return fchmodat(directory.iFd, pName, (info.st_mode & 07777) | S_IWUSR, 0);
 }
