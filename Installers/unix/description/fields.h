@@ -7,13 +7,16 @@
 #include <cstdint>
 #include <initializer_list>
 
-/* Quoted strings; a missing one is empty, an unterminated one an error. */
+/* Quoted strings; a missing one is empty, an unterminated one an error, which is told. readText
+ * gives the string itself, or null. */
+char *readText(const char **ppText);
 int readTexts(const char **ppText, std::initializer_list<char **> appTargets);
 
-/* Numbers, cut to 32 bits; a missing one is 0, one that strtol finds out of range an error. */
+/* Numbers, cut to 32 bits; a missing one is 0, one that strtol finds out of range an error,
+ * which is told. */
 int readNumbers(const char **ppText, std::initializer_list<int32_t *> apTargets);
 
-/* A weight: nothing counts for less than 1. */
-int readUnits(const char **ppText, int64_t *plUnits);
+/* A weight: nothing counts for less than 1. Its place is noted where the record keeps it. */
+int readUnits(const char **ppText, int64_t *plUnits, bool bNoted = false);
 
 #endif

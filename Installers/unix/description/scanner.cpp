@@ -6,6 +6,7 @@
 #include <cstring>
 #include <strings.h>
 
+#include "description/faults.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 
@@ -37,8 +38,7 @@ static bool isListed(const char *pWord, const char *const *apKeywords, bool bCas
     return false;
 }
 
-/* The next quote that no backslash makes literal, or null. */
-static const char *findQuote(const char *pText)
+const char *OV_instFindQuote(const char *pText)
 {
     for (; *pText; pText++) {
         if (*pText == '"')
@@ -86,6 +86,7 @@ static int copyHeaderValue(const char *pFrom, char *pValue)
 {
     while (isSpace(*pFrom))
         pFrom++;
+    OV_instNoteAt(pValue, pFrom);
     size_t iLength = strlen(pFrom);
     while (iLength > 0 && isSpace(pFrom[iLength - 1]))
         iLength--;
@@ -118,12 +119,19 @@ bool checkToken(const char *pWord, const char *const *apKeywords, int bCaseSensi
     return !apKeywords || !*apKeywords || isListed(pWord, apKeywords, bCaseSensitive != 0);
 }
 
-char *getToken(const char *pText, const char *const *apKeywords, const char **ppCursor,
-               int bCaseSensitive)
+const char *OV_instFindWord(const char *pText)
 {
     while (*pText && !isTokenCharacter(*pText))
         pText++;
-    const char *pStart = pText;
+    return pText;
+}
+
+char *getToken(const char *pText, const char *const *apKeywords, const char **ppCursor,
+               int bCaseSensitive)
+{
+    const char *pStart = OV_instFindWord(pText);
+
+    pText = pStart;
     while (isTokenCharacter(*pText))
         pText++;
     *ppCursor = pText;
@@ -180,8 +188,8 @@ void freeTokenList(char **apTokens)
 
 char *getQuotedString(const char *pText, const char **ppCursor)
 {
-    const char *pOpen = findQuote(pText);
-    const char *pClose = pOpen ? findQuote(pOpen + 1) : nullptr;
+    const char *pOpen = OV_instFindQuote(pText);
+    const char *pClose = pOpen ? OV_instFindQuote(pOpen + 1) : nullptr;
 
     if (!pOpen)
         return strdup(""); /* a missing string is an empty one */
@@ -194,12 +202,19 @@ char *getQuotedString(const char *pText, const char **ppCursor)
     return pCopy;
 }
 
-int scanInteger(const char *pText, const char **ppCursor, int64_t *plValue)
+const char *OV_instFindDigit(const char *pText)
 {
-    *plValue = 0;
     while (*pText && !isDigit(*pText))
         pText++;
-    const char *pStart = pText;
+    return pText;
+}
+
+int scanInteger(const char *pText, const char **ppCursor, int64_t *plValue)
+{
+    const char *pStart = OV_instFindDigit(pText);
+
+    *plValue = 0;
+    pText = pStart;
     /* Also for a hexadecimal number: media that have one have its "x1F" read as what follows. */
     while (isDigit(*pText))
         pText++;
@@ -224,7 +239,8 @@ int OV_ReadHeaderLine(const char *pKey, char *pWord, char *pValue, FILE *pFile, 
                       int bVerbose)
 {
     off_t lStart = ftello(pFile);
-    OwnedText line(OV_instGetline(pFile, piLine));
+    const int iStartLine = OV_instNextLine();
+    OwnedText line(OV_instReadLine(pFile, piLine));
     int iEnd = 0;
 
     static_assert(OV_HEADER_SIZE == 512, "the width below leaves room for the terminator");
@@ -237,5 +253,6 @@ int OV_ReadHeaderLine(const char *pKey, char *pWord, char *pValue, FILE *pFile, 
     /* The line stays counted, so line numbers run ahead by one for every absent optional key:
      * authors who debug a medium know the number that they are told so. */
     (void)fseeko(pFile, lStart, SEEK_SET); /* failing, the next key reads on and is missed */
+    OV_instSetNextLine(iStartLine);
     return 0;
 }

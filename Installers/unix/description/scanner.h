@@ -16,6 +16,13 @@ void tellNoMemory();
 /* True for a null, empty or blank line and for one whose first non-blank character is "#". */
 bool isWhiteOrCommentLine(const char *pLine);
 
+/* The next quote that no backslash makes literal, or null. */
+const char *OV_instFindQuote(const char *pText);
+
+/* The next word, or number; the end of the text where there is none. */
+const char *OV_instFindWord(const char *pText);
+const char *OV_instFindDigit(const char *pText);
+
 /* True when pWord is in the null-terminated list; false for a null word, true for a null or empty
  * list. Nothing calls it today. */
 bool checkToken(const char *pWord, const char *const *apKeywords, int bCaseSensitive);

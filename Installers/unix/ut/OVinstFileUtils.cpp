@@ -178,12 +178,26 @@ static int appendPiece(LineText *pLine, size_t iLength)
     return 0;
 }
 
+static void addPart(OV_LineParts *pParts, size_t iOffset, size_t iLength, bool bEnded)
+{
+    pParts->parts.push_back({iOffset, pParts->iNextLine, pParts->iNextColumn});
+    pParts->iNextLine += bEnded ? 1 : 0;
+    pParts->iNextColumn = bEnded ? 1 : pParts->iNextColumn + static_cast<int>(iLength);
+}
+
 char *OV_instGetline(FILE *pFile, int *piLine)
+{
+    return OV_instGetlineParts(pFile, piLine, nullptr);
+}
+
+char *OV_instGetlineParts(FILE *pFile, int *piLine, OV_LineParts *pParts)
 {
     LineText line = {nullptr, 0, 0};
 
     if (!pFile)
         return nullptr;
+    if (pParts)
+        pParts->parts.clear();
     while (!feof(pFile)) {
         size_t iLength = readPiece(pFile);
         if (piLine)
@@ -193,6 +207,8 @@ char *OV_instGetline(FILE *pFile, int *piLine)
         bool bEnded = s_caPiece[iLength - 1] == '\n';
         if (bEnded)
             s_caPiece[iLength - 1] = '\0';
+        if (pParts)
+            addPart(pParts, line.iLength, iLength, bEnded);
         if (appendPiece(&line, strlen(s_caPiece)) < 0)
             return nullptr;
         if (!bEnded)

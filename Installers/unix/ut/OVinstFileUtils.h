@@ -4,6 +4,7 @@
 #define OVINST_UT_OVINSTFILEUTILS_H
 
 #include <cstdio>
+#include <vector>
 
 enum { OV_INST_PATH_SIZE = 4096 };
 
@@ -44,6 +45,24 @@ char *OV_instReadFileContent(const char *pPath);
  * the file. A line that the end cuts short behind its backslash is dropped, and so is an unfinished
  * one of exactly n pieces. A zero byte hides the rest of its line. Not reentrant. */
 char *OV_instGetline(FILE *pFile, int *piLine);
+
+/* A part of a logical line, from an offset in it on: the physical line that it stands in and the
+ * byte there, both from 1. */
+struct OV_LinePart {
+    size_t iOffset;
+    int iLine;
+    int iColumn;
+};
+
+/* The parts of the line that was read last, and where the next one begins. */
+struct OV_LineParts {
+    std::vector<OV_LinePart> parts;
+    int iNextLine = 1;
+    int iNextColumn = 1;
+};
+
+/* OV_instGetline that tells where the line stands; null parts are not filled in. */
+char *OV_instGetlineParts(FILE *pFile, int *piLine, OV_LineParts *pParts);
 
 /* 1 when the file is empty or its last byte is no newline, else 0. The position is kept. Nothing
  * calls it today. */
