@@ -5,4 +5,6 @@
 
 #include "medium/commandLine.h"
 
+int OV_mediumVerify(const OV_MediumOptions *pOptions);
+
 #endif

@@ -13,7 +13,8 @@ struct Command {
 };
 
 static const Command s_aCommands[] = {
-    {nullptr, nullptr},
+    {"verify", OV_mediumVerify},
+    {nullptr,  nullptr        },
 };
 
 static int run(const OV_MediumOptions *pOptions)
