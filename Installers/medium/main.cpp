@@ -14,6 +14,8 @@ struct Command {
 
 static const Command s_aCommands[] = {
     {"verify", OV_mediumVerify},
+    {"repair", OV_mediumRepair},
+    {"status", OV_mediumStatus},
     {nullptr,  nullptr        },
 };
 
