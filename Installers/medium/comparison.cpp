@@ -90,7 +90,7 @@ static int holdsMember(int iFd, OV_MemberWalk *pWalk, int64_t lSize)
 }
 
 static bool compareRegular(OV_MemberWalk *pWalk, const OV_Member &member, const std::string &path,
-                           const OV_Found *pFound, OV_Expected *pObject)
+                           const OV_TreeObject *pFound, OV_Expected *pObject)
 {
     if (pFound->info.st_size != member.lSize) {
         pObject->iDifferences |= OV_DIFF_CONTENT;
@@ -112,7 +112,7 @@ static bool leadsToDirectory(const std::string &path)
 }
 
 /* Notes what can be seen without reading: false when there is nothing more to be compared. */
-static bool compareKind(const std::string &path, const OV_Found *pFound, OV_Expected *pObject)
+static bool compareKind(const std::string &path, const OV_TreeObject *pFound, OV_Expected *pObject)
 {
     if (pFound->iError) {
         pObject->iDifferences = OV_DIFF_MISSING;
@@ -135,7 +135,7 @@ static bool compareKind(const std::string &path, const OV_Found *pFound, OV_Expe
 static bool compareMember(OV_MemberWalk *pWalk, const OV_Member &member, const std::string &path,
                           OV_Expected *pObject)
 {
-    OV_Found found;
+    OV_TreeObject found;
 
     if (!OV_mediumLook(path, &found))
         return false;
@@ -192,7 +192,7 @@ static bool compareArchive(const OV_MediumTree *pTree, const OV_InstalledOper *p
 
 /* ---- the rest ---- */
 
-static bool compareFile(const std::string &path, const OV_Found *pFound, OV_Expected *pObject)
+static bool compareFile(const std::string &path, const OV_TreeObject *pFound, OV_Expected *pObject)
 {
     struct stat source;
 
@@ -217,9 +217,9 @@ static bool compareFile(const std::string &path, const OV_Found *pFound, OV_Expe
 }
 
 /* Another name of the same file, whatever kind that is. */
-static bool compareHardLink(const OV_Found *pFound, OV_Expected *pObject)
+static bool compareHardLink(const OV_TreeObject *pFound, OV_Expected *pObject)
 {
-    OV_Found target;
+    OV_TreeObject target;
 
     if (!OV_mediumLook(pObject->source, &target))
         return false;
@@ -246,7 +246,7 @@ static bool hasSource(const OV_Expected *pObject)
 
 bool OV_mediumCompareOne(const std::string &path, OV_Expected *pObject)
 {
-    OV_Found found;
+    OV_TreeObject found;
 
     pObject->iDifferences = 0;
     if (!OV_mediumLook(path, &found))

@@ -11,7 +11,7 @@
 
 enum { BLOCK_SIZE = 256 * 1024, ADVISED_SIZE = 4 * BLOCK_SIZE };
 
-bool OV_mediumLook(const std::string &path, OV_Found *pFound)
+bool OV_mediumLook(const std::string &path, OV_TreeObject *pFound)
 {
     pFound->object.reset(OV_instGuardedOpen(path.c_str(), O_PATH | O_NOFOLLOW, 0));
     pFound->iError = pFound->object.iFd < 0 ? errno : 0;
@@ -25,7 +25,7 @@ bool OV_mediumLook(const std::string &path, OV_Found *pFound)
 }
 
 /* Once more by its name, where /proc is not there: it has to be the same one. */
-static int openAgain(const OV_Found *pFound, const std::string &path)
+static int openAgain(const OV_TreeObject *pFound, const std::string &path)
 {
     OwnedFd file(OV_instGuardedOpen(path.c_str(), O_RDONLY | O_NOFOLLOW, 0));
     struct stat info;
@@ -38,7 +38,7 @@ static int openAgain(const OV_Found *pFound, const std::string &path)
     return -1;
 }
 
-int OV_mediumOpenFound(const OV_Found *pFound, const std::string &path)
+int OV_mediumOpenFound(const OV_TreeObject *pFound, const std::string &path)
 {
     const std::string opened = "/proc/self/fd/" + std::to_string(pFound->object.iFd);
     int iFd = open(opened.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
@@ -104,7 +104,7 @@ int OV_mediumSameContent(int iFirst, int iSecond)
     }
 }
 
-std::string OV_mediumLinkText(const OV_Found *pFound)
+std::string OV_mediumLinkText(const OV_TreeObject *pFound)
 {
     char caText[PATH_MAX];
     const ssize_t iLength = readlinkat(pFound->object.iFd, "", caText, sizeof(caText));

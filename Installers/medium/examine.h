@@ -9,17 +9,17 @@
 #include "ut/owned.h"
 
 /* What is at a path, the link itself where there is one. */
-struct OV_Found {
+struct OV_TreeObject {
     OwnedFd object; /* a path descriptor; -1 for nothing */
     struct stat info = {};
     int iError = 0; /* why there is nothing */
 };
 
 /* False when it cannot be said what is there (told). */
-bool OV_mediumLook(const std::string &path, OV_Found *pFound);
+bool OV_mediumLook(const std::string &path, OV_TreeObject *pFound);
 
 /* Opens a regular file that was found for reading; the very one. -1 (told). */
-int OV_mediumOpenFound(const OV_Found *pFound, const std::string &path);
+int OV_mediumOpenFound(const OV_TreeObject *pFound, const std::string &path);
 
 /* A regular file of the medium, opened, with its status. -1 (told). */
 int OV_mediumOpenSource(const std::string &path, struct stat *pInfo);
@@ -32,6 +32,6 @@ int OV_mediumSameContent(int iFirst, int iSecond);
 ssize_t OV_mediumReadFull(int iFd, char *pBytes, size_t iCount);
 
 /* The text of a link that was found; empty where it cannot be read. */
-std::string OV_mediumLinkText(const OV_Found *pFound);
+std::string OV_mediumLinkText(const OV_TreeObject *pFound);
 
 #endif

@@ -10,7 +10,7 @@
 #include "medium/description.h"
 #include "medium/examine.h"
 #include "ut/OVinstLogfile.h"
-#include "ut/guard.h"
+#include "ut/guardedFile.h"
 #include "ut/owned.h"
 
 static const char s_caHeader[] = ">>>>>>> SETUP Log File created on ";
@@ -42,7 +42,7 @@ static std::string logOf(const OV_MediumTree *pTree, const _OV_instCDinst *pMode
 
 static std::string logIn(const OV_MediumTree *pTree, const std::string &description)
 {
-    OV_Found found;
+    OV_TreeObject found;
 
     if (!OV_mediumLook(description, &found) || found.iError || !S_ISREG(found.info.st_mode))
         return "";
@@ -84,7 +84,9 @@ static std::vector<std::string> readLog(Trace *pLog)
     std::vector<std::string> lines;
     std::string line;
     struct stat info;
-    OwnedFile file(pLog->path.empty() ? nullptr : OV_instGuardedFopen(pLog->path.c_str(), "r"));
+    OwnedFile file(pLog->path.empty()
+                       ? nullptr
+                       : OV_instGuardedFopenBelieved(nullptr, pLog->path.c_str(), "r"));
 
     if (!file || fstat(fileno(file.get()), &info) < 0 || !S_ISREG(info.st_mode))
         return lines;
@@ -102,7 +104,7 @@ static std::vector<std::string> readLog(Trace *pLog)
 
 static struct timespec writtenAt(const std::string &path)
 {
-    OV_Found found;
+    OV_TreeObject found;
 
     return OV_mediumLook(path, &found) && !found.iError ? found.info.st_mtim : timespec{0, 0};
 }

@@ -33,7 +33,7 @@ static const ActionRow s_aActions[] = {
     {"keep",    "kept"     },
 };
 
-struct Repair {
+struct RepairWork {
     const OV_MediumTree *pTree;
     OV_Expectation *pObjects;
     std::set<std::string> chosen;                       /* what differs and was asked for */
@@ -47,7 +47,7 @@ struct Repair {
 /* Why an object has to stay as it is; null when it can be brought back. */
 static const char *reasonToKeep(const std::string &path, const OV_Expected *pObject)
 {
-    OV_Found found;
+    OV_TreeObject found;
 
     if (pObject->iDifferences == OV_DIFF_MODE)
         return nullptr;
@@ -72,7 +72,7 @@ static Action actionFor(const OV_Expected *pObject)
     return pObject->iDifferences == OV_DIFF_MODE ? CORRECT : REPLACE;
 }
 
-static void tellAction(const Repair *pRepair, Action action, const std::string &path,
+static void tellAction(const RepairWork *pRepair, Action action, const std::string &path,
                        const char *pReason)
 {
     const ActionRow *pRow = &s_aActions[action];
@@ -82,7 +82,7 @@ static void tellAction(const Repair *pRepair, Action action, const std::string &
                    pReason ? pReason : "");
 }
 
-static void tellResult(Repair *pRepair, const std::string &path, int iResult)
+static void tellResult(RepairWork *pRepair, const std::string &path, int iResult)
 {
     const OV_Expected *pObject = &pRepair->pObjects->at(path);
 
@@ -95,7 +95,7 @@ static void tellResult(Repair *pRepair, const std::string &path, int iResult)
 /* ---- what was asked for ---- */
 
 /* What is missing above a chosen object is brought back with it. */
-static void chooseAbove(Repair *pRepair, const std::string &path)
+static void chooseAbove(RepairWork *pRepair, const std::string &path)
 {
     for (size_t i = path.rfind('/'); i != path.npos && i > 0; i = path.rfind('/', i - 1)) {
         const auto above = pRepair->pObjects->find(path.substr(0, i));
@@ -104,7 +104,7 @@ static void chooseAbove(Repair *pRepair, const std::string &path)
     }
 }
 
-static void choose(Repair *pRepair, const std::string &path)
+static void choose(RepairWork *pRepair, const std::string &path)
 {
     if (!pRepair->pObjects->at(path).iDifferences)
         return;
@@ -113,7 +113,7 @@ static void choose(Repair *pRepair, const std::string &path)
 }
 
 /* False for a path that no package has (told). */
-static bool chooseAll(const OV_MediumOptions *pOptions, Repair *pRepair)
+static bool chooseAll(const OV_MediumOptions *pOptions, RepairWork *pRepair)
 {
     bool bKnown = true;
 
@@ -134,7 +134,7 @@ static bool chooseAll(const OV_MediumOptions *pOptions, Repair *pRepair)
 }
 
 /* Leaves only what can be brought back, and tells of the rest. */
-static void keepWhatStays(Repair *pRepair)
+static void keepWhatStays(RepairWork *pRepair)
 {
     for (auto at = pRepair->chosen.begin(); at != pRepair->chosen.end();) {
         const char *pReason = reasonToKeep(*at, &pRepair->pObjects->at(*at));
@@ -146,7 +146,7 @@ static void keepWhatStays(Repair *pRepair)
 
 /* ---- doing it ---- */
 
-static void sweep(const Repair *pRepair)
+static void sweep(const RepairWork *pRepair)
 {
     std::set<std::string> directories;
 
@@ -157,7 +157,7 @@ static void sweep(const Repair *pRepair)
 }
 
 /* The owner can write into it until everything is there. */
-static int makeDirectory(Repair *pRepair, const std::string &path, const OV_Expected *pObject)
+static int makeDirectory(RepairWork *pRepair, const std::string &path, const OV_Expected *pObject)
 {
     if (OV_instMkdir(path.c_str(), static_cast<int>(pObject->iMode | S_IRWXU), nullptr) < 0)
         return -1;
@@ -173,7 +173,7 @@ static bool isInArchive(const OV_Expected *pObject)
            pObject->iDifferences != OV_DIFF_MODE;
 }
 
-static void restoreDirectories(Repair *pRepair)
+static void restoreDirectories(RepairWork *pRepair)
 {
     for (const std::string &path : pRepair->chosen) {
         const OV_Expected *pObject = &pRepair->pObjects->at(path);
@@ -182,7 +182,7 @@ static void restoreDirectories(Repair *pRepair)
     }
 }
 
-static void restorePlain(Repair *pRepair)
+static void restorePlain(RepairWork *pRepair)
 {
     for (const std::string &path : pRepair->chosen) {
         const OV_Expected *pObject = &pRepair->pObjects->at(path);
@@ -197,7 +197,7 @@ static void restorePlain(Repair *pRepair)
     }
 }
 
-static void restoreFrom(Repair *pRepair, const _OV_InstOper *pOper)
+static void restoreFrom(RepairWork *pRepair, const _OV_InstOper *pOper)
 {
     (void)OV_mediumVisitMembers(/* the comparison that follows tells what is not there */
                                 pRepair->pTree, pOper,
@@ -221,7 +221,7 @@ static void restoreFrom(Repair *pRepair, const _OV_InstOper *pOper)
                                 });
 }
 
-static void restoreArchives(Repair *pRepair)
+static void restoreArchives(RepairWork *pRepair)
 {
     std::vector<const _OV_InstOper *> archives;
 
@@ -236,7 +236,7 @@ static void restoreArchives(Repair *pRepair)
 }
 
 /* A file that was replaced has lost its other names, so these are looked at again. */
-static void restoreHardLinks(Repair *pRepair)
+static void restoreHardLinks(RepairWork *pRepair)
 {
     for (auto &[path, object] : *pRepair->pObjects) {
         if (object.kind != OV_EXPECT_HARDLINK ||
@@ -248,7 +248,7 @@ static void restoreHardLinks(Repair *pRepair)
     }
 }
 
-static void narrowDirectories(Repair *pRepair)
+static void narrowDirectories(RepairWork *pRepair)
 {
     for (auto at = pRepair->narrow.rbegin(); at != pRepair->narrow.rend(); ++at)
         (void)OV_instGuardedChmod(at->first.c_str(), at->second); /* modes of them are not judged */
@@ -328,7 +328,7 @@ static bool takeTree(const OV_MediumOptions *pOptions, OV_MediumTree *pTree)
     return OV_mediumReadTree(pTree); /* as it is under the lock */
 }
 
-static int tryRepair(Repair *pRepair, const OV_Comparison *pComparison)
+static int tryRepair(RepairWork *pRepair, const OV_Comparison *pComparison)
 {
     const bool bFound = !pRepair->chosen.empty();
 
@@ -342,7 +342,7 @@ static int tryRepair(Repair *pRepair, const OV_Comparison *pComparison)
     return bFound || !pComparison->pending.empty() ? OV_MEDIUM_FINDINGS : OV_MEDIUM_CLEAN;
 }
 
-static void carryOut(Repair *pRepair)
+static void carryOut(RepairWork *pRepair)
 {
     sweep(pRepair);
     keepWhatStays(pRepair);
@@ -374,7 +374,7 @@ static int repair(const OV_MediumOptions *pOptions, OV_MediumTree *pTree)
     OV_Comparison before;
 
     OV_mediumCompare(pTree, &before);
-    Repair work = {pTree, &before.objects, {}, {}, {}, pOptions->bDryRun};
+    RepairWork work = {pTree, &before.objects, {}, {}, {}, pOptions->bDryRun};
     if (!chooseAll(pOptions, &work))
         return OV_MEDIUM_FAILED;
     if (pOptions->bDryRun)

@@ -17,14 +17,14 @@ static const char s_caBeside[] = ".ovmedium.new";
 enum { COPY_SIZE = 256 * 1024 };
 
 /* Where an object is to be. */
-struct Place {
+struct Spot {
     OwnedFd parent;
     const char *pName = nullptr;
     bool bReplaces = false; /* there is a regular file */
     struct stat old = {};
 };
 
-static int openPlace(const std::string &path, Place *pPlace)
+static int openPlace(const std::string &path, Spot *pPlace)
 {
     pPlace->parent.reset(OV_instGuardedOpenParent(path.c_str(), &pPlace->pName));
     if (pPlace->parent.iFd < 0 && errno == ENOENT && OV_instMakeParent(path.c_str()) == 0)
@@ -62,7 +62,7 @@ static void keepOwner(int iFd, const struct stat *pOld)
 template <typename Fill>
 static int restore(const std::string &path, const OV_Expected *pObject, Fill fill)
 {
-    Place place;
+    Spot place;
     OV_Replacement replacement;
 
     if (openPlace(path, &place) < 0 ||
@@ -133,7 +133,7 @@ int OV_mediumRestoreMember(const std::string &path, const OV_Expected *pObject,
 
 /* Renames what was made beside the place over it. Two names of one file stay two, so the other one
  * is removed by itself. */
-static int putInPlace(const Place *pPlace)
+static int putInPlace(const Spot *pPlace)
 {
     const int iResult = renameat(pPlace->parent.iFd, s_caBeside, pPlace->parent.iFd, pPlace->pName);
     const int iError = errno;
@@ -150,7 +150,7 @@ static int clearBeside(int iParent)
 
 int OV_mediumRestoreSoftLink(const std::string &path, const std::string &text)
 {
-    Place place;
+    Spot place;
 
     if (openPlace(path, &place) < 0 || clearBeside(place.parent.iFd) < 0 ||
         symlinkat(text.c_str(), place.parent.iFd, s_caBeside) < 0)
@@ -178,7 +178,7 @@ static int linkBeside(const std::string &target, int iParent)
 
 int OV_mediumRestoreHardLink(const std::string &path, const std::string &target)
 {
-    Place place;
+    Spot place;
 
     if (openPlace(path, &place) < 0 || clearBeside(place.parent.iFd) < 0 ||
         linkBeside(target, place.parent.iFd) < 0)
@@ -188,7 +188,7 @@ int OV_mediumRestoreHardLink(const std::string &path, const std::string &target)
 
 int OV_mediumRestoreMode(const std::string &path, const OV_Expected *pObject)
 {
-    OV_Found found;
+    OV_TreeObject found;
 
     if (!OV_mediumLook(path, &found) || found.iError) {
         errno = found.iError ? found.iError : EACCES;

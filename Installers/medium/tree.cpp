@@ -16,6 +16,7 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
 #include "ut/owned.h"
+#include "ut/trust.h"
 
 struct DirectoryClosed {
     void operator()(DIR *pDirectory) const { (void)closedir(pDirectory); }
@@ -23,7 +24,7 @@ struct DirectoryClosed {
 using OwnedDirectory = std::unique_ptr<DIR, DirectoryClosed>;
 
 /* A product that was found: its directory, and the name of its history and run file. */
-struct Place {
+struct Product {
     std::string dest;
     std::string name;
 };
@@ -78,7 +79,7 @@ static std::string productOf(const std::string &file)
                                                               : "";
 }
 
-static void addPlaces(const std::string &directory, std::vector<Place> *pPlaces)
+static void addPlaces(const std::string &directory, std::vector<Product> *pPlaces)
 {
     std::string last;
 
@@ -91,10 +92,10 @@ static void addPlaces(const std::string &directory, std::vector<Place> *pPlaces)
 }
 
 /* Products in DEST itself, else in the directories below it, else one level further. */
-static std::vector<Place> findPlaces(const std::string &tree)
+static std::vector<Product> findPlaces(const std::string &tree)
 {
     enum { LEVELS = 2 };
-    std::vector<Place> places;
+    std::vector<Product> places;
     std::vector<std::string> level = {tree};
 
     addPlaces(tree, &places);
@@ -144,7 +145,7 @@ void OV_mediumCloseTree()
 }
 
 /* A model that knows nothing but where the product lies. */
-static bool useBareModel(const Place *pPlace)
+static bool useBareModel(const Product *pPlace)
 {
     _OV_instCDinst *pBare = newCDinst();
 
@@ -171,12 +172,17 @@ static bool noInstallation(const std::string &tree)
     return false;
 }
 
-static bool tellSeveral(const std::vector<Place> &places)
+static bool tellSeveral(const std::vector<Product> &places)
 {
     OV_mediumTell("several products, name one of their directories:");
-    for (const Place &place : places)
+    for (const Product &place : places)
         OV_mediumTell("    %s (%s)", place.dest.c_str(), place.name.c_str());
     return false;
+}
+
+static void tellRefusal(const char *pText)
+{
+    OV_mediumTell("%s", pText);
 }
 
 bool OV_mediumFindTree(const OV_MediumOptions *pOptions, OV_MediumTree *pTree)
@@ -184,10 +190,11 @@ bool OV_mediumFindTree(const OV_MediumOptions *pOptions, OV_MediumTree *pTree)
     const std::string tree = absolutePlace(pOptions->tree);
 
     *pTree = OV_MediumTree();
+    OV_instSetRefusalHandler(tellRefusal);
     if (tree.empty())
         return noInstallation(pOptions->tree);
     OV_instSetGuardedRoot(tree.substr(0, tree.rfind('/') + 1).c_str());
-    const std::vector<Place> places = findPlaces(tree);
+    const std::vector<Product> places = findPlaces(tree);
     if (places.empty())
         return noInstallation(pOptions->tree);
     if (places.size() > 1)
@@ -268,6 +275,7 @@ static bool openNotedMedium(const OV_MediumOptions *pOptions, OV_MediumTree *pTr
 bool OV_mediumOpenTree(const OV_MediumOptions *pOptions, OV_MediumTree *pTree)
 {
     *pTree = OV_MediumTree();
+    OV_instSetRefusalHandler(tellRefusal);
     if (pOptions->medium.empty()
             ? !openNotedMedium(pOptions, pTree)
             : !useMedium(pOptions->medium, pTree) || !findProduct(pOptions, pTree))

@@ -299,7 +299,7 @@ static bool readText(FILE *pFile, int iLimit, std::string *pText)
 bool OV_instReadHistory(const char *pDest, OV_RunFile *pHistory)
 {
     OwnedText path(historyPath(pDest));
-    OwnedFile file(path ? OV_instGuardedFopen(path.get(), "r") : nullptr);
+    OwnedFile file(path ? OV_instGuardedFopenBelieved(nullptr, path.get(), "r") : nullptr);
     char caLine[HISTORY_LINE];
     std::set<std::string> known;
 
