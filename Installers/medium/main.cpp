@@ -16,6 +16,7 @@ static const Command s_aCommands[] = {
     {"verify", OV_mediumVerify},
     {"repair", OV_mediumRepair},
     {"status", OV_mediumStatus},
+    {"new",    OV_mediumNew   },
     {nullptr,  nullptr        },
 };
 
