@@ -5,4 +5,9 @@
 
 #include "medium/commandLine.h"
 
+int OV_mediumVerify(const OV_MediumOptions *pOptions);
+int OV_mediumRepair(const OV_MediumOptions *pOptions);
+int OV_mediumStatus(const OV_MediumOptions *pOptions);
+int OV_mediumNew(const OV_MediumOptions *pOptions);
+
 #endif

@@ -13,7 +13,11 @@ struct Command {
 };
 
 static const Command s_aCommands[] = {
-    {nullptr, nullptr},
+    {"verify", OV_mediumVerify},
+    {"repair", OV_mediumRepair},
+    {"status", OV_mediumStatus},
+    {"new",    OV_mediumNew   },
+    {nullptr,  nullptr        },
 };
 
 static int run(const OV_MediumOptions *pOptions)

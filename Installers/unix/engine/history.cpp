@@ -3,13 +3,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "engine/fileOps.h"
 #include "engine/pending.h"
-#include "engine/runFile.h"
 #include "engine/runReport.h"
 #include "engine/selection.h"
 #include "engine/setupState.h"
@@ -91,6 +91,17 @@ void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite)
          pNode = pNode->pNext)
         fprintf(file.get(), "%s \"%s\" Installed\n", s_caPackageWord, pNode->pPackage->pName);
     closeWritten(&file, pDest);
+}
+
+int OV_instWriteHistory(const char *pDest, const OV_RunFile *pState)
+{
+    std::string text = std::string(s_caVersionWord) + " " + std::to_string(HISTORY_VERSION) + "\n" +
+                       pState->product + "\n" + pState->version + "\n" + pState->source + "\n";
+
+    for (const OV_RunPackage &package : pState->packages)
+        if (package.state != OV_RUN_INSTALLING)
+            text += std::string(s_caPackageWord) + " \"" + package.name + "\" Installed\n";
+    return OV_instWriteSetupFile(pDest, OV_instGetHistoryFile(), text, true);
 }
 
 void OV_RemoveHistoryFile(const char *pDest)
@@ -263,6 +274,40 @@ static void markSuites(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
         pSuites->iState = 1;
         (void)OV_instFindAndMarkConfig(pRoot, pConfig, pSuites, 1); /* need not be offered */
     }
+}
+
+/* A line of a header, cut. False at the end of the file. */
+static bool readText(FILE *pFile, int iLimit, std::string *pText)
+{
+    char caLine[OV_INST_PATH_SIZE];
+
+    if (!fgets(caLine, iLimit, pFile))
+        return false;
+    cutNewline(caLine);
+    *pText = caLine;
+    return true;
+}
+
+bool OV_instReadHistory(const char *pDest, OV_RunFile *pHistory)
+{
+    OwnedText path(historyPath(pDest));
+    OwnedFile file(path ? OV_instGuardedFopenBelieved(nullptr, path.get(), "r") : nullptr);
+    char caLine[HISTORY_LINE];
+    std::set<std::string> known;
+
+    *pHistory = OV_RunFile();
+    if (!file || !fgets(caLine, sizeof(caLine), file.get()) || !isVersionLine(caLine))
+        return false;
+    if (!readText(file.get(), HISTORY_LINE, &pHistory->product) ||
+        !readText(file.get(), HISTORY_LINE, &pHistory->version) ||
+        !readText(file.get(), OV_INST_PATH_SIZE, &pHistory->source) || pHistory->source.empty())
+        return false;
+    while (fgets(caLine, sizeof(caLine), file.get())) {
+        const char *pName = packageOf(caLine);
+        if (pName && known.insert(pName).second)
+            pHistory->packages.push_back({pName, OV_RUN_INSTALLED});
+    }
+    return true;
 }
 
 /* What an earlier look at another destination found. */

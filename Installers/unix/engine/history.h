@@ -5,6 +5,7 @@
 #define OVINST_ENGINE_HISTORY_H
 
 #include "description/model.h"
+#include "engine/runFile.h"
 
 /* Writes the four header lines, replacing an earlier file; a file that cannot be opened is told on
  * standard output. */
@@ -14,6 +15,15 @@ void OV_InitHistoryFile(const char *pDest, const char *pProductName, const char 
 void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite);
 
 void OV_RemoveHistoryFile(const char *pDest);
+
+/* Reads the history in pDest: its header, and each package once, in the file's order, all of them
+ * installed. False when there is none that can be believed, or none of this format. */
+bool OV_instReadHistory(const char *pDest, OV_RunFile *pHistory);
+
+/* Writes the history anew without a run: the packages of pState that are installed, those that
+ * were being removed included, each once. As a whole, and on the disk when this returns. 0 or -1.
+ */
+int OV_instWriteHistory(const char *pDest, const OV_RunFile *pState);
 
 /* The check at start-up. 1 for an earlier installation (in pDest, or in a tree of the product that
  * the medium or the program lies in, which then becomes the root destination): its source

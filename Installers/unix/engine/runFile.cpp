@@ -5,6 +5,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <set>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "description/configParts.h"
 #include "engine/configWalk.h"
@@ -53,12 +55,14 @@ char *OV_instRunFilePath(const char *pDest)
 
 /* ---- writing ---- */
 
-static void putLines(FILE *pFile, const OV_RunFile *pRun)
+static std::string linesOf(const OV_RunFile *pRun)
 {
-    fprintf(pFile, "%s %d\n%s\n%s\n%s\n", s_caVersionWord, RUN_FILE_VERSION, pRun->product.c_str(),
-            pRun->version.c_str(), pRun->source.c_str());
+    std::string text = std::string(s_caVersionWord) + " " + std::to_string(RUN_FILE_VERSION) +
+                       "\n" + pRun->product + "\n" + pRun->version + "\n" + pRun->source + "\n";
+
     for (const OV_RunPackage &package : pRun->packages)
-        fprintf(pFile, "Package \"%s\" %s\n", package.name.c_str(), s_apStates[package.state]);
+        text += "Package \"" + package.name + "\" " + s_apStates[package.state] + "\n";
+    return text;
 }
 
 /* A rename is on the disk when its directory is. */
@@ -70,10 +74,19 @@ static void synchroniseFolder(const char *pFolder)
         (void)fsync(folder.iFd); /* the file itself is on the disk already */
 }
 
-static int writeRunFile(const char *pDest, const OV_RunFile *pRun)
+/* Only root can give files away; anybody else keeps what he makes. */
+static void giveToOwnerOf(int iFolder, int iFile)
 {
-    const std::string name = fileName(".run");
-    const std::string temporary = fileName(".run.new");
+    struct stat folder;
+
+    if (geteuid() == 0 && fstat(iFolder, &folder) == 0)
+        (void)!fchown(iFile, folder.st_uid, folder.st_gid); /* it stays ours */
+}
+
+int OV_instWriteSetupFile(const char *pDest, const std::string &name, const std::string &text,
+                          bool bKeepOwner)
+{
+    const std::string temporary = name + ".new";
     OwnedText folder(OV_instStrPrint("%s/%s", pDest, OV_SETUP_FOLDER));
     OV_Replacement replacement;
 
@@ -82,11 +95,18 @@ static int writeRunFile(const char *pDest, const OV_RunFile *pRun)
     if (OV_instBeginNewFile(&replacement, OV_instGuardedOpenDir(folder.get()), temporary.c_str(),
                             name.c_str(), RUN_FILE_MODE) < 0)
         return -1;
-    putLines(replacement.pStream, pRun);
+    if (bKeepOwner)
+        giveToOwnerOf(replacement.iDirectory, fileno(replacement.pStream));
+    (void)fwrite(text.data(), 1, text.size(), replacement.pStream); /* the end tells */
     if (OV_instEndReplacement(&replacement, true) < 0)
         return -1;
     synchroniseFolder(folder.get());
     return 0;
+}
+
+static int writeRunFile(const char *pDest, const OV_RunFile *pRun, bool bKeepOwner)
+{
+    return OV_instWriteSetupFile(pDest, fileName(".run"), linesOf(pRun), bKeepOwner);
 }
 
 /* What the run is about to do with a package that it meets in this suite. */
@@ -135,7 +155,7 @@ int OV_instBeginRunFile(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, cons
     OV_RunFile file = s_run.header;
     for (const Entry &entry : s_run.packages)
         file.packages.push_back({entry.pPackage->pName, entry.state});
-    s_run.bWritten = writeRunFile(pDest, &file) == 0;
+    s_run.bWritten = writeRunFile(pDest, &file, false) == 0;
     return s_run.bWritten ? 0 : -1;
 }
 
@@ -163,9 +183,18 @@ int OV_instEndRunFile()
 {
     if (OV_instFailedSteps()) {
         const OV_RunFile file = outcome();
-        return writeRunFile(s_run.dest.c_str(), &file);
+        return writeRunFile(s_run.dest.c_str(), &file, false);
     }
     OV_instRemoveRunFile(s_run.dest.c_str());
+    return 0;
+}
+
+int OV_instSettleRunFile(const char *pDest, const OV_RunFile *pRun)
+{
+    for (const OV_RunPackage &package : pRun->packages)
+        if (package.state != OV_RUN_INSTALLED)
+            return writeRunFile(pDest, pRun, true);
+    OV_instRemoveRunFile(pDest);
     return 0;
 }
 

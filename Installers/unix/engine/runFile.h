@@ -50,6 +50,16 @@ char *OV_instRunFilePath(const char *pDest);
  * written by a user whom setup trusts. */
 bool OV_instReadRunFile(const char *pDest, OV_RunFile *pRun, const char *pRoot = nullptr);
 
+/* Puts a file of that content into the product's "SetupFiles", as a whole and on the disk when this
+ * returns. With bKeepOwner it belongs to the owner of that directory, who could replace it anyway,
+ * where the runner may give it away. 0 or -1. */
+int OV_instWriteSetupFile(const char *pDest, const std::string &name, const std::string &text,
+                          bool bKeepOwner);
+
+/* What is pending has changed without a run: writes the state, or removes the file when nothing is
+ * pending in it. The history has to name what is installed before that. 0 or -1. */
+int OV_instSettleRunFile(const char *pDest, const OV_RunFile *pRun);
+
 void OV_instRemoveRunFile(const char *pDest);
 
 #endif
