@@ -5,6 +5,8 @@
 
 #include "medium/commandLine.h"
 
+int OV_mediumPlan(const OV_MediumOptions *pOptions);
+int OV_mediumApply(const OV_MediumOptions *pOptions);
 int OV_mediumVerify(const OV_MediumOptions *pOptions);
 int OV_mediumRepair(const OV_MediumOptions *pOptions);
 int OV_mediumStatus(const OV_MediumOptions *pOptions);

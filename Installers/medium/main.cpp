@@ -13,6 +13,8 @@ struct Command {
 };
 
 static const Command s_aCommands[] = {
+    {"plan",   OV_mediumPlan  },
+    {"apply",  OV_mediumApply },
     {"verify", OV_mediumVerify},
     {"repair", OV_mediumRepair},
     {"status", OV_mediumStatus},

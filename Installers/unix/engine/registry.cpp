@@ -57,7 +57,7 @@ static int selfRegFailure(FILE *pStream, int iPlace)
     return OV_INST_ERROR;
 }
 
-static bool hasDisplay()
+bool OV_instHasRegistryDisplay()
 {
     return getenv("DISPLAY") || OV_instHasDialogs();
 }
@@ -146,7 +146,7 @@ int OV_instRegData(const char *pDest, const char *pRootKey, const char *pKeyName
     OwnedText expanded(expandDestination(pValue, pDest));
     if (!expanded)
         return regDataFailure(pStream, 0);
-    if (!hasDisplay()) {
+    if (!OV_instHasRegistryDisplay()) {
         OV_instSendUpdate(pStream, "Warning: (no display) can't add data to registry\n");
         return OV_INST_NO_ERROR;
     }
@@ -190,7 +190,7 @@ static int runRegistrations(const char *pCommonDest, const char *pDest, const ch
     s_selfReg.bDone = true;
     if (!gathered)
         return selfRegFailure(pStream, 4);
-    if (!hasDisplay()) {
+    if (!OV_instHasRegistryDisplay()) {
         OV_instSendUpdate(pStream, "Warning: (no display) can't register module %s\n", pModule);
         return OV_INST_NO_ERROR;
     }

@@ -24,4 +24,7 @@ void OV_instChangeResgitryPermission(const char *pDest);
  * when the variable is not set. Nothing calls it today. */
 const char *OV_instGetOVLocation();
 
+/* Whether the tools can be called: they want a display. */
+bool OV_instHasRegistryDisplay();
+
 #endif

@@ -50,6 +50,9 @@ const char *OV_instGetKnownSourceDirectory();
  * with status 1 when that cannot be done. */
 const char *OV_instSetSourceDirectory(const char *pPath);
 
+/* The root destination where neither an option nor the description names one. */
+#define OV_DEFAULT_DESTINATION "/usr/Orvane/"
+
 /* The directory of a product for what setup knows about it. */
 #define OV_SETUP_FOLDER "SetupFiles"
 

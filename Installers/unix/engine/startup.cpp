@@ -19,7 +19,6 @@
 static const rlim_t s_ulStackNeeded = 256UL * 1024, s_ulStackWanted = 8UL * 1024 * 1024; /* bytes */
 
 static const char s_caVersion[] = "Setup Version=0311-11:57";
-static const char s_caDefaultDestination[] = "/usr/Orvane/";
 static const char s_caDescription[] = "cdinst.dat";
 
 /* putenv keeps the very strings. */
@@ -214,7 +213,7 @@ static void completeOptions(Options *pOptions, const char *pProgram)
     if (!pOptions->pDescription)
         pOptions->pDescription = descriptionBeside(pProgram);
     if (!pOptions->pDestination)
-        pOptions->pDestination = strdup(s_caDefaultDestination);
+        pOptions->pDestination = strdup(OV_DEFAULT_DESTINATION);
     if (!pOptions->pDestination) {
         fputs("Error: building default installation path\n", stderr);
         exit(1);
