@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <sched.h>
+#include <sys/mount.h>
+
 #include "engine/customFunc.h"
 #include "engine/engineTest.h"
 #include "engine/fileOps.h"
+#include "engine/links.h"
 #include "engine/mediaPrompt.h"
 #include "ut/OVinstFileUtils.h"
 
@@ -12,6 +16,7 @@ struct FileOps : EngineTest {
         EngineTest::SetUp();
         put("M/sub/f", "content");
         put("M/big", std::string(2 * OV_COPY_BLOCK + 1, 'b'));
+        put("M/whole", std::string(12 * OV_COPY_BLOCK, 'w'));
         put("M/empty", "");
         put("D/file", "kept");
         put("D/dir/x", "");
@@ -38,6 +43,14 @@ TEST_F(FileOps, CopyReportsEveryBlockOrWhatFailed)
                                             D/file/x\n
         Copy 'sub/f' 'dir' 9             => 1 -1 Copyfile can't create file D/dir\n)");
     EXPECT_EQ(got("M/big"), got("D/new/deep/big"));
+    EXPECT_EQ(0, copy("whole"));
+    const std::string text = records(), line = "+10240 M/whole D/x\n";
+    EXPECT_EQ(got("M/whole"), got("D/x"));
+    EXPECT_EQ("", replaced(text, line, ""));
+    EXPECT_EQ(12 * line.size(), text.size());
+    fs::create_symlink("/proc/self/status", m_medium + "unknown"); /* its size is said to be 0 */
+    EXPECT_EQ(0, copy("unknown"));
+    EXPECT_NE(got("D/x").find("VmRSS"), std::string::npos);
     EXPECT_EQ(04751u, modeOf("D/dir/x"));
     EXPECT_EQ(1, copy("sub/f", ""));
 }
@@ -94,4 +107,28 @@ TEST_F(FileOps, MkdirWorksPrefixByPrefix)
     EXPECT_EQ("-1 -1 Mkdir invalid parameter\n", make(fits + "x"));
     EXPECT_EQ(-1, OV_instMkdir(nullptr, 0755, nullptr));
     EXPECT_EQ(03770u, modeOf("D/a"));
+}
+
+/* With what a system of another day, or a bare place to live in, does not have. */
+TEST_F(FileOps, HardLinksWorkWithoutProc)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can hide /proc";
+    load("");
+    for (const uid_t user : {0U, 12345U}) { /* root, and who has to link by name */
+        ASSERT_EQ(0, chown(m_dest.c_str(), user, 0) | chown(full("D/file").c_str(), user, 0) |
+                         chmod(m_scratch.path.c_str(), 0755));
+        const auto link = [&] {
+            if (unshare(CLONE_NEWNS) != 0 ||
+                mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                umount2("/proc", MNT_DETACH) != 0)
+                _exit(0); /* it cannot be hidden here */
+            ASSERT_EQ(0, setuid(user));
+            EXPECT_EQ(0, OV_instHardlink(m_dest.c_str(), "file", "hard", 1, m_pipe.pStream, 0));
+            EXPECT_EQ("+1 Hardlink hard\n", records());
+            EXPECT_TRUE(fs::equivalent(m_dest + "hard", m_dest + "file"));
+        };
+        inChild(link);
+        fs::remove(m_dest + "hard");
+    }
 }

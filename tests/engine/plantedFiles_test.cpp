@@ -46,6 +46,8 @@ TEST_F(PlantedFiles, AreLeftAlone)
     for (const std::string &path : s_aFiles)
         plant(path);
     write();
+    EXPECT_EQ("logged\n", got(s_aFiles[0]));
+    EXPECT_NE("", got(s_aFiles[1]));
     for (const std::string &path : s_aFiles) {
         fs::remove(full(path));
         fs::create_symlink(full("@/victim"), full(path));

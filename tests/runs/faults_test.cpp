@@ -155,6 +155,60 @@ TEST(Faults, WhatStrangersPlantedIsNotFollowed)
     EXPECT_NE(medium.log().find("Softlink can't change directory"), std::string::npos);
 }
 
+TEST(Faults, AnExchangedDestinationLeadsNowhere)
+{
+    Medium medium;
+    const std::string outside = medium.scratch / "outside", aside = medium.dest + ".aside/prod/";
+
+    fs::create_directories(outside + "/prod");
+    fs::create_directories(medium.place + "/SetupFiles");
+    fs::copy(TEST_MODULE_DIR "/badManners.so", medium.place + "/SetupFiles/m.so");
+    medium.file("a", "new");
+    medium.file("in/tar", "new");
+    must("cd " + medium.place + " && tar -cf a.tar in && bzip2 -k a");
+    medium.describe(
+        onePackage("Copy \"a\" \"first\" 3 0644\nFunction \"exchangeRoot\" \"m.so\" \"" + outside +
+                   "\"\nCopy \"a\" \"sub/a\" 3 0644\nCopy \"a\" \"first\" 3 0644\n"
+                   "CopyZ \"a\" \"\" 3 0644\nMkdir \"made/deep\" 0755\n"
+                   "Untar \"a.tar\" 1 \"in/tar\" 3\nSoftLink \"made\" \"x\" \"soft\"\n"
+                   "HardLink \".\" \"first\" \"hard\"\n"));
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(fs::is_empty(outside + "/prod"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(outside), {}), 1);
+    for (const char *pName : {"first", "sub/a", "in/tar", "hard"})
+        EXPECT_EQ(readFile(aside + pName), "new") << pName;
+    EXPECT_TRUE(fs::is_symlink(aside + "made/soft") && fs::exists(aside + "cdinst.dat"));
+    EXPECT_NE(readFile(aside + "SetupFiles/.h.his").find("\"all\""), std::string::npos);
+    EXPECT_NE(readFile(aside + "Setup/setup.log").find("Installation Completed"),
+              std::string::npos);
+}
+
+/* A backup made of second names keeps what it had, in a tree that others of a group write to. */
+TEST(Faults, ASnapshotKeepsWhatItHas)
+{
+    Medium medium;
+    const std::string snapshot = medium.scratch / "snapshot";
+
+    medium.file("a", "old");
+    medium.describe(onePackage("Copy \"a\" \"\" 3 0644\n"));
+    EXPECT_EQ(medium.install().iStatus, 0);
+    const std::string log = medium.log(), history = medium.history();
+    must("chmod -R g+w " + medium.dest + " && cp -al " + medium.dest + " " + snapshot);
+    medium.describe(onePackage("Copy \"a\" \"\" 3 0644\n"), usualHeader("# another\n"));
+    const std::string description = readFile(snapshot + "/prod/cdinst.dat");
+    RunResult result = medium.install();
+
+    EXPECT_EQ(result.iStatus, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(readFile(snapshot + "/prod/Setup/setup.log"), log);
+    EXPECT_EQ(readFile(snapshot + "/prod/SetupFiles/.h.his"), history);
+    EXPECT_EQ(readFile(snapshot + "/prod/cdinst.dat"), description);
+    EXPECT_NE(medium.log().find("Installation Completed"), std::string::npos);
+    EXPECT_NE(medium.installed("cdinst.dat"), description);
+}
+
 /* The kernel's part of it: tar itself is kept to the destination. */
 static bool hasLandlock()
 {

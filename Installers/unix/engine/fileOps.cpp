@@ -19,6 +19,9 @@
 
 static const int MODE_BITS = 07777;
 
+/* Few calls for a file, and yet no waiting for a record. */
+enum { BLOCKS_SIZE = 6 * OV_COPY_BLOCK };
+
 /* ---- removing ---- */
 
 bool IsSetupExe(const char *pPath)
@@ -151,27 +154,34 @@ int OV_instOpenSource(const char *pSource, const char *pLabel, FILE *pStream, ch
     return iFd;
 }
 
-int OV_instWriteAll(int iFd, const char *pBytes, size_t iCount)
+/* Writes until all is written or fails; gives what was written. */
+static size_t writeMost(int iFd, const char *pBytes, size_t iCount)
 {
-    while (iCount) {
-        ssize_t iWritten = write(iFd, pBytes, iCount);
+    size_t iDone = 0;
+
+    while (iDone < iCount) {
+        ssize_t iWritten = write(iFd, pBytes + iDone, iCount - iDone);
 
         if (iWritten < 0 && errno == EINTR)
             continue;
         if (iWritten <= 0)
-            return -1;
-        pBytes += iWritten;
-        iCount -= static_cast<size_t>(iWritten);
+            break;
+        iDone += static_cast<size_t>(iWritten);
     }
-    return 0;
+    return iDone;
 }
 
-static ssize_t readBlock(int iFd, char *pBlock)
+int OV_instWriteAll(int iFd, const char *pBytes, size_t iCount)
+{
+    return writeMost(iFd, pBytes, iCount) == iCount ? 0 : -1;
+}
+
+static ssize_t readBlocks(int iFd, char *pBlocks)
 {
     ssize_t iRead;
 
     do {
-        iRead = read(iFd, pBlock, OV_COPY_BLOCK);
+        iRead = read(iFd, pBlocks, BLOCKS_SIZE);
     } while (iRead < 0 && errno == EINTR);
     return iRead;
 }
@@ -196,35 +206,39 @@ static int openTarget(const char *pTarget, const struct stat *pSource, FILE *pSt
     return iFd;
 }
 
-/* Whether a block that was read is known to be the last: less than was asked for, and all that the
- * file is said to hold. Most files are that small, and need no second read to find their end. */
+/* Whether what was read is known to be the last: less than was asked for, and all that the file is
+ * said to hold. Most files are that small, and need no second read to find their end. */
 static bool isLast(ssize_t iRead, int64_t lDone, const struct stat *pSource)
 {
-    return iRead < OV_COPY_BLOCK && S_ISREG(pSource->st_mode) && pSource->st_size > 0 &&
+    return iRead < BLOCKS_SIZE && S_ISREG(pSource->st_mode) && pSource->st_size > 0 &&
            lDone >= pSource->st_size;
 }
 
-/* Copies to the end of the source. 0 or 1. */
+/* Copies to the end of the source, several blocks at a time, each with its record. 0 or 1. */
 static int copyBlocks(int iFrom, int iTo, const struct stat *pSource, const char *pFrom,
                       const char *pTo, FILE *pStream)
 {
-    static char s_caBlock[OV_COPY_BLOCK]; /* not on the stack, which may be small */
+    static char s_caBlocks[BLOCKS_SIZE]; /* not on the stack, which may be small */
     int64_t lDone = 0;
     ssize_t iRead;
 
     do {
-        iRead = readBlock(iFrom, s_caBlock);
+        iRead = readBlocks(iFrom, s_caBlocks);
         if (iRead == 0)
             break;
         if (iRead < 0) {
             OV_instSendUpdate(pStream, "-1 Copyfile failed reading file %s\n", pFrom);
             return 1;
         }
-        if (OV_instWriteAll(iTo, s_caBlock, static_cast<size_t>(iRead)) < 0) {
+        size_t iWritten = writeMost(iTo, s_caBlocks, static_cast<size_t>(iRead));
+        const bool bFailed = iWritten < static_cast<size_t>(iRead);
+        if (bFailed) /* a block that is not there whole is none */
+            iWritten -= iWritten % OV_COPY_BLOCK;
+        OV_instSendBlocks(pStream, iWritten, OV_COPY_BLOCK, pFrom, pTo);
+        if (bFailed) {
             OV_instSendUpdate(pStream, "-1 Copyfile writing file %s\n", pTo);
             return 1;
         }
-        OV_instSendUpdate(pStream, "+%zd %s %s\n", iRead, pFrom, pTo);
         lDone += iRead;
     } while (!isLast(iRead, lDone, pSource));
     return 0;

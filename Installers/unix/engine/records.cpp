@@ -60,6 +60,23 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     (void)fflush(pStream);
 }
 
+void OV_instSendBlocks(FILE *pStream, size_t iCount, size_t iBlock, const char *pFrom,
+                       const char *pTo)
+{
+    while (pStream && iCount) {
+        const size_t iNow = iCount < iBlock ? iCount : iBlock;
+
+        fprintf(pStream, "+%zu ", iNow);
+        putText(pStream, pFrom);
+        (void)putc(' ', pStream);
+        putText(pStream, pTo);
+        (void)putc('\n', pStream);
+        iCount -= iNow;
+    }
+    if (pStream)
+        (void)fflush(pStream);
+}
+
 OV_RecordSplitter OV_instNewSplitter(size_t iLimit)
 {
     return {static_cast<char *>(malloc(iLimit + 1)), iLimit, 0};

@@ -26,6 +26,11 @@
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     __attribute__((format(printf, 2, 3)));
 
+/* Sends "+COUNT FROM TO" for each block of iBlock bytes in iCount, and what is left behind them, at
+ * one go. */
+void OV_instSendBlocks(FILE *pStream, size_t iCount, size_t iBlock, const char *pFrom,
+                       const char *pTo);
+
 /* Bytes on their way to becoming lines. Of a line longer than iLimit the beginning is handed out
  * and the rest passed over. */
 struct OV_RecordSplitter {

@@ -21,12 +21,12 @@ static const int s_iPathOnly = O_PATH | O_CLOEXEC | O_NOFOLLOW;
  * walk came from, wherever somebody has moved a directory meanwhile. */
 struct Walk {
     OV_GuardedRoot *pRoot;
-    std::vector<OV_Place> way; /* each is in the one before */
-    std::string rest;          /* still to be resolved, from the last of them */
-    int iLinks = 0;            /* followed so far */
-    bool bInside = true;       /* the first of them is the root */
-    bool bByLink = false;      /* as in OV_Found */
-    std::string confinedBy;    /* the link for whose sake nothing may leave the root any more */
+    std::vector<OV_WayPoint> way; /* each is in the one before */
+    std::string rest;             /* still to be resolved, from the last of them */
+    int iLinks = 0;               /* followed so far */
+    bool bInside = true;          /* the first of them is the root */
+    bool bByLink = false;         /* as in OV_Found */
+    std::string confinedBy;       /* the link for whose sake nothing may leave the root any more */
 };
 
 static int failWith(int iError)
@@ -59,7 +59,7 @@ static void addPlace(Walk *pWalk, OwnedFd *pDir, const struct stat *pStatus,
 {
     const uid_t destinationOwner = pWalk->pRoot->status.st_uid;
     const bool bWritable = OV_instMayStrangersWrite(pStatus, destinationOwner, pDir->iFd);
-    OV_Place place;
+    OV_WayPoint place;
 
     if (!pWalk->way.empty())
         place.blame = pWalk->way.back().blame;
@@ -120,7 +120,7 @@ static int refuse(const std::string &which)
 /* The link in words, and if it is not its owner then its place that speaks against it. */
 static std::string wordsFor(const Walk *pWalk, const std::string &path, uid_t owner)
 {
-    const OV_Place *pPlace = &pWalk->way.back();
+    const OV_WayPoint *pPlace = &pWalk->way.back();
     std::string words = path + " is a link of " + OV_instUserName(owner);
 
     if (!OV_instIsOwn(owner))
@@ -130,7 +130,7 @@ static std::string wordsFor(const Walk *pWalk, const std::string &path, uid_t ow
 }
 
 /* Whether a link is root's or ours, and where it is because we have put it there. */
-static bool leadsAnywhere(const OV_Place *pPlace, const struct stat *pLink)
+static bool leadsAnywhere(const OV_WayPoint *pPlace, const struct stat *pLink)
 {
     return OV_instIsOwn(pLink->st_uid) && pPlace->blame.empty() &&
            !(pLink->st_nlink > 1 && pPlace->bStrangersAdd);

@@ -11,7 +11,7 @@
 #include "ut/owned.h"
 
 /* A directory on the way. */
-struct OV_Place {
+struct OV_WayPoint {
     OwnedFd dir;
     std::string path;  /* for people to read */
     std::string blame; /* the directory, in words, through which strangers can exchange what
@@ -22,7 +22,7 @@ struct OV_Place {
 
 /* Where a path's last component is. */
 struct OV_Found {
-    OV_Place parent;
+    OV_WayPoint parent;
     std::string name;        /* "." for the root itself, and behind a last "." or ".." */
     struct stat status = {}; /* of what is there, not followed; st_mode is 0 when nothing is */
     bool bDirectory = false; /* a slash at the end asks for a directory */
