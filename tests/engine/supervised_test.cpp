@@ -69,7 +69,7 @@ TEST(Supervised, IsStoppedAndEndedWithTheGroup)
         kill(-iRun, SIGSTOP); /* all but the supervisor and what left the session */
         EXPECT_TRUE(inTwoSeconds([&] {
             const std::string states = statesIn(scratch.path);
-            return std::count(states.begin(), states.end(), 'T') == 4;
+            return std::count(states.begin(), states.end(), 'S') == 2;
         })) << statesIn(scratch.path);
         kill(bWholeGroup ? -iRun : iRun, SIGKILL);
         waitpid(iRun, nullptr, 0);
