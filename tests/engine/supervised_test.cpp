@@ -69,7 +69,8 @@ TEST(Supervised, IsStoppedAndEndedWithTheGroup)
         kill(-iRun, SIGSTOP); /* all but the supervisor and what left the session */
         EXPECT_TRUE(inTwoSeconds([&] {
             const std::string states = statesIn(scratch.path);
-            return std::count(states.begin(), states.end(), 'T') == 4;
+            const auto running = std::count(states.begin(), states.end(), 'S');
+            return running == 1 || running == 2; /* setsid may be stopped before its work */
         })) << statesIn(scratch.path);
         kill(bWholeGroup ? -iRun : iRun, SIGKILL);
         waitpid(iRun, nullptr, 0);

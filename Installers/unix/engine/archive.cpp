@@ -200,7 +200,6 @@ static int feedArchive(Feed *pFeed)
 static bool allowMembers(const Feed *pFeed, OV_MemberPlaces *pPlaces)
 {
     OV_Confinement *pConfinement = pPlaces->pConfinement;
-
     bool bListed = false;
 
     for (int32_t i = 0; i < pFeed->pTar->iCount; i++) {

@@ -114,6 +114,10 @@ static bool allowArchivedName(OV_MemberPlaces *pPlaces, const Links &links, cons
                               std::string *pPlace)
 {
     if (!placeOf(links, name, pPlace)) {
+        if (pPlaces->pConfinement->bRequired) {
+            pPlace->clear();
+            return true; /* tar passes over it, and the kernel does not let it out */
+        }
         pPlaces->refusal = name + " would leave " + pPlaces->pDest;
         return false;
     }
@@ -130,6 +134,8 @@ bool OV_instAllowArchived(OV_MemberPlaces *pPlaces, const std::vector<OV_Archive
             return false;
         if (!allowArchivedName(pPlaces, links, member.name, &place))
             return false;
+        if (place.empty())
+            continue;
         /* The slash: a directory through a link would get the member's mode. */
         if (member.bDirectory && !OV_instAllowMember(pPlaces, (place + "/").c_str()))
             return false;

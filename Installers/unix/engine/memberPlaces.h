@@ -22,7 +22,7 @@ struct OV_MemberPlaces {
 bool OV_instAllowMember(OV_MemberPlaces *pPlaces, const char *pMember);
 
 /* The same for members as they stand in the archive, where links among them lead, too; false as
- * well for one that would leave pDest. */
+ * well for one that would leave pDest where the kernel does not see to that. */
 bool OV_instAllowArchived(OV_MemberPlaces *pPlaces, const std::vector<OV_ArchivedMember> &members);
 
 /* Whether there is any symbolic link below pDest. */

@@ -11,6 +11,7 @@
 #include <set>
 #include <string>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -108,10 +109,9 @@ static void killDescendants()
 {
     const struct timespec pause = {0, ROUND_MSEC * 1000000L};
 
-    (void)kill(iShell, SIGKILL); /* not reaped yet, so the number is its own */
     for (int i = 0; i < ROUNDS_MOST; i++) {
-        if (bOwnGroup)
-            (void)kill(-iShell, SIGKILL);
+        if (bOwnGroup && iShell > 0)
+            (void)kill(-iShell, SIGKILL); /* a group's number is not used again while it lasts */
         killDescendants();
         while (waitpid(-1, nullptr, WNOHANG) > 0)
             ;
@@ -129,7 +129,7 @@ static void killDescendants()
 struct Supervisor {
     pid_t iStarter;
     pid_t iGroup;   /* of the starter */
-    int iReport;    /* the status goes there */
+    int iLine;      /* to the caller, which hears the status and says so */
     bool bOwnGroup; /* the shell gets a group: without /proc all else that is to be killed by */
     pid_t iShell;
 };
@@ -143,11 +143,16 @@ struct Supervisor {
     _exit(127);
 }
 
+/* Ends with its task done, unless the caller died together with the command, as when their group is
+ * killed: then its end of the line is closed without a word. */
 [[noreturn]] static void report(const Supervisor *pSelf, int iStatus)
 {
-    /* one that cannot be written is the caller's end */
-    (void)!write(pSelf->iReport, &iStatus, sizeof(iStatus));
-    _exit(0);
+    char cHeard = 0;
+
+    if (send(pSelf->iLine, &iStatus, sizeof(iStatus), MSG_NOSIGNAL) == sizeof(iStatus) &&
+        recv(pSelf->iLine, &cHeard, 1, 0) == 1)
+        _exit(0);
+    endAll(pSelf->iShell, pSelf->bOwnGroup);
 }
 
 /* Nothing that the run has open is to stay open for the supervisor's sake. */
@@ -155,9 +160,9 @@ static void closeOthers(Supervisor *pSelf)
 {
     const int iKept = STDERR_FILENO + 1;
 
-    if (pSelf->iReport != iKept && dup2(pSelf->iReport, iKept) < 0)
+    if (pSelf->iLine != iKept && dup2(pSelf->iLine, iKept) < 0)
         return;
-    pSelf->iReport = iKept;
+    pSelf->iLine = iKept;
     (void)syscall(SYS_close_range, iKept + 1, ~0U, 0); /* an older kernel leaves them open */
 }
 
@@ -205,16 +210,18 @@ static void closeOthers(Supervisor *pSelf)
 }
 
 /* The command's status as the supervisor tells it; its own when it was killed. */
-static int statusOf(int iReport, pid_t iSupervisor)
+static int statusOf(int iLine, pid_t iSupervisor)
 {
+    const char cHeard = 1;
     int iStatus = 0;
     int iOwn = 0;
     ssize_t iRead;
     pid_t iEnded;
 
     do {
-        iRead = read(iReport, &iStatus, sizeof(iStatus));
+        iRead = recv(iLine, &iStatus, sizeof(iStatus), 0);
     } while (iRead < 0 && errno == EINTR);
+    (void)!send(iLine, &cHeard, 1, MSG_NOSIGNAL); /* a supervisor that was killed hears nothing */
     do {
         iEnded = waitpid(iSupervisor, &iOwn, 0);
     } while (iEnded < 0 && errno == EINTR);
@@ -229,17 +236,19 @@ int OV_instRunSupervised(const char *pCommand)
     Handling saved;
     int aEnds[2];
 
-    if (pipe2(aEnds, O_CLOEXEC) < 0)
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, aEnds) < 0)
         return -1;
-    OwnedFd told(aEnds[0]);
-    OwnedFd report(aEnds[1]);
-    self.iReport = report.iFd;
+    OwnedFd ours(aEnds[0]);
+    OwnedFd theirs(aEnds[1]);
+    self.iLine = theirs.iFd;
     passBySignals(&saved);
     const pid_t iSupervisor = fork();
-    if (iSupervisor == 0)
+    if (iSupervisor == 0) {
+        ours.reset(-1); /* or the caller's death would not be noticed on it */
         superviseCommand(pCommand, &self, &saved);
-    report.reset(-1);
-    const int iStatus = iSupervisor < 0 ? -1 : statusOf(told.iFd, iSupervisor);
+    }
+    theirs.reset(-1);
+    const int iStatus = iSupervisor < 0 ? -1 : statusOf(ours.iFd, iSupervisor);
     restoreSignals(&saved);
     return iStatus;
 }
