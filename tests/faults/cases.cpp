@@ -363,7 +363,9 @@ static void judgeClaims(const Bench &bench, const Case &test, const Watched &run
 static void judgeInterruption(const Bench &bench, const Case &test, Verdict *pVerdict)
 {
     static const std::set<std::string> s_kinds = {"close", "sendfile", "flock", "wait", "poll"};
-    if (test.fault.iAction != EINTR || !s_kinds.count(callKinds()[test.fault.iKind].pName))
+    const std::string kind = callKinds()[test.fault.iKind].pName;
+    if (test.fault.iAction != EINTR || !s_kinds.count(kind) ||
+        (kind == "close" && test.fault.role == PARENT))
         return;
     const std::string differs = difference(bench.direct[test.scenario], bench.tree());
     const std::string told = readFile(bench.medium.scratch / "stderr");
