@@ -5,16 +5,8 @@
 #include <random>
 #include <unistd.h>
 
-#include "description/reader.h"
-#include "engine/choices.h"
-#include "engine/history.h"
-#include "engine/installer.h"
-#include "dialogs/moveFiles.h"
-#include "dialogs/preInstall.h"
-#include "engine/selection.h"
 #include "engine/setupState.h"
-#include "engine/sizes.h"
-#include "engine/startup.h"
+#include "runs/asDialogs.h"
 #include "runs/installModel.h"
 #include "runs/run.h"
 
@@ -125,38 +117,6 @@ static std::string marksOfEngine(bool bMaintenance)
     return marks.text();
 }
 
-[[noreturn]] static void workAsTheDialogsDo(const Medium &medium, Step step,
-                                            const std::set<int> &selected)
-{
-    bool bReady = freopen((medium.scratch / "output").c_str(), "w", stdout) != nullptr;
-    (void)OV_instSetRunningDirectory(medium.place.c_str());
-    OV_instPrepareEnvironment();
-    CDInstPtr = OV_instReadCDinst((medium.place + "/cdinst.dat").c_str(), nullptr);
-    if (!bReady || !CDInstPtr || OV_instSetRootDestination(medium.dest.c_str()) != 0)
-        _exit(2);
-    (void)OV_instSetSizes(CDInstPtr);
-    std::string dest = OV_instGetDestinationDirectory();
-    _OV_InstConfigList *pConfig = OV_instGetConfigFromId(CDInstPtr, MAINTENANCE);
-    int iFound = OV_UpdateSuiteHistory(CDInstPtr, pConfig, CDInstPtr->pSuiteHead, dest.c_str(),
-                                       OV_instGetProductName(), OV_instGetProductVersion());
-    if (iFound)
-        OV_instSetMaintenanceExists();
-    writeFile(medium.scratch / "marks", marksOfEngine(iFound != 0));
-    OV_instSetLastDlg(pConfig);
-    SetConfigToInstall(pConfig);
-    if (step == CHANGE) {
-        for (auto *pEach = CDInstPtr->pConfigHead; pEach; pEach = pEach->pNext)
-            pEach->iSelected = selected.count(pEach->iId) > 0;
-        (void)OV_instMoveFiles(nullptr, pConfig);
-    } else {
-        (void)OV_instPreInstallCheck(CDInstPtr, pConfig); /* nothing was changed: refused */
-        SetSelectedFlags(pConfig, 0);
-        (void)OV_instCommandLineInstall(CDInstPtr, pConfig, 1);
-    }
-    (void)fflush(nullptr);
-    _exit(0);
-}
-
 static ModelTree treeOnDisk(const std::string &root)
 {
     ModelTree tree;
@@ -200,7 +160,10 @@ static void runSequence(Medium &medium, InstallModel &model)
         if (step == WITHOUT_DIALOGS) {
             ASSERT_EQ(0, medium.install().iStatus);
         } else {
-            ASSERT_EXIT(workAsTheDialogsDo(medium, step, marks.selected),
+            const auto noteMarks = [&](bool bInstalled) {
+                writeFile(medium.scratch / "marks", marksOfEngine(bInstalled));
+            };
+            ASSERT_EXIT(workAsTheDialogsDo(medium, step == REMOVE_ALL, marks.selected, noteMarks),
                         testing::ExitedWithCode(0), "");
             ASSERT_EQ(found, readFile(medium.scratch / "marks"));
         }

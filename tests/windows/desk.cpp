@@ -40,7 +40,8 @@ void ShownMedium::offer(const std::string &operations)
     file("SetupFiles/eula.txt", "Use it as you like.\n");
     describe("Package \"all\" \"All\"\n" + operations +
                  "Suite \"Base\" all\nConfigBegin\n1 MainDlg \"Page\" \"text\" \"\" 4\n"
-                 "2 CusDlg \"List\" \"text\" \"\" 0 5\n4 Suite \"Base\" \"All of it\" \"\" 1\n"
+                 "2 CusDlg \"List\" \"text\" \"\" 0 5\n"
+                 "3 CusDlg \"List\" \"text\" \"\" 0 5\n4 Suite \"Base\" \"All of it\" \"\" 1\n"
                  "5 Suite \"Base\" \"All of it\" \"\" 0\nConfigEnd\n",
              usualHeader("NoDisplayLog\n"));
 }

@@ -119,6 +119,12 @@ TEST_P(Endings, LeaveNobodyBehind)
     EXPECT_TRUE(medium.has(row.there)) << row.there;
     EXPECT_FALSE(medium.has(row.gone)) << row.gone;
     EXPECT_TRUE(medium.nobodyLeft());
+    if (row.cKilled != ' ') { /* whatever it had done */
+        EXPECT_EQ(0, medium.install().iStatus);
+        EXPECT_TRUE(medium.has(picture(MANY - 1)));
+        EXPECT_NE(std::string::npos, medium.log().rfind("\nInstallation Completed\n"));
+        EXPECT_FALSE(medium.has("SetupFiles/.h.run"));
+    }
     if (row.cKilled == 's')
         desk.pDisplay = nullptr; /* closing it would end this process as well */
 }

@@ -330,11 +330,11 @@ static int closeFeed(Feed *pFeed)
 {
     int iResult = 0;
 
-    if (close(pFeed->iArchive) < 0) {
+    if (OV_instCloseFd(pFeed->iArchive) < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close tarfile %s\n", pFeed->pPath);
         iResult = 1;
     }
-    const int iClosed = close(pFeed->iPipe);
+    const int iClosed = OV_instCloseFd(pFeed->iPipe);
     const int iStatus = endPrograms(pFeed);
     if (iStatus < 0 || iClosed < 0) {
         OV_instSendUpdate(pFeed->pStream, "-1 Untar couldn't close pipe for file '%s'\n",

@@ -249,14 +249,16 @@ static int copyOpened(OwnedFd *pFrom, OwnedFd *pTo, const struct stat *pSource, 
                       const char *pTarget, int iMode, FILE *pStream)
 {
     int iResult = copyBlocks(pFrom->iFd, pTo->iFd, pSource, pPath, pTarget, pStream);
+    /* Half a program must not be run, least of all by the rest of this run. */
+    const int iGiven = iResult ? iMode & ~(S_IXUSR | S_IXGRP | S_IXOTH) : iMode;
     /* Set through the descriptor: the name could by now be somebody else's file. */
-    bool bModeFailed = fchmod(pTo->iFd, static_cast<mode_t>(iMode & MODE_BITS)) < 0;
+    bool bModeFailed = fchmod(pTo->iFd, static_cast<mode_t>(iGiven & MODE_BITS)) < 0;
 
-    if (close(pFrom->release()) < 0) {
+    if (OV_instCloseFd(pFrom->release()) < 0) {
         OV_instSendUpdate(pStream, "-1 Copyfile closing src file %s\n", pPath);
         iResult = 1;
     }
-    if (close(pTo->release()) < 0) {
+    if (OV_instCloseFd(pTo->release()) < 0) {
         OV_instSendUpdate(pStream, "-1 Copyfile closing dst file %s\n", pTarget);
         iResult = 1;
     }

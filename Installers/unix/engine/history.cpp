@@ -1,5 +1,6 @@
 #include "engine/history.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,8 @@ static const char s_caVersionWord[] = "HistoryFileVersion";
 static const char s_caPackageWord[] = "Package";
 
 enum { HISTORY_VERSION = 2, HISTORY_LINE = 256 };
+
+static bool s_bUnreadable; /* by the last look at what is installed */
 
 static char *historyPath(const char *pDest)
 {
@@ -56,9 +59,7 @@ static FILE *openForWriting(const char *pDest, const char *pMode)
 /* Closes the file; what did not reach the disk is told. */
 static void closeWritten(OwnedFile *pFile, const char *pDest)
 {
-    bool bFailed = ferror(pFile->get()) != 0;
-
-    if (fclose(pFile->release()) == 0 && !bFailed)
+    if (OV_instCloseFile(pFile->release()) == 0)
         return;
     OwnedText path(historyPath(pDest));
     fprintf(stderr, "Error: writing %s\n", path ? path.get() : "");
@@ -108,9 +109,10 @@ void OV_RemoveHistoryFile(const char *pDest)
 {
     OwnedText path(historyPath(pDest));
 
-    if (path)
-        (void)OV_instGuardedRemove(path.get()); /* there may be none */
-    OV_instRemoveRunFile(pDest); /* last: as long as it is there, the removal is not complete */
+    /* Last, and only when the history is gone, which would call what was removed installed: as long
+     * as the run's file is there, the removal is not complete. */
+    if (path && (OV_instGuardedRemove(path.get()) == 0 || errno == ENOENT || errno == ENOTDIR))
+        OV_instRemoveRunFile(pDest);
 }
 
 /* ---- finding ---- */
@@ -119,6 +121,7 @@ void OV_RemoveHistoryFile(const char *pDest)
 struct Found {
     OwnedFile history; /* null when there is none, or it was lost */
     bool bUnfinished;  /* the last run did not end well: its file counts and not the history's */
+    bool bUnreadable;  /* there may be one, but it could not be read */
     OV_RunFile run;
 };
 
@@ -133,8 +136,10 @@ static bool findIn(const char *pRoot, const char *pDest, const char *pProductNam
     OwnedText path(historyPath(pDest));
 
     pFound->history.reset(openForReading(pRoot, path.get()));
+    pFound->bUnreadable = !pFound->history && OV_instIsTrouble(errno);
     pFound->bUnfinished = OV_instReadRunFile(pDest, &pFound->run, pRoot) &&
                           pFound->run.product.find(pProductName) != std::string::npos;
+    pFound->bUnreadable |= pFound->run.bUnreadable;
     return pFound->history || pFound->bUnfinished;
 }
 
@@ -177,7 +182,7 @@ static bool findAroundMedium(_OV_instCDinst *pRoot, const char *pProductName, Fo
 
 static bool find(_OV_instCDinst *pRoot, const char *pDest, const char *pProductName, Found *pFound)
 {
-    if (findIn(nullptr, pDest, pProductName, pFound))
+    if (findIn(nullptr, pDest, pProductName, pFound) || pFound->bUnreadable)
         return true;
     return !OV_instIsDestinationGiven() && findAroundMedium(pRoot, pProductName, pFound);
 }
@@ -232,6 +237,11 @@ static char *packageOf(char *pLine)
         return nullptr;
     *pClosing = '\0';
     return pOpening + 1;
+}
+
+bool OV_instIsHistoryUnreadable()
+{
+    return s_bUnreadable;
 }
 
 static void markFromHistory(FILE *pFile, _OV_instCDinst *pRoot)
@@ -338,13 +348,16 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
 
     if (!pSuites || !pDest || !pDest[0])
         return 0;
-    if (!find(pRoot, pDest, pProductName, &found))
+    const bool bFound = find(pRoot, pDest, pProductName, &found);
+    s_bUnreadable = found.bUnreadable;
+    if (!bFound || s_bUnreadable)
         return 0;
     if (found.bUnfinished) {
         (void)CompareProductVersions(pProductName, pProductVersion, found.run.version.c_str());
         (void)OV_instSetSourceDirectory(
             found.run.source.c_str()); /* ends the process if it fails */
     } else if (!readHeader(found.history.get(), pProductName, pProductVersion, caSource)) {
+        s_bUnreadable = ferror(found.history.get()) != 0;
         puts("History file empty, corrupt, or out-of-date");
         return 0;
     } else {
@@ -356,6 +369,7 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
         markFromRun(&found.run, pRoot);
     else
         markFromHistory(found.history.get(), pRoot);
+    s_bUnreadable = found.history && ferror(found.history.get());
     markSuites(pRoot, pConfig, pSuites);
     OV_instMarkPending(pRoot, pConfig);
     return 1;

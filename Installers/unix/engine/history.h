@@ -36,6 +36,10 @@ int OV_UpdateSuiteHistory(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig,
  * which is then marked from the configuration of that id down. */
 bool OV_instFindInstallation(int iConfig);
 
+/* Whether the last check could not read what may well be there, for want of memory or because the
+ * disk fails: what is installed is then not known, and no run may begin. */
+bool OV_instIsHistoryUnreadable();
+
 /* Warns when the leading numbers of the versions differ. Always 1: a difference never stops the
  * check. */
 int CompareProductVersions(const char *pProductName, const char *pProductVersion,

@@ -342,6 +342,10 @@ static int takeDestination(const char *pDest)
         OV_instTellRunLocked(pDest);
         return 1;
     }
+    if (OV_instIsHistoryUnreadable()) {
+        (void)OV_instAsk("Unable to read what is installed", "OK");
+        return 1;
+    }
     if (OV_instMkdir(pDest, OV_DIRECTORY_MODE, nullptr) < 0) {
         (void)OV_instAsk("Unable to create install directory", "OK");
         return 1;

@@ -1,9 +1,11 @@
 #include "engine/runFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <iterator>
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -149,8 +151,11 @@ static void plan(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
 int OV_instBeginRunFile(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, const char *pDest)
 {
     s_run.dest = pDest;
-    s_run.header = {
-        OV_instGetProductName(), OV_instGetProductVersion(), OV_instGetSourceDirectory(), {}};
+    s_run.header = {OV_instGetProductName(),
+                    OV_instGetProductVersion(),
+                    OV_instGetSourceDirectory(),
+                    {},
+                    false};
     plan(pRoot, pConfig);
     OV_RunFile file = s_run.header;
     for (const Entry &entry : s_run.packages)
@@ -241,22 +246,42 @@ static bool readPackage(const std::string &line, OV_RunPackage *pPackage)
     return false;
 }
 
+static bool readLines(FILE *pFile, OV_RunFile *pRun)
+{
+    std::string line;
+    OV_RunPackage package;
+
+    if (!readLine(pFile, &line) ||
+        line != std::string(s_caVersionWord) + " " + std::to_string(RUN_FILE_VERSION))
+        return false;
+    if (!readLine(pFile, &pRun->product) || !readLine(pFile, &pRun->version) ||
+        !readLine(pFile, &pRun->source) || pRun->source.empty())
+        return false;
+    while (readLine(pFile, &line))
+        if (readPackage(line, &package))
+            pRun->packages.push_back(package);
+    return true;
+}
+
+bool OV_instIsTrouble(int iError)
+{
+    static const int s_aTroubles[] = {EIO, EINTR, EAGAIN, ENOMEM, EMFILE, ENFILE, ENOSPC, ESTALE};
+
+    return std::find(std::begin(s_aTroubles), std::end(s_aTroubles), iError) !=
+           std::end(s_aTroubles);
+}
+
 bool OV_instReadRunFile(const char *pDest, OV_RunFile *pRun, const char *pRoot)
 {
     OwnedText path(OV_instRunFilePath(pDest));
     OwnedFile file(path ? OV_instGuardedFopenBelieved(pRoot, path.get(), "r") : nullptr);
-    std::string line;
-    OV_RunPackage package;
 
     *pRun = OV_RunFile();
-    if (!file || !readLine(file.get(), &line) ||
-        line != std::string(s_caVersionWord) + " " + std::to_string(RUN_FILE_VERSION))
+    if (!file) {
+        pRun->bUnreadable = OV_instIsTrouble(errno);
         return false;
-    if (!readLine(file.get(), &pRun->product) || !readLine(file.get(), &pRun->version) ||
-        !readLine(file.get(), &pRun->source) || pRun->source.empty())
-        return false;
-    while (readLine(file.get(), &line))
-        if (readPackage(line, &package))
-            pRun->packages.push_back(package);
-    return true;
+    }
+    const bool bSound = readLines(file.get(), pRun);
+    pRun->bUnreadable = ferror(file.get()) && OV_instIsTrouble(errno);
+    return bSound && !pRun->bUnreadable;
 }

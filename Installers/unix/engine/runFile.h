@@ -22,6 +22,7 @@ struct OV_RunFile {
     std::string version;
     std::string source; /* the directory that was installed from */
     std::vector<OV_RunPackage> packages;
+    bool bUnreadable; /* there may be one, but it could not be read to its end */
 };
 
 /* ---- the run that this process carries out ---- */
@@ -44,6 +45,9 @@ int OV_instEndRunFile();
 /* "SetupFiles/NAME" of a product's directory, NAME being the history's with another ending; for the
  * caller to free. Null without memory. */
 char *OV_instRunFilePath(const char *pDest);
+
+/* Whether a file that cannot be opened or read for this error may be there all the same. */
+bool OV_instIsTrouble(int iError);
 
 /* Reads the file of the product in pDest, with pRoot for the root destination, null for the one in
  * use. False when there is none, or none that can be believed: damaged, of another format, not

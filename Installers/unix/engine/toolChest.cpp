@@ -82,7 +82,7 @@ int OV_instAddSinclude(const char *pHome, const char *pTitleDirectory)
     if (hasLine(file.get(), line.get()))
         return 0;
     bool bWritten = fprintf(file.get(), "\n%s\n", line.get()) > 0;
-    if (fclose(file.release()) == 0 && bWritten)
+    if (OV_instCloseFile(file.release()) == 0 && bWritten)
         return 0;
     fprintf(stderr, "Unable to open shortcut file: %s\n", path.get());
     return 1;

@@ -95,7 +95,7 @@ static int startDecompressor(const char *pText, Decompressing *pStarted)
 /* Closes what it writes to, so that one that is still writing ends. Whether it succeeded. */
 static bool endDecompressor(Decompressing *pStarted)
 {
-    const bool bClosed = fclose(pStarted->output.release()) == 0;
+    const bool bClosed = OV_instCloseFile(pStarted->output.release()) == 0;
 
     return OV_instEndOfCommand(pStarted->iCommand) == 0 && bClosed;
 }
@@ -166,7 +166,7 @@ int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64
         iResult = 1;
     }
     bool bModeFailed = fchmod(fileno(to.get()), static_cast<mode_t>(iMode & 07777)) < 0;
-    if (fclose(to.release()) != 0) {
+    if (OV_instCloseFile(to.release()) < 0) {
         OV_instSendUpdate(pStream, "-1 Uncompress couldn't close destination file %s\n", pTarget);
         iResult = 1;
     }

@@ -183,13 +183,25 @@ static void giveMode(int iParent, const char *pName, int iDir, const struct stat
     (void)chmodReopened(iDir, openat(iParent, pName, s_iFlags), iMode);
 }
 
+/* With its mode from the first moment on: whoever is killed behind it leaves no other. */
+static int makeWithMode(int iParent, const char *pName, mode_t iMode)
+{
+    const mode_t iMask = umask(0);
+    const int iResult = mkdirat(iParent, pName, iMode);
+    const int iError = errno;
+
+    (void)umask(iMask);
+    errno = iError;
+    return iResult;
+}
+
 int OV_instGuardedMkdir(const char *pPath, mode_t iMode)
 {
     const char *pName = nullptr;
     struct stat status;
     OwnedFd parent(OV_instGuardedOpenParent(pPath, &pName));
 
-    if (parent.iFd < 0 || mkdirat(parent.iFd, pName, iMode) < 0)
+    if (parent.iFd < 0 || makeWithMode(parent.iFd, pName, iMode) < 0)
         return -1;
     OwnedFd made(openat(parent.iFd, pName, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (made.iFd < 0 || fstat(made.iFd, &status) < 0)

@@ -110,6 +110,13 @@ struct Writing {
     bool bKept; /* it is setup's own, and its mode is set here */
 };
 
+/* What a new file begins with: a target is for nobody else to read until it is complete. Setup's
+ * own files begin as they stay, or one that is killed at once would leave another mode. */
+static mode_t firstMode(const Writing *pWriting)
+{
+    return pWriting->bKept ? s_iKeptMode : s_iNewMode;
+}
+
 static bool isSource(const Writing *pWriting, const struct stat *pStatus)
 {
     const struct stat *pSource = pWriting->pSource;
@@ -120,7 +127,8 @@ static bool isSource(const Writing *pWriting, const struct stat *pStatus)
 static int createFound(const Writing *pWriting, const OV_Found *pFound)
 {
     struct stat status;
-    OwnedFd file(OV_instOpenFound(pFound, pWriting->iFlags | O_CREAT | O_EXCL, s_iNewMode));
+    OwnedFd file(
+        OV_instOpenFound(pFound, pWriting->iFlags | O_CREAT | O_EXCL, firstMode(pWriting)));
 
     if (file.iFd >= 0 && fstat(file.iFd, &status) == 0)
         OV_instNoteCreated(&status);
@@ -172,7 +180,8 @@ static int openLooked(const Writing *pWriting, OV_GuardedRoot *pRoot, const OV_F
 static int createAtOnce(const Writing *pWriting, OV_GuardedRoot *pRoot, const char *pPath)
 {
     struct stat status;
-    OwnedFd file(OV_instOpenBelow(pRoot, pPath, pWriting->iFlags | O_CREAT | O_EXCL, s_iNewMode));
+    OwnedFd file(
+        OV_instOpenBelow(pRoot, pPath, pWriting->iFlags | O_CREAT | O_EXCL, firstMode(pWriting)));
 
     if (file.iFd < 0 || !pWriting->bKept)
         return file.release();

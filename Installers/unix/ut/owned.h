@@ -3,6 +3,7 @@
 #ifndef OVINST_UT_OWNED_H
 #define OVINST_UT_OWNED_H
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -17,6 +18,19 @@ struct FileClosed {
 struct PipeClosed {
     void operator()(FILE *pPipe) const { (void)pclose(pPipe); }
 };
+
+/* For what was written: 0 when nothing went wrong, else -1. A descriptor whose closing was
+ * interrupted is closed all the same. */
+inline int OV_instCloseFd(int iFd)
+{
+    return close(iFd) == 0 || errno == EINTR ? 0 : -1;
+}
+inline int OV_instCloseFile(FILE *pFile)
+{
+    const bool bWritten = fflush(pFile) == 0 && !ferror(pFile);
+
+    return (fclose(pFile) == 0 || errno == EINTR) && bWritten ? 0 : -1;
+}
 
 using OwnedText = std::unique_ptr<char, Freed>;
 using OwnedFile = std::unique_ptr<FILE, FileClosed>;

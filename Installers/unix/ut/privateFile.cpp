@@ -95,7 +95,7 @@ int OV_instWritePrivate(const char *pPath, const char *pText)
     if (!file)
         return -1;
     bool bWritten = fputs(pText, file.get()) >= 0;
-    bWritten = fclose(file.release()) == 0 && bWritten;
+    bWritten = OV_instCloseFile(file.release()) == 0 && bWritten;
     if (bWritten && rename(temporary.c_str(), pPath) == 0)
         return 0;
     (void)unlink(temporary.c_str()); /* the failure is told by the result */

@@ -75,7 +75,7 @@ int OV_instEndReplacement(OV_Replacement *pReplacement, bool bKeep)
     /* On the disk before it takes the old file's place, or a power failure could leave neither. */
     bool bWritten = !ferror(pStream) && fflush(pStream) == 0 && fsync(fileno(pStream)) == 0;
 
-    bWritten = fclose(pStream) == 0 && bWritten;
+    bWritten = OV_instCloseFile(pStream) == 0 && bWritten;
     pReplacement->pStream = nullptr;
     if (bKeep && bWritten &&
         renameat(directory.iFd, pReplacement->pTemporary, directory.iFd, pReplacement->pName) == 0)
