@@ -5,6 +5,7 @@
 
 #include "medium/commandLine.h"
 
+int OV_mediumCheck(const OV_MediumOptions *pOptions);
 int OV_mediumVerify(const OV_MediumOptions *pOptions);
 int OV_mediumRepair(const OV_MediumOptions *pOptions);
 int OV_mediumStatus(const OV_MediumOptions *pOptions);

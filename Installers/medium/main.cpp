@@ -13,6 +13,7 @@ struct Command {
 };
 
 static const Command s_aCommands[] = {
+    {"check",  OV_mediumCheck },
     {"verify", OV_mediumVerify},
     {"repair", OV_mediumRepair},
     {"status", OV_mediumStatus},
