@@ -7,7 +7,7 @@
 
 #include "medium/output.h"
 
-static const char s_caVersion[] = "ovmedium 3.11";
+static const char s_caVersion[] = "3.11";
 
 /* What a command's words are put together from. */
 enum Word : unsigned {
@@ -93,11 +93,16 @@ static void addWords(CLI::App *pCommand, unsigned iWords, OV_MediumOptions *pOpt
         pCommand->add_option("DIR", pOptions->tree, "a directory to make")->required();
 }
 
+const char *OV_mediumVersionNumber()
+{
+    return s_caVersion;
+}
+
 int OV_mediumReadOptions(int argc, char **argv, OV_MediumOptions *pOptions)
 {
     CLI::App app("The companion of authors of media and of administrators.", "ovmedium");
 
-    app.set_version_flag("--version", s_caVersion);
+    app.set_version_flag("--version", std::string("ovmedium ") + s_caVersion);
     app.require_subcommand(1);
     for (const CommandRow *pRow = s_aCommands; pRow->pName; pRow++)
         addWords(app.add_subcommand(pRow->pName, pRow->pHelp), pRow->iWords, pOptions);

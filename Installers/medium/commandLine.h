@@ -31,6 +31,9 @@ struct OV_MediumOptions {
     bool bDryRun = false;
 };
 
+/* The version of this program, which is setup's. */
+const char *OV_mediumVersionNumber();
+
 /* Reads the words into *pOptions. -1 when the command is to be carried out, else the status to end
  * with: help or the version were printed, or what is wrong was told. */
 int OV_mediumReadOptions(int argc, char **argv, OV_MediumOptions *pOptions);

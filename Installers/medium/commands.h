@@ -7,6 +7,7 @@
 
 int OV_mediumPlan(const OV_MediumOptions *pOptions);
 int OV_mediumApply(const OV_MediumOptions *pOptions);
+int OV_mediumCheck(const OV_MediumOptions *pOptions);
 int OV_mediumVerify(const OV_MediumOptions *pOptions);
 int OV_mediumRepair(const OV_MediumOptions *pOptions);
 int OV_mediumStatus(const OV_MediumOptions *pOptions);

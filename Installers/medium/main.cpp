@@ -15,6 +15,7 @@ struct Command {
 static const Command s_aCommands[] = {
     {"plan",   OV_mediumPlan  },
     {"apply",  OV_mediumApply },
+    {"check",  OV_mediumCheck },
     {"verify", OV_mediumVerify},
     {"repair", OV_mediumRepair},
     {"status", OV_mediumStatus},

@@ -12,7 +12,7 @@
 #include "medium/nearWord.h"
 #include "ut/owned.h"
 
-enum { SUBJECT_SIZE = 60, LOST_WORDS = 16 };
+enum { SUBJECT_SIZE = 60, LOST_WORDS = 16, LOST_STARTS = 2 };
 
 /* The reading under way. */
 struct Collecting {
@@ -33,23 +33,23 @@ static void loseNumbers(OV_Reading *pReading, const char *pText)
     }
 }
 
-/* What begins with the line's second word, to the end of each of those that follow, may be a name
- * that is declared. */
+/* What begins with the line's second or third word, to the end of each of those that follow, may be
+ * a name. */
 static void loseNames(OV_Reading *pReading, const char *pLine)
 {
-    const char *pFirst = nullptr;
-    const char *pCursor = pLine;
-
-    for (int i = 0; i <= LOST_WORDS; i++) {
-        const char *pWord = OV_instFindWord(pCursor);
-        OwnedText word(getToken(pCursor, nullptr, &pCursor, 1));
-        if (!word)
-            return;
-        if (i == 0)
-            continue;
-        if (!pFirst)
-            pFirst = pWord;
-        pReading->lostNames.insert(std::string(pFirst, pCursor));
+    for (int iFirst = 1; iFirst <= LOST_STARTS; iFirst++) {
+        const char *pFirst = nullptr;
+        const char *pCursor = pLine;
+        for (int i = 0; i < LOST_WORDS; i++) {
+            const char *pWord = OV_instFindWord(pCursor);
+            OwnedText word(getToken(pCursor, nullptr, &pCursor, 1));
+            if (!word)
+                break;
+            if (i == iFirst)
+                pFirst = pWord;
+            if (pFirst)
+                pReading->lostNames.insert(std::string(pFirst, pCursor));
+        }
     }
 }
 
@@ -87,8 +87,10 @@ static void addFault(void *pContext, const OV_Fault *pFault)
     if (fault.code == OV_FAULT_CHILD_ORDER || fault.code == OV_FAULT_MANY_MEMBERS)
         loseNumbers(pReading, pFault->pAt);
     for (int i = 0; fault.code == OV_FAULT_KEYWORD && OV_instHeaderKey(i); i++)
-        if (fault.subject == OV_instHeaderKey(i))
+        if (fault.subject == OV_instHeaderKey(i)) {
             fault.code = OV_FAULT_HEADER_KEY;
+            fault.bBehind = true;
+        }
     if (fault.code == OV_FAULT_NO_SECTION)
         pReading->bSections = true; /* what follows is taken for one */
     pReading->faults.push_back(fault);
@@ -344,6 +346,8 @@ static std::string sentenceFor(const OV_ReadFault *pFault)
 {
     if (pFault->code == OV_FAULT_MEMBER_PART && pFault->subject.empty())
         return "a member without a name: also a blank behind the last one counts for one";
+    if (pFault->bBehind)
+        return "'%' stands where the header has ended: its keys have an order";
     if (pFault->code == OV_FAULT_KEYWORD && getOperType(pFault->subject.c_str()) >= 0)
         return "'%' is reserved";
     if (pFault->code == OV_FAULT_CONFIG_KIND && pFault->subject.empty())

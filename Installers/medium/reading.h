@@ -11,10 +11,10 @@
 #include "description/faults.h"
 #include "description/model.h"
 
-struct ModelFreed {
+struct OV_ReadModelFreed {
     void operator()(_OV_instCDinst *pRoot) const { OV_instFreeCDinst(pRoot); }
 };
-using OwnedModel = std::unique_ptr<_OV_instCDinst, ModelFreed>;
+using OwnedReadModel = std::unique_ptr<_OV_instCDinst, OV_ReadModelFreed>;
 
 /* A fault as it was told; see description/faults.h. */
 struct OV_ReadFault {
@@ -26,6 +26,7 @@ struct OV_ReadFault {
     std::string meant; /* the keyword that the word is near to, or empty */
     int32_t iNumber;
     int32_t iOwnNumber;
+    bool bBehind; /* a key of the header that stands behind it */
 };
 
 /* Where something that the model holds stands. */
@@ -47,7 +48,7 @@ struct OV_ReadOddity {
 };
 
 struct OV_Reading {
-    OwnedModel model; /* null only where the file cannot be read at all */
+    OwnedReadModel model; /* null only where the file cannot be read at all */
     std::vector<OV_ReadFault> faults;
     std::vector<OV_ReadOddity> oddities;
     std::vector<OV_ReadPlace> places; /* in the order of pWhat, once reading has ended */

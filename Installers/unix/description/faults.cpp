@@ -191,7 +191,7 @@ void OV_instNoteAt(const void *pWhat, const char *pAt)
     if (!OV_instReadingSink)
         return;
     OV_instLinePlace(pAt, &s_line.iNotedLine, &s_line.iNotedColumn);
-    OV_instReadingSink->note(OV_instReadingSink->pContext, pWhat, pAt, s_line.iNotedLine,
+    OV_instReadingSink->note(OV_instReadingSink->pContext, pWhat, pAt ? pAt : "", s_line.iNotedLine,
                              s_line.iNotedColumn);
 }
 

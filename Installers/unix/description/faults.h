@@ -52,7 +52,8 @@ struct OV_ReadingSink {
     void (*fault)(void *pContext, const OV_Fault *pFault);
 
     /* Where what was read stands: a text is known by its own address, a number and a reference by
-     * the record's member, a package of a suite by its node. pAt is the word in the logical line.
+     * the record's member, a package of a suite by its node, and the record itself
+     * stands where its line does. pAt is the word in the logical line.
      */
     void (*note)(void *pContext, const void *pWhat, const char *pAt, int iLine, int iColumn);
 
@@ -87,7 +88,7 @@ void OV_instLinePlace(const char *pAt, int *piLine, int *piColumn);
 int OV_instTellFault(OV_Fault fault);
 int OV_instFault(OV_FaultCode code, const char *pAt, const char *pSubject);
 
-/* Tells that pWhat stands at pAt, or where the last one did. */
+/* Tells that pWhat stands at pAt (null: at the line's beginning), or where the last one did. */
 void OV_instNoteAt(const void *pWhat, const char *pAt);
 void OV_instNoteAgain(const void *pWhat);
 

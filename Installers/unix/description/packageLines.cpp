@@ -56,7 +56,10 @@ static int readSuite(const char *pText, _OV_instCDinst *pRoot)
 {
     _OV_InstSuiteList *pSuite = newSuite(pRoot);
 
-    if (!pSuite || readName(&pText, &pSuite->pName) < 0)
+    if (!pSuite)
+        return -1;
+    OV_instNoteAt(pSuite, nullptr);
+    if (readName(&pText, &pSuite->pName) < 0)
         return -1;
     char **apWords = getTokenList(pText, nullptr, 1);
     int iResult = apWords ? 0 : -1;
@@ -75,7 +78,10 @@ static int readPackage(const char *pText, _OV_instCDinst *pRoot)
 {
     _OV_InstPackage *pPackage = newPackage(pRoot);
 
-    if (!pPackage || readName(&pText, &pPackage->pName) < 0)
+    if (!pPackage)
+        return -1;
+    OV_instNoteAt(pPackage, nullptr);
+    if (readName(&pText, &pPackage->pName) < 0)
         return -1;
     return readTexts(&pText, {&pPackage->pLabel});
 }
@@ -316,6 +322,7 @@ static int addLine(int iType, const char *pText, const char *pAt, _OV_instCDinst
     _OV_InstOper *pOper = newOper(pRoot);
     if (!pOper)
         return -1;
+    OV_instNoteAt(pOper, nullptr);
     pOper->iType = iType; /* first, so that a rejected line's record frees what it holds */
     pOper->lUnits = 1;
     return s_aLines[iType].readBody(pText, pOper);

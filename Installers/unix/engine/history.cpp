@@ -25,8 +25,9 @@
 
 static const char s_caVersionWord[] = "HistoryFileVersion";
 static const char s_caPackageWord[] = "Package";
+static const char s_caPackageLine[] = "%s \"%s\" Installed\n";
 
-enum { HISTORY_VERSION = 2, HISTORY_LINE = 256 };
+enum { HISTORY_VERSION = 2 };
 
 static bool s_bUnreadable; /* by the last look at what is installed */
 
@@ -82,6 +83,18 @@ void OV_InitHistoryFile(const char *pDest, const char *pProductName, const char 
     closeWritten(&file, pDest);
 }
 
+size_t OV_instHistoryTextSize(const char *pText)
+{
+    return strlen(pText) + 1;
+}
+
+size_t OV_instHistoryPackageSize(const char *pName)
+{
+    const int iSize = snprintf(nullptr, 0, s_caPackageLine, s_caPackageWord, pName);
+
+    return iSize < 0 ? 0 : static_cast<size_t>(iSize);
+}
+
 void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite)
 {
     OwnedFile file(openForWriting(pDest, "a"));
@@ -90,7 +103,7 @@ void OV_UpdateHistoryFile(const char *pDest, const _OV_InstSuiteList *pSuite)
         return;
     for (_OV_InstPackageNode *pNode = pSuite ? pSuite->pPackHead : nullptr; pNode;
          pNode = pNode->pNext)
-        fprintf(file.get(), "%s \"%s\" Installed\n", s_caPackageWord, pNode->pPackage->pName);
+        fprintf(file.get(), s_caPackageLine, s_caPackageWord, pNode->pPackage->pName);
     closeWritten(&file, pDest);
 }
 
@@ -191,7 +204,7 @@ static bool find(_OV_instCDinst *pRoot, const char *pDest, const char *pProductN
 
 static bool isVersionLine(const char *pLine)
 {
-    char caWord[HISTORY_LINE];
+    char caWord[OV_HISTORY_LINE];
     int iVersion = 0;
 
     return sscanf(pLine, "%255s %d", caWord, &iVersion) == 2 &&
@@ -207,7 +220,7 @@ static void cutNewline(char *pLine)
 static bool readHeader(FILE *pFile, const char *pProductName, const char *pProductVersion,
                        char *pSource)
 {
-    char caLine[HISTORY_LINE];
+    char caLine[OV_HISTORY_LINE];
 
     if (!fgets(caLine, sizeof(caLine), pFile) || !isVersionLine(caLine))
         return false;
@@ -225,8 +238,8 @@ static bool readHeader(FILE *pFile, const char *pProductName, const char *pProdu
 /* The package a line names, cut out of the line in place; null for any other line. */
 static char *packageOf(char *pLine)
 {
-    char caFirst[HISTORY_LINE];
-    char caSecond[HISTORY_LINE];
+    char caFirst[OV_HISTORY_LINE];
+    char caSecond[OV_HISTORY_LINE];
 
     if (sscanf(pLine, "%255s %255s", caFirst, caSecond) != 2 ||
         strcmp(caFirst, s_caPackageWord) != 0)
@@ -246,7 +259,7 @@ bool OV_instIsHistoryUnreadable()
 
 static void markFromHistory(FILE *pFile, _OV_instCDinst *pRoot)
 {
-    char caLine[HISTORY_LINE];
+    char caLine[OV_HISTORY_LINE];
 
     while (fgets(caLine, sizeof(caLine), pFile)) {
         const char *pName = packageOf(caLine);

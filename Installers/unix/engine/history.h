@@ -4,8 +4,17 @@
 #ifndef OVINST_ENGINE_HISTORY_H
 #define OVINST_ENGINE_HISTORY_H
 
+#include <cstddef>
+
 #include "description/model.h"
 #include "engine/runFile.h"
+
+/* A line of the history that has so many bytes, its end included, is not read as one. */
+enum { OV_HISTORY_LINE = 256 };
+
+/* The bytes of the line for a product's name or version, and of that for a package. */
+size_t OV_instHistoryTextSize(const char *pText);
+size_t OV_instHistoryPackageSize(const char *pName);
 
 /* Writes the four header lines, replacing an earlier file; a file that cannot be opened is told on
  * standard output. */

@@ -1,0 +1,282 @@
+/* The paths of the installed tree: what leads out of it, what two packages share, what a removal
+ * leaves, and what links lead to. */
+#include <algorithm>
+#include <cstring>
+#include <unordered_map>
+
+#include "engine/driver.h"
+#include "engine/setupState.h"
+#include "medium/checkParts.h"
+#include "ut/owned.h"
+#include "ut/text.h"
+
+/* No author writes this. */
+static const char s_caRoot[] = "/<destination>";
+
+/* A path that an operation installs. */
+struct Target {
+    const _OV_InstOper *pOper;
+    const _OV_InstPackage *pPackage;
+    const void *pWord; /* of the description */
+    const char *pShown;
+};
+
+/* A directory that is made on the way to something. */
+struct OnTheWay {
+    OV_Spot spot;
+    std::string shown;
+};
+
+struct Tree {
+    std::string root;
+    std::string product;
+    std::unordered_map<std::string, Target> files; /* by the first that installs them */
+    std::vector<std::pair<std::string, Target>> again;
+    std::unordered_set<std::string> named; /* directories */
+    std::unordered_map<std::string, OnTheWay> onTheWay;
+    std::vector<const _OV_InstOper *> links;
+};
+
+std::string OV_checkPlainPath(const std::string &path)
+{
+    std::vector<std::string> parts;
+    std::string plain;
+
+    for (size_t iStart = 0; iStart < path.size();) {
+        const size_t iEnd = std::min(path.find('/', iStart), path.size());
+        const std::string part = path.substr(iStart, iEnd - iStart);
+        iStart = iEnd + 1;
+        if (part == ".." && !parts.empty())
+            parts.pop_back();
+        else if (!part.empty() && part != "." && part != "..")
+            parts.push_back(part);
+    }
+    for (const std::string &part : parts)
+        plain += "/" + part;
+    return plain.empty() ? "/" : plain;
+}
+
+void OV_checkImagineTree(OV_Check *pCheck)
+{
+    _OV_instCDinst *pRoot = pCheck->reading.model.get();
+
+    free(pRoot->pInstallDir);
+    pRoot->pInstallDir = strdup(s_caRoot);
+    CDInstPtr = pRoot;
+}
+
+std::string OV_checkBase(const _OV_InstOper *pOper)
+{
+    const char *pProduct = OV_instGetDestinationDirectory();
+    OwnedText place(pProduct ? OV_instPlaceOf(pOper, pProduct) : nullptr);
+
+    return place ? place.get() : "";
+}
+
+static bool isBelow(const std::string &path, const std::string &directory)
+{
+    return path == directory ||
+           (path.compare(0, directory.size(), directory) == 0 && path[directory.size()] == '/');
+}
+
+/* The directory that an operation's targets have to stay in. */
+static std::string boundaryOf(const Tree *pTree, const _OV_InstOper *pOper)
+{
+    if (pOper->iType != OV_OPER_UNTAR2 && pOper->iType != OV_OPER_UNTARZ2)
+        return pTree->product;
+    const std::string base = OV_checkBase(pOper);
+    const bool bOwn = base.empty() || base[0] != '/';
+    return !bOwn && isBelow(OV_checkPlainPath(base), pTree->root) ? pTree->root : "";
+}
+
+/* ---- gathering ---- */
+
+static bool isSetupsOwn(const Tree *pTree, const std::string &directory)
+{
+    return directory == pTree->product || directory == pTree->product + "/Setup" ||
+           directory == pTree->product + "/" + OV_SETUP_FOLDER;
+}
+
+/* Notes the directories between a path and the place that its operation starts from. */
+static void passDirectories(OV_Check *pCheck, Tree *pTree, const std::string &path,
+                            const std::string &base, const Target &target)
+{
+    for (size_t iSlash = path.rfind('/'); iSlash > base.size() && iSlash != std::string::npos;
+         iSlash = path.rfind('/', iSlash - 1)) {
+        const std::string directory = path.substr(0, iSlash);
+        const OnTheWay here = {OV_checkSpot(pCheck, target.pWord, target.pOper),
+                               directory.substr(base.size() + 1)};
+        if (isSetupsOwn(pTree, directory) || !pTree->onTheWay.emplace(directory, here).second)
+            break;
+    }
+}
+
+static void tellOutside(OV_Check *pCheck, const Target &target)
+{
+    OV_checkTell(pCheck, "outside-destination", OV_checkSpot(pCheck, target.pWord, target.pOper),
+                 std::string("'") + target.pShown + "' leads out of the product's directory",
+                 target.pShown);
+}
+
+/* Takes in a path below base. */
+static void addTarget(OV_Check *pCheck, Tree *pTree, const std::string &base,
+                      const std::string &raw, const Target &target, bool bDirectory)
+{
+    const std::string path = OV_checkPlainPath(raw);
+
+    if (!isBelow(path, boundaryOf(pTree, target.pOper)) && !base.empty())
+        tellOutside(pCheck, target);
+    else
+        passDirectories(pCheck, pTree, path, base, target);
+    if (bDirectory)
+        pTree->named.insert(path);
+    else if (const auto [known, bNew] = pTree->files.emplace(path, target);
+             !bNew && known->second.pPackage != target.pPackage)
+        pTree->again.emplace_back(path, target);
+}
+
+static void addMembers(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPackage,
+                       const _OV_InstOper *pOper)
+{
+    const _OV_InstTar *pTar = &pOper->body.tar;
+    const std::string base = OV_checkBase(pOper);
+    const std::string plain = OV_checkPlainPath(base);
+
+    if (pTar->pDestRoot && OV_instIsText(pTar->pDestRoot) && boundaryOf(pTree, pOper).empty())
+        tellOutside(pCheck, {pOper, pPackage, pTar->pDestRoot, pTar->pDestRoot});
+    for (int32_t i = 0; i < pTar->iCount; i++) {
+        const std::string name = pTar->apMembers[i];
+        const Target target = {pOper, pPackage, pTar->apMembers[i], pTar->apMembers[i]};
+        if (!name.empty())
+            addTarget(pCheck, pTree, boundaryOf(pTree, pOper).empty() ? "" : plain,
+                      base + "/" + name, target, name.back() == '/');
+    }
+}
+
+static void addLink(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPackage,
+                    const _OV_InstOper *pOper)
+{
+    const _OV_InstLink *pLink = &pOper->body.link;
+
+    if (!OV_instIsText(pLink->pTarget) || !OV_instIsText(pLink->pThird))
+        return; /* which was told */
+    const std::string name = pLink->pThird;
+    addTarget(pCheck, pTree, pTree->product,
+              name[0] == '/' ? name : OV_checkBase(pOper) + "/" + name,
+              {pOper, pPackage, pLink->pThird, pLink->pThird}, false);
+    pTree->links.push_back(pOper);
+}
+
+static void addOper(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPackage,
+                    const _OV_InstOper *pOper)
+{
+    const bool bCopy = pOper->iType == OV_OPER_COPY || pOper->iType == OV_OPER_COPYZ;
+
+    if (OV_checkIsTar(pOper)) {
+        addMembers(pCheck, pTree, pPackage, pOper);
+    } else if (pOper->iType == OV_OPER_HARDLINK || pOper->iType == OV_OPER_SOFTLINK) {
+        addLink(pCheck, pTree, pPackage, pOper);
+    } else if (bCopy && OV_instIsText(pOper->body.copy.pSource)) {
+        const _OV_InstCopy *pCopy = &pOper->body.copy;
+        const bool bOwnName = pOper->iType == OV_OPER_COPY && pCopy->pDest;
+        const char *pWord = bOwnName ? pCopy->pDest : pCopy->pSource;
+        addTarget(pCheck, pTree, pTree->product, OV_checkBase(pOper),
+                  {pOper, pPackage, pWord, pWord}, false);
+    } else if (pOper->iType == OV_OPER_MKDIR && OV_instIsText(pOper->body.mkdir.pPath)) {
+        const char *pPath = pOper->body.mkdir.pPath;
+        addTarget(pCheck, pTree, pTree->product, OV_checkBase(pOper),
+                  {pOper, pPackage, pPath, pPath}, true);
+    }
+}
+
+/* ---- what follows ---- */
+
+static std::string packageName(const _OV_InstPackage *pPackage)
+{
+    return pPackage->pName ? pPackage->pName : "";
+}
+
+/* Lists may write a directory without its slash: what something lies in is one. */
+static void tellShared(OV_Check *pCheck, const Tree *pTree)
+{
+    for (const auto &[path, target] : pTree->again) {
+        if (pTree->onTheWay.count(path) || pTree->named.count(path))
+            continue;
+        const Target &first = pTree->files.at(path);
+        OV_checkTell(pCheck, "shared-target", OV_checkSpot(pCheck, target.pWord, target.pOper),
+                     std::string("'") + target.pShown + "' is installed by the package '" +
+                         packageName(first.pPackage) +
+                         "', too: removing one of them takes it from the other",
+                     target.pShown);
+    }
+}
+
+static void tellStaying(OV_Check *pCheck, const Tree *pTree)
+{
+    for (const auto &[directory, here] : pTree->onTheWay)
+        if (!pTree->named.count(directory) && !pTree->files.count(directory))
+            OV_checkTell(pCheck, "directory-stays", here.spot,
+                         "no Mkdir and no archive names the directory '" + here.shown +
+                             "': it stays behind when the product is removed",
+                         here.shown);
+}
+
+static bool isInstalled(const Tree *pTree, const std::string &path)
+{
+    return pTree->files.count(path) || pTree->named.count(path) || pTree->onTheWay.count(path) ||
+           isSetupsOwn(pTree, path);
+}
+
+/* A symbolic link's target begins at the link, a hard one's at the directory. */
+static std::string targetOf(const _OV_InstOper *pOper)
+{
+    const _OV_InstLink *pLink = &pOper->body.link;
+    const std::string directory = OV_checkBase(pOper);
+    const std::string name = pLink->pThird;
+
+    if (pLink->pTarget[0] == '/')
+        return OV_checkPlainPath(pLink->pTarget);
+    if (pLink->iHard)
+        return OV_checkPlainPath(directory + "/" + pLink->pTarget);
+    const std::string link = name[0] == '/' ? name : directory + "/" + name;
+    return OV_checkPlainPath(link.substr(0, link.rfind('/')) + "/" + pLink->pTarget);
+}
+
+void OV_checkTargets(OV_Check *pCheck)
+{
+    const char *pProduct = OV_instGetDestinationDirectory();
+    Tree tree = {};
+
+    if (!pProduct)
+        return; /* too long a name, which is told as such */
+    tree.root = s_caRoot;
+    tree.product = OV_checkPlainPath(pProduct);
+    for (auto *pNode = pCheck->reading.model->pPackageHead; pNode; pNode = pNode->pNext)
+        for (auto *pOper = pNode->pPackage->pOperHead; pOper; pOper = pOper->pNext)
+            if (!OV_checkIsRefused(pCheck, pOper))
+                addOper(pCheck, &tree, pNode->pPackage, pOper);
+    tellShared(pCheck, &tree);
+    tellStaying(pCheck, &tree);
+    for (const _OV_InstOper *pOper : tree.links) {
+        const std::string target = targetOf(pOper);
+        if (isInstalled(&tree, target))
+            continue;
+        pCheck->looseLinks.push_back({pOper, target});
+        pCheck->looseTargets.insert(target);
+    }
+}
+
+void OV_checkLooseLinks(OV_Check *pCheck)
+{
+    for (const OV_LooseLink &loose : pCheck->looseLinks) {
+        const _OV_InstLink *pLink = &loose.pOper->body.link;
+        if (!pCheck->looseTargets.count(loose.target))
+            continue;
+        OV_Finding *pFinding = OV_checkTell(
+            pCheck, "link-target-missing", OV_checkSpot(pCheck, pLink->pTarget, loose.pOper),
+            std::string("nothing installs '") + pLink->pTarget + "', which the link leads to",
+            pLink->pTarget);
+        if (pLink->iHard)
+            pFinding->severity = OV_ERROR;
+    }
+}
