@@ -12,5 +12,6 @@ int OV_mediumVerify(const OV_MediumOptions *pOptions);
 int OV_mediumRepair(const OV_MediumOptions *pOptions);
 int OV_mediumStatus(const OV_MediumOptions *pOptions);
 int OV_mediumNew(const OV_MediumOptions *pOptions);
+int OV_mediumUpdate(const OV_MediumOptions *pOptions);
 
 #endif

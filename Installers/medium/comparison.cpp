@@ -208,7 +208,7 @@ static bool compareFile(const std::string &path, const OV_TreeObject *pFound, OV
         return true;
     }
     OwnedFd file(OV_mediumOpenFound(pFound, path));
-    const int iSame = file.iFd < 0 ? -1 : OV_mediumSameContent(from.iFd, file.iFd);
+    const int iSame = file.iFd < 0 ? -1 : OV_mediumSameContent(from.iFd, file.iFd, source.st_size);
     if (iSame == 0)
         pObject->iDifferences |= OV_DIFF_CONTENT;
     if (file.iFd >= 0 && iSame < 0)

@@ -1,5 +1,6 @@
 #include "medium/examine.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -9,7 +10,7 @@
 #include "medium/output.h"
 #include "ut/guard.h"
 
-enum { BLOCK_SIZE = 256 * 1024, ADVISED_SIZE = 4 * BLOCK_SIZE };
+enum { BLOCK_SIZE = 128 * 1024 };
 
 bool OV_mediumLook(const std::string &path, OV_TreeObject *pFound)
 {
@@ -81,27 +82,26 @@ ssize_t OV_mediumReadFull(int iFd, char *pBytes, size_t iCount)
     return static_cast<ssize_t>(iDone);
 }
 
-int OV_mediumSameContent(int iFirst, int iSecond)
+int OV_mediumSameContent(int iFirst, int iSecond, int64_t lSize)
 {
     static std::vector<char> s_first(BLOCK_SIZE), s_second(BLOCK_SIZE);
-    size_t iSize = 4096; /* a small file needs no large read; what differs often differs early */
 
-    for (off_t lDone = 0;; iSize = BLOCK_SIZE) {
-        if (lDone && lDone <= BLOCK_SIZE) {
-            (void)posix_fadvise(iFirst, 0, 0, POSIX_FADV_SEQUENTIAL);
-            (void)posix_fadvise(iSecond, 0, 0, POSIX_FADV_SEQUENTIAL);
-        }
-        const ssize_t iRead = OV_mediumReadFull(iFirst, s_first.data(), iSize);
-        const ssize_t iOther = OV_mediumReadFull(iSecond, s_second.data(), iSize);
+    if (lSize > BLOCK_SIZE) {
+        (void)posix_fadvise(iFirst, 0, 0, POSIX_FADV_SEQUENTIAL);
+        (void)posix_fadvise(iSecond, 0, 0, POSIX_FADV_SEQUENTIAL);
+    }
+    while (lSize > 0) {
+        const size_t iWanted = static_cast<size_t>(std::min<int64_t>(lSize, BLOCK_SIZE));
+        const ssize_t iRead = OV_mediumReadFull(iFirst, s_first.data(), iWanted);
+        const ssize_t iOther = OV_mediumReadFull(iSecond, s_second.data(), iWanted);
         if (iRead < 0 || iOther < 0)
             return -1;
-        if (iRead != iOther ||
-            memcmp(s_first.data(), s_second.data(), static_cast<size_t>(iRead)) != 0)
-            return 0;
-        if (static_cast<size_t>(iRead) < iSize)
-            return 1;
-        lDone += iRead;
+        if (iRead != iOther || static_cast<size_t>(iRead) < iWanted ||
+            memcmp(s_first.data(), s_second.data(), iWanted) != 0)
+            return 0; /* one that ends early has just been changed */
+        lSize -= iRead;
     }
+    return 1;
 }
 
 std::string OV_mediumLinkText(const OV_TreeObject *pFound)

@@ -3,6 +3,7 @@
 #ifndef OVMEDIUM_EXAMINE_H
 #define OVMEDIUM_EXAMINE_H
 
+#include <cstdint>
 #include <string>
 #include <sys/stat.h>
 
@@ -24,9 +25,8 @@ int OV_mediumOpenFound(const OV_TreeObject *pFound, const std::string &path);
 /* A regular file of the medium, opened, with its status. -1 (told). */
 int OV_mediumOpenSource(const std::string &path, struct stat *pInfo);
 
-/* Whether two opened files hold the same from where they stand: 1 or 0, or -1 where one cannot be
- * read. */
-int OV_mediumSameContent(int iFirst, int iSecond);
+/* Whether two opened files of this size hold the same: 1 or 0, or -1 where one cannot be read. */
+int OV_mediumSameContent(int iFirst, int iSecond, int64_t lSize);
 
 /* The next bytes, as many as fit unless the file ends. -1 with errno set. */
 ssize_t OV_mediumReadFull(int iFd, char *pBytes, size_t iCount);

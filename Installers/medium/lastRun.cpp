@@ -7,8 +7,8 @@
 #include "engine/history.h"
 #include "engine/runLock.h"
 #include "engine/setupState.h"
-#include "medium/description.h"
 #include "medium/examine.h"
+#include "medium/model.h"
 #include "ut/OVinstLogfile.h"
 #include "ut/guardedFile.h"
 #include "ut/owned.h"
@@ -46,10 +46,9 @@ static std::string logIn(const OV_MediumTree *pTree, const std::string &descript
 
     if (!OV_mediumLook(description, &found) || found.iError || !S_ISREG(found.info.st_mode))
         return "";
-    _OV_instCDinst *pModel = OV_mediumReadDescription(description);
-    const std::string path = logOf(pTree, pModel);
-    OV_instFreeCDinst(pModel);
-    return path;
+    OV_Reading reading = {};
+    OV_mediumRead(description.c_str(), &reading);
+    return logOf(pTree, reading.model.get()); /* the header will do */
 }
 
 /* The description that the last run has left in the tree names it; without that, the medium's. */
@@ -60,7 +59,7 @@ static std::string findLog(const OV_MediumTree *pTree)
     if (path.empty())
         path = logIn(pTree, pTree->dest + "cdinst.dat");
     if (path.empty() && !pTree->state.source.empty())
-        path = logIn(pTree, OV_mediumDescriptionOf(pTree->state.source));
+        path = logIn(pTree, OV_mediumDescription(pTree->state.source));
     return path;
 }
 

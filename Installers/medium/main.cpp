@@ -20,6 +20,7 @@ static const Command s_aCommands[] = {
     {"repair", OV_mediumRepair},
     {"status", OV_mediumStatus},
     {"new",    OV_mediumNew   },
+    {"update", OV_mediumUpdate},
     {nullptr,  nullptr        },
 };
 

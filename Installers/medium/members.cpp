@@ -43,10 +43,8 @@ OwnedMemberWalk OV_mediumOpenArchive(const std::string &path, bool bCompressed)
 
 /* The name as tar makes it: below the directory, whatever it begins with. False for one that leads
  * out of it. */
-static bool cleanName(const char *pName, std::string *pClean)
+static bool cleanName(const std::string &name, std::string *pClean)
 {
-    const std::string name = pName ? pName : "";
-
     pClean->clear();
     for (size_t iAt = 0; iAt < name.size();) {
         size_t iEnd = name.find('/', iAt);
@@ -59,6 +57,12 @@ static bool cleanName(const char *pName, std::string *pClean)
         iAt = iEnd + 1;
     }
     return true;
+}
+
+/* A name that the locale cannot show is the archive's own bytes. */
+static std::string textOf(const char *pText, const char *pBytes)
+{
+    return pText ? pText : pBytes ? pBytes : "";
 }
 
 int OV_mediumNextMember(OV_MemberWalk *pWalk, OV_Member *pMember)
@@ -74,18 +78,20 @@ int OV_mediumNextMember(OV_MemberWalk *pWalk, OV_Member *pMember)
             continue;
         if (iResult < ARCHIVE_WARN)
             return tellUnreadable(pWalk);
-        if (cleanName(archive_entry_pathname(pEntry), &pMember->name))
+        pMember->written =
+            textOf(archive_entry_pathname(pEntry), archive_entry_pathname_utf8(pEntry));
+        pMember->link = textOf(archive_entry_hardlink(pEntry), archive_entry_hardlink_utf8(pEntry));
+        pMember->bHard = !pMember->link.empty();
+        /* tar makes no link that leads out of the directory either */
+        if (cleanName(pMember->written, &pMember->name) &&
+            (!pMember->bHard || cleanName(std::string(pMember->link), &pMember->link)))
             break;
     }
-    const char *pHard = archive_entry_hardlink(pEntry);
-    const char *pSoft = archive_entry_symlink(pEntry);
+    if (!pMember->bHard)
+        pMember->link = textOf(archive_entry_symlink(pEntry), archive_entry_symlink_utf8(pEntry));
     pMember->iType = archive_entry_filetype(pEntry);
     pMember->iMode = archive_entry_perm(pEntry);
     pMember->lSize = archive_entry_size(pEntry);
-    pMember->link = pSoft ? pSoft : "";
-    pMember->bHard = pHard != nullptr;
-    if (pHard && !cleanName(pHard, &pMember->link))
-        return OV_mediumNextMember(pWalk, pMember); /* tar makes no such link */
     return 1;
 }
 

@@ -8,9 +8,10 @@
 #include <sys/types.h>
 
 struct OV_Member {
-    std::string name; /* below the directory that the archive goes to; empty for that itself */
-    std::string link; /* text of a symbolic link, or the member that a hard link names */
-    mode_t iType;     /* S_IFREG and so on */
+    std::string written; /* its name as the archive has it */
+    std::string name;    /* below the directory that the archive goes to; empty for that itself */
+    std::string link;    /* text of a symbolic link, or the member that a hard link names */
+    mode_t iType;        /* S_IFREG and so on */
     mode_t iMode;
     int64_t lSize;
     bool bHard; /* another name of a member before it */

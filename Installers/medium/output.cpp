@@ -78,10 +78,11 @@ void OV_mediumPrintJson(const char *pCommand, const nlohmann::ordered_json &answ
 
 void OV_mediumShowProgress(const char *pWhat, size_t iDone, size_t iTotal)
 {
+    static const bool s_bTerminal = isatty(STDERR_FILENO) != 0;
     static struct timespec s_shown = {};
     struct timespec now = {};
 
-    if (!isatty(STDERR_FILENO))
+    if (!s_bTerminal)
         return;
     if (!pWhat) {
         fputs("\r\033[K", stderr);

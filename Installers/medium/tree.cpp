@@ -11,7 +11,7 @@
 #include "description/model.h"
 #include "engine/history.h"
 #include "engine/setupState.h"
-#include "medium/description.h"
+#include "medium/model.h"
 #include "medium/output.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
@@ -230,11 +230,17 @@ static bool findProduct(const OV_MediumOptions *pOptions, OV_MediumTree *pTree)
 
 static bool useMedium(const std::string &place, OV_MediumTree *pTree)
 {
-    _OV_instCDinst *pModel = OV_mediumReadDescription(place);
+    const std::string path = OV_mediumDescription(place);
+    std::string reason;
+    OV_Reading reading = {};
 
-    if (!pModel)
+    OV_mediumRead(path.c_str(), &reading);
+    if (!reading.model || reading.bRejected) {
+        OV_instFreeCDinst(OV_mediumReadModel(path.c_str(), &reason)); /* for the reason */
+        OV_mediumTell("%s", reason.c_str());
         return false;
-    useModel(pModel);
+    }
+    useModel(reading.model.release()); /* whether its modules can be loaded plays no part */
     pTree->medium = OV_instGetSourceDirectory();
     pTree->medium = slashed(pTree->medium);
     return true;
