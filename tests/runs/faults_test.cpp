@@ -153,6 +153,10 @@ TEST(Faults, WhatStrangersPlantedIsNotFollowed)
                   "Error: Softlink can't change directory to: " + medium.tree + "dir:x->link\n" +
                   "Error: Hardlink linking file hard to dir/file\n");
     EXPECT_NE(medium.log().find("Softlink can't change directory"), std::string::npos);
+    const std::string told = "Warning: " + medium.tree + "dir is a link of nobody, leads out of " +
+                             medium.dest + " and was not followed\n";
+    EXPECT_EQ(medium.log().find(told), medium.log().rfind(told)) << medium.log(); /* once */
+    EXPECT_NE(medium.log().find(told), std::string::npos) << medium.log();
 }
 
 TEST(Faults, AnExchangedDestinationLeadsNowhere)

@@ -42,9 +42,9 @@ int OV_instGuardedOpen(const char *pPath, int iFlags, mode_t iMode);
 /* OV_instGuardedOpen with pRoot as the guarded root, for this call only. */
 int OV_instGuardedOpenIn(const char *pRoot, const char *pPath, int iFlags, mode_t iMode);
 
-/* OV_instGuardedOpen for a file that is there and of which only the path's own user can have made
- * it this one: EMLINK when it has a second name, and its directory is one where others could have
- * given that name to any file there is. Outside the root that was done by who started setup. */
+/* OV_instGuardedOpen for a file that is there and must not be another one under this name: EMLINK
+ * when it has a second name, and its directory is one where others could have given that name to
+ * any file there is. Outside of the root nothing is looked at. */
 int OV_instGuardedOpenOwn(const char *pPath, int iFlags);
 
 /* The directory that pPath's last component lives in, opened; *ppName points at that component
