@@ -111,7 +111,7 @@ static bool isSame(const OV_PlannedObject &there, const std::string &path, int i
         return false;
     OwnedFd file(there.bOnDisk ? OV_instGuardedOpen(path.c_str(), O_RDONLY, 0)
                                : open(there.source.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    return file.iFd >= 0 && OV_mediumSameContent(file.iFd, iSource) == 1;
+    return file.iFd >= 0 && OV_mediumSameContent(file.iFd, iSource, lSize) == 1;
 }
 
 static void planFile(Planning *pPlanning, const std::string &path, const OV_PlannedObject &there,
