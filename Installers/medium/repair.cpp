@@ -235,12 +235,13 @@ static void restoreArchives(RepairWork *pRepair)
         restoreFrom(pRepair, pOper);
 }
 
-/* A file that was replaced has lost its other names, so these are looked at again. */
+/* A file that was replaced has lost the other names that it had, so these are looked at again. */
 static void restoreHardLinks(RepairWork *pRepair)
 {
     for (auto &[path, object] : *pRepair->pObjects) {
         if (object.kind != OV_EXPECT_HARDLINK ||
-            (!pRepair->chosen.count(path) && !pRepair->restored.count(object.source)))
+            (!pRepair->chosen.count(path) &&
+             (object.iDifferences || !pRepair->restored.count(object.source))))
             continue;
         if (OV_mediumCompareOne(path, &object) && object.iDifferences &&
             !reasonToKeep(path, &object))

@@ -265,11 +265,6 @@ static bool openNotedMedium(const OV_MediumOptions *pOptions, OV_MediumTree *pTr
 {
     if (!OV_mediumFindTree(pOptions, pTree))
         return false;
-    if (pTree->state.source.empty()) {
-        OV_mediumTell("the history of %s may be another's work; name the medium by --medium",
-                      pTree->dest.c_str());
-        return false;
-    }
     OwnedText name(strdup(CDInstPtr->pHistoryFile)); /* whatever the medium calls it by now */
     if (!name || !useMedium(pTree->state.source, pTree))
         return false;

@@ -69,11 +69,16 @@ static void redirect(const std::string &path, int iTo)
 
 RunResult Medium::run(std::vector<std::string> arguments)
 {
+    arguments.insert(arguments.begin(), place + "/setup");
+    return start(arguments);
+}
+
+RunResult Medium::start(std::vector<std::string> arguments)
+{
     std::string outPath = scratch / "stdout";
     std::string errPath = scratch / "stderr";
     int iStatus = 0;
 
-    arguments.insert(arguments.begin(), place + "/setup");
     std::vector<char *> argv, envp;
     for (std::string &word : arguments)
         argv.push_back(word.data());

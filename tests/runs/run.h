@@ -39,6 +39,9 @@ struct Medium {
     RunResult install();
     RunResult run(std::vector<std::string> arguments);
 
+    /* Another program, its path first. */
+    RunResult start(std::vector<std::string> arguments);
+
     std::string installed(const std::string &name) { return readFile(tree + name); }
     bool has(const std::string &name) { return fs::exists(tree + name); }
     std::string log() { return installed("Setup/setup.log"); }
