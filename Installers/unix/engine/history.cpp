@@ -305,14 +305,14 @@ bool OV_instReadHistory(const char *pDest, OV_RunFile *pHistory)
 {
     OwnedText path(historyPath(pDest));
     OwnedFile file(path ? OV_instGuardedFopenBelieved(nullptr, path.get(), "r") : nullptr);
-    char caLine[HISTORY_LINE];
+    char caLine[OV_HISTORY_LINE];
     std::set<std::string> known;
 
     *pHistory = OV_RunFile();
     if (!file || !fgets(caLine, sizeof(caLine), file.get()) || !isVersionLine(caLine))
         return false;
-    if (!readText(file.get(), HISTORY_LINE, &pHistory->product) ||
-        !readText(file.get(), HISTORY_LINE, &pHistory->version) ||
+    if (!readText(file.get(), OV_HISTORY_LINE, &pHistory->product) ||
+        !readText(file.get(), OV_HISTORY_LINE, &pHistory->version) ||
         !readText(file.get(), OV_INST_PATH_SIZE, &pHistory->source) || pHistory->source.empty())
         return false;
     while (fgets(caLine, sizeof(caLine), file.get())) {
