@@ -11,6 +11,12 @@ static _OV_InstConfigList *find(const OV_Check *pCheck, int32_t iId)
     return OV_instGetConfigFromId(pCheck->reading.model.get(), iId);
 }
 
+/* Whether a line that was refused may have had the number. */
+static bool isLost(const OV_Check *pCheck, int32_t iId)
+{
+    return pCheck->reading.bNumberLost || pCheck->reading.lostNumbers.count(iId) > 0;
+}
+
 static OV_Finding *tell(OV_Check *pCheck, const char *pCode, const void *pWhat,
                         const _OV_InstConfigList *pConfig, const std::string &message)
 {
@@ -73,7 +79,7 @@ static void checkEntries(OV_Check *pCheck)
         const _OV_InstConfigList *pConfig = find(pCheck, entry.iId);
         if (pConfig) {
             checkKind(pCheck, pConfig);
-        } else if (pCheck->reading.bSections && !pCheck->reading.lostNumbers.count(entry.iId)) {
+        } else if (pCheck->reading.bSections && !isLost(pCheck, entry.iId)) {
             const std::string number = std::to_string(entry.iId);
             OV_checkTell(pCheck, "configuration-missing", {},
                          "there is no configuration " + number + ", for " + entry.pFor, number)
@@ -92,7 +98,7 @@ static void checkMember(OV_Check *pCheck, const _OV_InstConfigList *pConfig,
 
     if (*piMember <= pConfig->iId)
         return;
-    if (!pMember && !pCheck->reading.lostNumbers.count(*piMember))
+    if (!pMember && !isLost(pCheck, *piMember))
         OV_checkTell(pCheck, "unknown-child", OV_checkSpot(pCheck, piMember, &pConfig->iId),
                      "there is no configuration " + std::to_string(*piMember),
                      std::to_string(*piMember));

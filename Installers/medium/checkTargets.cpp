@@ -118,15 +118,15 @@ static void tellOutside(OV_Check *pCheck, const Target &target)
                  target.pShown);
 }
 
-/* Takes in a path below base. */
+/* Takes in a path below base, which is empty for an archive that goes elsewhere altogether. */
 static void addTarget(OV_Check *pCheck, Tree *pTree, const std::string &base,
                       const std::string &raw, const Target &target, bool bDirectory)
 {
     const std::string path = OV_checkPlainPath(raw);
 
-    if (!isBelow(path, boundaryOf(pTree, target.pOper)) && !base.empty())
+    if (!base.empty() && !isBelow(path, boundaryOf(pTree, target.pOper)))
         tellOutside(pCheck, target);
-    else
+    else if (!base.empty())
         passDirectories(pCheck, pTree, path, base, target);
     if (bDirectory)
         pTree->named.insert(path);
@@ -176,12 +176,13 @@ static void addOper(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPacka
         addMembers(pCheck, pTree, pPackage, pOper);
     } else if (pOper->iType == OV_OPER_HARDLINK || pOper->iType == OV_OPER_SOFTLINK) {
         addLink(pCheck, pTree, pPackage, pOper);
-    } else if (bCopy && OV_instIsText(pOper->body.copy.pSource)) {
+    } else if (bCopy) {
         const _OV_InstCopy *pCopy = &pOper->body.copy;
         const bool bOwnName = pOper->iType == OV_OPER_COPY && pCopy->pDest;
         const char *pWord = bOwnName ? pCopy->pDest : pCopy->pSource;
-        addTarget(pCheck, pTree, pTree->product, OV_checkBase(pOper),
-                  {pOper, pPackage, pWord, pWord}, false);
+        if (OV_instIsText(pWord))
+            addTarget(pCheck, pTree, pTree->product, OV_checkBase(pOper),
+                      {pOper, pPackage, pWord, pWord}, false);
     } else if (pOper->iType == OV_OPER_MKDIR && OV_instIsText(pOper->body.mkdir.pPath)) {
         const char *pPath = pOper->body.mkdir.pPath;
         addTarget(pCheck, pTree, pTree->product, OV_checkBase(pOper),
@@ -242,6 +243,19 @@ static std::string targetOf(const _OV_InstOper *pOper)
     return OV_checkPlainPath(link.substr(0, link.rfind('/')) + "/" + pLink->pTarget);
 }
 
+/* Whether a line was refused that may install what seems to be missing. */
+static bool areTargetsLost(const OV_Check *pCheck)
+{
+    const auto &faults = pCheck->reading.faults;
+
+    return std::any_of(faults.begin(), faults.end(), [](const OV_ReadFault &fault) {
+        if (fault.code == OV_FAULT_KEYWORD)
+            return fault.meant.empty() && getOperType(fault.subject.c_str()) < 0;
+        return fault.bRejects && (fault.code == OV_FAULT_TEXT || fault.code == OV_FAULT_NUMBER ||
+                                  fault.code == OV_FAULT_NO_PACKAGE);
+    });
+}
+
 void OV_checkTargets(OV_Check *pCheck)
 {
     const char *pProduct = OV_instGetDestinationDirectory();
@@ -253,9 +267,10 @@ void OV_checkTargets(OV_Check *pCheck)
     tree.product = OV_checkPlainPath(pProduct);
     for (auto *pNode = pCheck->reading.model->pPackageHead; pNode; pNode = pNode->pNext)
         for (auto *pOper = pNode->pPackage->pOperHead; pOper; pOper = pOper->pNext)
-            if (!OV_checkIsRefused(pCheck, pOper))
-                addOper(pCheck, &tree, pNode->pPackage, pOper);
+            addOper(pCheck, &tree, pNode->pPackage, pOper);
     tellShared(pCheck, &tree);
+    if (areTargetsLost(pCheck))
+        return;
     tellStaying(pCheck, &tree);
     for (const _OV_InstOper *pOper : tree.links) {
         const std::string target = targetOf(pOper);

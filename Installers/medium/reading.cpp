@@ -91,6 +91,7 @@ static void addFault(void *pContext, const OV_Fault *pFault)
             fault.code = OV_FAULT_HEADER_KEY;
             fault.bBehind = true;
         }
+    pReading->bNumberLost = pReading->bNumberLost || fault.code == OV_FAULT_CONFIG_NUMBER;
     if (fault.code == OV_FAULT_NO_SECTION)
         pReading->bSections = true; /* what follows is taken for one */
     pReading->faults.push_back(fault);

@@ -55,6 +55,7 @@ struct OV_Reading {
     bool bRejected;                   /* setup does not take it, whatever its modules are */
     bool bSections;                   /* there was a ConfigBegin */
     bool bSectionOpen;                /* the last one has no ConfigEnd */
+    bool bNumberLost;                 /* a configuration was refused for want of its number */
 
     /* What refused lines would have told: operations that are not all there, names that they may
      * have declared, words that may be names they used, and numbers of configurations. */
