@@ -6,6 +6,7 @@
 #include "engine/installer.h"
 #include "engine/runFile.h"
 #include "engine/runReport.h"
+#include "engine/selection.h"
 #include "engine/setupState.h"
 #include "medium/commands.h"
 #include "medium/output.h"
@@ -31,12 +32,15 @@ static bool mayRun(const OV_MediumOptions *pOptions)
 }
 
 /* Whether everything is as it is to be, so that a run would only write down the same again. */
-static bool isDone(const OV_RunChoice *pChoice, const OV_Plan *pPlan)
+static bool isDone(const OV_RunChoice *pChoice)
 {
     OV_RunFile unfinished;
 
-    return pPlan->steps.empty() && (pChoice->bInstalled || pChoice->bRemoveAll) &&
-           !OV_instReadRunFile(OV_instGetDestinationDirectory(), &unfinished);
+    if (OV_instReadRunFile(OV_instGetDestinationDirectory(), &unfinished))
+        return false;
+    if (pChoice->bRemoveAll || !pChoice->bInstalled)
+        return pChoice->bRemoveAll && !pChoice->bInstalled;
+    return OV_instNumPackagesAffected(CDInstPtr, pChoice->pConfig) == 0;
 }
 
 static int carryOut(const OV_RunChoice *pChoice)
@@ -61,13 +65,13 @@ int OV_mediumApply(const OV_MediumOptions *pOptions)
     OV_Plan plan;
     int iStatus = OV_MEDIUM_CLEAN;
 
-    if (!mayRun(pOptions) || !OV_mediumChooseRun(pOptions, true, &choice) ||
-        !OV_mediumPlanRun(&choice, &plan))
+    if (!mayRun(pOptions) || !OV_mediumChooseRun(pOptions, true, &choice))
         return OV_MEDIUM_FAILED;
+    OV_mediumPlanRun(&choice, &plan);
     if (OV_mediumIsBlocked(&plan)) {
         OV_mediumPrintPlan(&plan, true);
         iStatus = OV_MEDIUM_FINDINGS;
-    } else if (!isDone(&choice, &plan)) {
+    } else if (!isDone(&choice)) {
         iStatus = carryOut(&choice);
     }
     OV_mediumEndRunChoice();

@@ -61,8 +61,9 @@ int OV_mediumPlan(const OV_MediumOptions *pOptions)
     OV_RunChoice choice;
     OV_Plan plan;
 
-    if (!OV_mediumChooseRun(pOptions, false, &choice) || !OV_mediumPlanRun(&choice, &plan))
+    if (!OV_mediumChooseRun(pOptions, false, &choice))
         return OV_MEDIUM_FAILED;
+    OV_mediumPlanRun(&choice, &plan);
     if (pOptions->format == OV_MEDIUM_JSON)
         printJson(&plan);
     else

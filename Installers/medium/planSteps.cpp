@@ -30,7 +30,6 @@ struct Planning {
     std::string lastDirectory; /* whose file system is known */
     dev_t lastDevice = 0;
     bool bRegistered = false; /* modules are registered all at once */
-    bool bFailed = false;
 };
 
 /* ---- notes ---- */
@@ -328,7 +327,7 @@ static void onRemoveDirectory(void *pContext, const char *pPath)
         planRemoval(pPlanning, path);
 }
 
-bool OV_mediumPlanRun(const OV_RunChoice *pChoice, OV_Plan *pPlan)
+void OV_mediumPlanRun(const OV_RunChoice *pChoice, OV_Plan *pPlan)
 {
     Planning planning;
     const OV_Rehearsal rehearsal = {&planning, onStep, onRemoveDirectory};
@@ -340,7 +339,6 @@ bool OV_mediumPlanRun(const OV_RunChoice *pChoice, OV_Plan *pPlan)
     OV_instRehearseInstallation(CDInstPtr, pChoice->pConfig, &rehearsal);
     for (const auto &[device, room] : planning.rooms)
         pPlan->rooms.push_back({room.directory, std::max<int64_t>(room.lNeeded, 0), room.lFree});
-    return !planning.bFailed;
 }
 
 bool OV_mediumIsBlocked(const OV_Plan *pPlan)

@@ -30,8 +30,7 @@ struct OV_Plan {
     std::vector<OV_PlanRoom> rooms;
 };
 
-/* False when something could not be looked at (told). */
-bool OV_mediumPlanRun(const OV_RunChoice *pChoice, OV_Plan *pPlan);
+void OV_mediumPlanRun(const OV_RunChoice *pChoice, OV_Plan *pPlan);
 
 /* Whether something is blocked, or does not fit. */
 bool OV_mediumIsBlocked(const OV_Plan *pPlan);

@@ -10,9 +10,9 @@
 #include "runs/installModel.h"
 #include "runs/run.h"
 
-enum { MAINTENANCE = 2, UNATTENDED = 3, GROUP = 10, SUITE = 20 };
+enum { MAINTENANCE = 2, UNATTENDED = 3, GROUP = 10, SUITE = 20, ALL = 90 };
 
-enum Step { CHANGE, REMOVE_ALL, WITHOUT_DIALOGS };
+enum Step { CHANGE, REMOVE_ALL, WITHOUT_DIALOGS, BY_NAME };
 
 static std::mt19937 s_random;
 
@@ -137,16 +137,107 @@ static ModelTree treeOnDisk(const std::string &root)
     return tree;
 }
 
+/* ---- what is planned ---- */
+
+/* The companion's words for a run: without suites that of an unattended setup. */
+static std::vector<std::string> companion(const Medium &medium, const char *pCommand,
+                                          const std::set<int> &suites)
+{
+    std::vector<std::string> words = {OVMEDIUM_PROGRAM, pCommand, "--dest", medium.dest};
+    for (int iId : suites)
+        words.insert(words.end(), {"--suite", "S" + std::to_string(iId)});
+    words.push_back(medium.place);
+    return words;
+}
+
+/* Whether the run did what was planned, and nothing else: by path, what came of its last step. */
+static void expectAsPlanned(const std::string &plan, const std::string &dest,
+                            const ModelTree &before, const ModelTree &after)
+{
+    static const std::set<std::string> s_own = {
+        "prod/Setup", "prod/Setup/setup.log", "prod/SetupFiles", s_history,
+        s_run,        "prod/cdinst.dat"};
+    std::map<std::string, std::pair<std::string, size_t>> last;
+    std::istringstream in(plan);
+    std::string action, path;
+    for (size_t iBytes; in >> action >> iBytes && std::getline(in, path);)
+        if (path.compare(0, dest.size() + 2, " " + dest + "/") == 0)
+            last[path.substr(dest.size() + 2)] = {action, iBytes};
+        else if (path != " " + dest)
+            break; /* behind the steps */
+    for (const auto &[name, what] : last) {
+        SCOPED_TRACE(name);
+        const char *pKinds = what.first == "remove"  ? "-"
+                             : what.first == "mkdir" ? "d"
+                             : what.first == "link"  ? "lf"
+                                                     : "f";
+        ASSERT_TRUE(strchr(pKinds, kindAt(after, name))) << what.first << kindAt(after, name);
+        ASSERT_TRUE(pKinds[0] != 'f' || what.second == after.at(name).size() - 6);
+    }
+    ModelTree both = before;
+    both.insert(after.begin(), after.end());
+    for (const auto &[name, node] : both)
+        ASSERT_TRUE(last.count(name) || s_own.count(name) || name == "prod" ||
+                    (before.count(name) && after.count(name) &&
+                     before.at(name).substr(5) == after.at(name).substr(5)))
+            << name << " is in no plan";
+}
+
+/* What has been chosen by name: with nothing to do the run is left out. */
+static void applyByName(Medium &medium, InstallModel &model, ModelMarks &marks)
+{
+    std::set<int> suites;
+    for (const auto &[iId, packages] : model.product.suites)
+        if (!upTo(1) || suites.empty())
+            suites.insert(iId);
+    for (const auto &[iId, packages] : model.product.suites)
+        if (suites.count(iId))
+            marks.selected.insert(iId);
+        else
+            marks.selected.erase(iId);
+    const ModelTree before = model.tree;
+    const RunResult plan = medium.start(companion(medium, "plan", suites));
+    const bool bBlocked = ("\n" + plan.out).find("\nblocked ") != std::string::npos;
+    ASSERT_EQ(bBlocked, plan.iStatus) << plan.out << plan.err;
+    model.settle(marks, ALL);
+    const bool bRuns = !bBlocked && (!marks.bMaintenance || model.tree.count(s_run) ||
+                                     model.affectsPackages(marks, ALL));
+    if (bRuns)
+        model.run(marks, ALL, false);
+    auto words = companion(medium, "apply", suites);
+    words.push_back("--noroot");
+    const RunResult result = medium.start(words);
+    ASSERT_EQ(bBlocked || (bRuns && model.bFailed), result.iStatus) << result.out << result.err;
+    if (bRuns)
+        expectAsPlanned(plan.out, medium.dest, before, treeOnDisk(medium.dest));
+}
+
+static void installAsPlanned(Medium &medium)
+{
+    const ModelTree before = treeOnDisk(medium.dest);
+    const RunResult plan = medium.start(companion(medium, "plan", {}));
+
+    ASSERT_EQ(before, treeOnDisk(medium.dest));
+    ASSERT_EQ(0, medium.install().iStatus);
+    if (plan.iStatus == 0) /* what comes behind something that is blocked may be otherwise */
+        expectAsPlanned(plan.out, medium.dest, before, treeOnDisk(medium.dest));
+}
+
 static void runSequence(Medium &medium, InstallModel &model)
 {
     fs::remove_all(medium.dest);
     fs::create_directories(medium.dest);
     medium.describe(model.product.text(), usualHeader("NoChestRC\n"));
     model.description = readFile(medium.place + "/cdinst.dat");
+    for (const auto &[iId, packages] : model.product.suites)
+        model.product.groups[ALL].push_back(iId); /* as the companion makes it */
     for (int iStep = 0, iSteps = 3 + upTo(3); iStep < iSteps; iStep++) {
         bool bMaintenance = medium.has("SetupFiles/.h.his");
-        Step step = !upTo(4) ? WITHOUT_DIALOGS : bMaintenance && !upTo(3) ? REMOVE_ALL : CHANGE;
-        int iConfig = step == WITHOUT_DIALOGS ? UNATTENDED : MAINTENANCE;
+        Step step = !upTo(4)                   ? WITHOUT_DIALOGS
+                    : !upTo(4)                 ? BY_NAME
+                    : bMaintenance && !upTo(3) ? REMOVE_ALL
+                                               : CHANGE;
+        int iConfig = step == WITHOUT_DIALOGS ? UNATTENDED : step == BY_NAME ? ALL : MAINTENANCE;
         ModelMarks marks = model.start(iConfig, step == WITHOUT_DIALOGS);
         std::string found = marks.text();
         for (const auto *pConfigs : {&model.product.groups, &model.product.suites})
@@ -157,8 +248,10 @@ static void runSequence(Medium &medium, InstallModel &model)
                     marks.selected.insert(iId);
         SCOPED_TRACE("step " + std::to_string(iStep) + " of kind " + std::to_string(step) + ": " +
                      found + " becomes " + marks.text());
-        if (step == WITHOUT_DIALOGS) {
-            ASSERT_EQ(0, medium.install().iStatus);
+        if (step == BY_NAME) {
+            ASSERT_NO_FATAL_FAILURE(applyByName(medium, model, marks));
+        } else if (step == WITHOUT_DIALOGS) {
+            ASSERT_NO_FATAL_FAILURE(installAsPlanned(medium));
         } else {
             const auto noteMarks = [&](bool bInstalled) {
                 writeFile(medium.scratch / "marks", marksOfEngine(bInstalled));
@@ -168,7 +261,7 @@ static void runSequence(Medium &medium, InstallModel &model)
             ASSERT_EQ(found, readFile(medium.scratch / "marks"));
         }
         model.settle(marks, iConfig);
-        if (step != CHANGE || model.affectsPackages(marks, iConfig))
+        if (step != BY_NAME && (step != CHANGE || model.affectsPackages(marks, iConfig)))
             model.run(marks, iConfig, step == REMOVE_ALL);
         ASSERT_EQ(model.tree, treeOnDisk(medium.dest));
         const std::string log = medium.log();
