@@ -7,11 +7,14 @@
 #include "engine/driver.h"
 #include "engine/setupState.h"
 #include "medium/checkParts.h"
+#include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 #include "ut/text.h"
 
 /* No author writes this. */
 static const char s_caRoot[] = "/<destination>";
+
+enum { MOST_LEVELS = 64 };
 
 /* A path that an operation installs. */
 struct Target {
@@ -19,6 +22,12 @@ struct Target {
     const _OV_InstPackage *pPackage;
     const void *pWord; /* of the description */
     const char *pShown;
+};
+
+/* Where an operation's targets go. */
+struct Place {
+    std::string base;     /* the directory that they begin in; empty where it is not ours at all */
+    std::string boundary; /* the one that they have to stay in */
 };
 
 /* A directory that is made on the way to something. */
@@ -79,14 +88,21 @@ static bool isBelow(const std::string &path, const std::string &directory)
            (path.compare(0, directory.size(), directory) == 0 && path[directory.size()] == '/');
 }
 
-/* The directory that an operation's targets have to stay in. */
-static std::string boundaryOf(const Tree *pTree, const _OV_InstOper *pOper)
+static Place productPlace(const Tree *pTree)
 {
-    if (pOper->iType != OV_OPER_UNTAR2 && pOper->iType != OV_OPER_UNTARZ2)
-        return pTree->product;
+    return {pTree->product, pTree->product};
+}
+
+static Place archivePlace(const Tree *pTree, const _OV_InstOper *pOper)
+{
     const std::string base = OV_checkBase(pOper);
-    const bool bOwn = base.empty() || base[0] != '/';
-    return !bOwn && isBelow(OV_checkPlainPath(base), pTree->root) ? pTree->root : "";
+    const std::string plain = OV_checkPlainPath(base);
+
+    if (pOper->iType != OV_OPER_UNTAR2 && pOper->iType != OV_OPER_UNTARZ2)
+        return productPlace(pTree);
+    if (base.empty() || base[0] != '/' || !isBelow(plain, pTree->root))
+        return {};
+    return {plain, pTree->root};
 }
 
 /* ---- gathering ---- */
@@ -97,17 +113,23 @@ static bool isSetupsOwn(const Tree *pTree, const std::string &directory)
            directory == pTree->product + "/" + OV_SETUP_FOLDER;
 }
 
-/* Notes the directories between a path and the place that its operation starts from. */
+/* Notes the directories between a path and the place that its operation starts from. Trees are not
+ * as deep as a line can be that means harm. */
 static void passDirectories(OV_Check *pCheck, Tree *pTree, const std::string &path,
                             const std::string &base, const Target &target)
 {
+    if (path.size() > OV_INST_PATH_SIZE || std::count(path.begin(), path.end(), '/') > MOST_LEVELS)
+        return;
     for (size_t iSlash = path.rfind('/'); iSlash > base.size() && iSlash != std::string::npos;
          iSlash = path.rfind('/', iSlash - 1)) {
         const std::string directory = path.substr(0, iSlash);
-        const OnTheWay here = {OV_checkSpot(pCheck, target.pWord, target.pOper),
-                               directory.substr(base.size() + 1)};
-        if (isSetupsOwn(pTree, directory) || !pTree->onTheWay.emplace(directory, here).second)
+        if (isSetupsOwn(pTree, directory))
             break;
+        auto [known, bNew] = pTree->onTheWay.emplace(directory, OnTheWay());
+        if (!bNew)
+            break;
+        known->second = {OV_checkSpot(pCheck, target.pWord, target.pOper),
+                         directory.substr(base.size() + 1)};
     }
 }
 
@@ -118,16 +140,16 @@ static void tellOutside(OV_Check *pCheck, const Target &target)
                  target.pShown);
 }
 
-/* Takes in a path below base, which is empty for an archive that goes elsewhere altogether. */
-static void addTarget(OV_Check *pCheck, Tree *pTree, const std::string &base,
-                      const std::string &raw, const Target &target, bool bDirectory)
+/* Takes in a path. */
+static void addTarget(OV_Check *pCheck, Tree *pTree, const Place &place, const std::string &raw,
+                      const Target &target, bool bDirectory)
 {
     const std::string path = OV_checkPlainPath(raw);
 
-    if (!base.empty() && !isBelow(path, boundaryOf(pTree, target.pOper)))
+    if (!place.base.empty() && !isBelow(path, place.boundary))
         tellOutside(pCheck, target);
-    else if (!base.empty())
-        passDirectories(pCheck, pTree, path, base, target);
+    else if (!place.base.empty())
+        passDirectories(pCheck, pTree, path, place.base, target);
     if (bDirectory)
         pTree->named.insert(path);
     else if (const auto [known, bNew] = pTree->files.emplace(path, target);
@@ -139,17 +161,16 @@ static void addMembers(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPa
                        const _OV_InstOper *pOper)
 {
     const _OV_InstTar *pTar = &pOper->body.tar;
-    const std::string base = OV_checkBase(pOper);
-    const std::string plain = OV_checkPlainPath(base);
+    const std::string base = OV_checkBase(pOper) + "/";
+    const Place place = archivePlace(pTree, pOper);
 
-    if (pTar->pDestRoot && OV_instIsText(pTar->pDestRoot) && boundaryOf(pTree, pOper).empty())
+    if (OV_instIsText(pTar->pDestRoot) && place.base.empty())
         tellOutside(pCheck, {pOper, pPackage, pTar->pDestRoot, pTar->pDestRoot});
     for (int32_t i = 0; i < pTar->iCount; i++) {
         const std::string name = pTar->apMembers[i];
         const Target target = {pOper, pPackage, pTar->apMembers[i], pTar->apMembers[i]};
         if (!name.empty())
-            addTarget(pCheck, pTree, boundaryOf(pTree, pOper).empty() ? "" : plain,
-                      base + "/" + name, target, name.back() == '/');
+            addTarget(pCheck, pTree, place, base + name, target, name.back() == '/');
     }
 }
 
@@ -161,7 +182,7 @@ static void addLink(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPacka
     if (!OV_instIsText(pLink->pTarget) || !OV_instIsText(pLink->pThird))
         return; /* which was told */
     const std::string name = pLink->pThird;
-    addTarget(pCheck, pTree, pTree->product,
+    addTarget(pCheck, pTree, productPlace(pTree),
               name[0] == '/' ? name : OV_checkBase(pOper) + "/" + name,
               {pOper, pPackage, pLink->pThird, pLink->pThird}, false);
     pTree->links.push_back(pOper);
@@ -181,11 +202,11 @@ static void addOper(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPacka
         const bool bOwnName = pOper->iType == OV_OPER_COPY && pCopy->pDest;
         const char *pWord = bOwnName ? pCopy->pDest : pCopy->pSource;
         if (OV_instIsText(pWord))
-            addTarget(pCheck, pTree, pTree->product, OV_checkBase(pOper),
+            addTarget(pCheck, pTree, productPlace(pTree), OV_checkBase(pOper),
                       {pOper, pPackage, pWord, pWord}, false);
     } else if (pOper->iType == OV_OPER_MKDIR && OV_instIsText(pOper->body.mkdir.pPath)) {
         const char *pPath = pOper->body.mkdir.pPath;
-        addTarget(pCheck, pTree, pTree->product, OV_checkBase(pOper),
+        addTarget(pCheck, pTree, productPlace(pTree), OV_checkBase(pOper),
                   {pOper, pPackage, pPath, pPath}, true);
     }
 }

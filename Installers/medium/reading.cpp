@@ -64,6 +64,15 @@ static void loseWords(OV_Reading *pReading, const char *pLine)
 
 /* ---- faults ---- */
 
+/* Whether the fault before is a member of the same line that has no name either. */
+static bool isNamelessTold(const Collecting *pCollecting)
+{
+    const auto &faults = pCollecting->pReading->faults;
+
+    return faults.size() > pCollecting->iLineFaults && faults.back().code == OV_FAULT_MEMBER_PART &&
+           faults.back().subject.empty();
+}
+
 static void addFault(void *pContext, const OV_Fault *pFault)
 {
     OV_Reading *pReading = static_cast<Collecting *>(pContext)->pReading;
@@ -72,6 +81,9 @@ static void addFault(void *pContext, const OV_Fault *pFault)
     pReading->bRejected = pReading->bRejected || pFault->bRejects;
     if (pFault->code == OV_FAULT_MEMBERS)
         return; /* why was told */
+    if (pFault->code == OV_FAULT_MEMBER_PART && !*pFault->pSubject &&
+        isNamelessTold(static_cast<Collecting *>(pContext)))
+        return; /* once a line is enough */
     if ((pFault->code == OV_FAULT_PACKAGE || pFault->code == OV_FAULT_SUITE) &&
         pReading->lostNames.count(pFault->pSubject))
         return; /* it was declared by a line that was told */

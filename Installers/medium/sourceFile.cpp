@@ -76,7 +76,8 @@ OV_SourceFile OV_mediumLookAt(OV_SourceFinder *pFinder, const char *pName)
         if (errno != ENOENT && errno != ENOTDIR)
             return unreadable(source, strerror(errno));
         source.state = OV_SOURCE_MISSING;
-        source.near = findNear(pFinder, pName);
+        if (source.path.size() <= OV_INST_PATH_SIZE)
+            source.near = findNear(pFinder, pName);
         return source;
     }
     if (S_ISDIR(info.st_mode))

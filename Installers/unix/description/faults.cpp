@@ -186,37 +186,27 @@ int OV_instGuess(const char *pWord, const char *const *apKeywords)
 
 /* ---- places ---- */
 
-void OV_instNoteAt(const void *pWhat, const char *pAt)
+void OV_instTellPlace(const void *pWhat, const char *pAt)
 {
-    if (!OV_instReadingSink)
-        return;
     OV_instLinePlace(pAt, &s_line.iNotedLine, &s_line.iNotedColumn);
     OV_instReadingSink->note(OV_instReadingSink->pContext, pWhat, pAt ? pAt : "", s_line.iNotedLine,
                              s_line.iNotedColumn);
 }
 
-void OV_instNoteAgain(const void *pWhat)
+void OV_instTellPlaceAgain(const void *pWhat)
 {
-    if (OV_instReadingSink)
-        OV_instReadingSink->note(OV_instReadingSink->pContext, pWhat, "", s_line.iNotedLine,
-                                 s_line.iNotedColumn);
+    OV_instReadingSink->note(OV_instReadingSink->pContext, pWhat, "", s_line.iNotedLine,
+                             s_line.iNotedColumn);
 }
 
-void OV_instNoteText(const char *pText, const char *pStart, const char *pCursor)
+void OV_instTellNumber(const void *pWhat, const char *pStart, int64_t lValue, bool bCut)
 {
-    if (OV_instReadingSink && pCursor != pStart)
-        OV_instNoteAt(pText, OV_instFindQuote(pStart));
-}
-
-void OV_instNoteNumber(const void *pWhat, const char *pStart, int64_t lValue, bool bCut)
-{
-    if (!OV_instReadingSink)
-        return;
     const char *pNumber = OV_instFindDigit(pStart);
+
     if (!*pNumber)
         return;
     if (pWhat)
-        OV_instNoteAt(pWhat, pNumber);
+        OV_instTellPlace(pWhat, pNumber);
     const bool bHexadecimal = *pNumber == '0' && (pNumber[1] == 'x' || pNumber[1] == 'X');
     if (!bHexadecimal && !(bCut && lValue > INT32_MAX))
         return;

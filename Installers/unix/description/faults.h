@@ -10,6 +10,7 @@
 #include <cstdio>
 
 #include "description/model.h"
+#include "description/scanner.h"
 
 enum OV_FaultCode {
     OV_FAULT_UNREADABLE,     /* the file, to its end; subject: the reason */
@@ -88,16 +89,39 @@ void OV_instLinePlace(const char *pAt, int *piLine, int *piColumn);
 int OV_instTellFault(OV_Fault fault);
 int OV_instFault(OV_FaultCode code, const char *pAt, const char *pSubject);
 
-/* Tells that pWhat stands at pAt (null: at the line's beginning), or where the last one did. */
-void OV_instNoteAt(const void *pWhat, const char *pAt);
-void OV_instNoteAgain(const void *pWhat);
+/* Tells that pWhat stands at pAt (null: at the line's beginning), or where the last one did. These
+ * and the next two cost setup, which wants no places, no more than a look at the sink. */
+void OV_instTellPlace(const void *pWhat, const char *pAt);
+void OV_instTellPlaceAgain(const void *pWhat);
+
+inline void OV_instNoteAt(const void *pWhat, const char *pAt)
+{
+    if (OV_instReadingSink)
+        OV_instTellPlace(pWhat, pAt);
+}
+
+inline void OV_instNoteAgain(const void *pWhat)
+{
+    if (OV_instReadingSink)
+        OV_instTellPlaceAgain(pWhat);
+}
 
 /* Notes the text that was read from pStart on, unless there was none and the cursor stayed. */
-void OV_instNoteText(const char *pText, const char *pStart, const char *pCursor);
+inline void OV_instNoteText(const char *pText, const char *pStart, const char *pCursor)
+{
+    if (OV_instReadingSink && pCursor != pStart)
+        OV_instTellPlace(pText, OV_instFindQuote(pStart));
+}
 
 /* Likewise the number that the record has in pWhat (null: not noted); one that is not what was
  * written, being hexadecimal or (bCut) cut to 32 bits, is told. */
-void OV_instNoteNumber(const void *pWhat, const char *pStart, int64_t lValue, bool bCut);
+void OV_instTellNumber(const void *pWhat, const char *pStart, int64_t lValue, bool bCut);
+
+inline void OV_instNoteNumber(const void *pWhat, const char *pStart, int64_t lValue, bool bCut)
+{
+    if (OV_instReadingSink)
+        OV_instTellNumber(pWhat, pStart, lValue, bCut);
+}
 
 /* -1 with the reason told: there is no closing quote behind pStart, or the number is too large. */
 int OV_instRefuseText(const char *pStart);

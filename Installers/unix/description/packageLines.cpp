@@ -64,11 +64,12 @@ static int readSuite(const char *pText, _OV_instCDinst *pRoot)
     char **apWords = getTokenList(pText, nullptr, 1);
     int iResult = apWords ? 0 : -1;
     for (char **ppWord = apWords; ppWord && *ppWord; ppWord++) {
-        const char *pAt = OV_instFindWord(pText);
+        const char *pAt = OV_instReadingSink ? OV_instFindWord(pText) : pText;
         iResult |= addSuiteWord(pRoot, pSuite, *ppWord, pAt);
         if (iResult != 0 && !OV_instReadingSink)
             break;
-        pText = pAt + strlen(*ppWord);
+        if (OV_instReadingSink)
+            pText = pAt + strlen(*ppWord);
     }
     freeTokenList(apWords);
     return iResult;
@@ -310,14 +311,14 @@ static bool isConfigLine(const char *pLine)
     return OwnedText(getToken(pCursor, OVInstConfigTkList, &pCursor, 1)) != nullptr;
 }
 
-static int addLine(int iType, const char *pText, const char *pAt, _OV_instCDinst *pRoot)
+static int addLine(int iType, const char *pText, const char *pLine, _OV_instCDinst *pRoot)
 {
     if (s_aLines[iType].readLine)
         return s_aLines[iType].readLine(pText, pRoot);
     if (!s_aLines[iType].readBody)
-        return OV_instFault(OV_FAULT_KEYWORD, pAt, OVInstOperTkList[iType]);
+        return OV_instFault(OV_FAULT_KEYWORD, OV_instFindWord(pLine), OVInstOperTkList[iType]);
     if (!pRoot->pPackageTail)
-        return OV_instFault(OV_FAULT_NO_PACKAGE, pAt, OVInstOperTkList[iType]);
+        return OV_instFault(OV_FAULT_NO_PACKAGE, OV_instFindWord(pLine), OVInstOperTkList[iType]);
 
     _OV_InstOper *pOper = newOper(pRoot);
     if (!pOper)
@@ -347,7 +348,7 @@ static int refuseKeyword(const char *pLine, _OV_instCDinst *pRoot)
     (void)OV_instFault(OV_FAULT_KEYWORD, word ? pAt : nullptr, word ? word.get() : "");
     const int iMeant = word ? OV_instGuess(word.get(), OVInstOperTkList) : -1;
     if (iMeant >= 0)
-        (void)addLine(iMeant, pCursor, pAt, pRoot); /* likewise */
+        (void)addLine(iMeant, pCursor, pLine, pRoot); /* likewise */
     return -1;
 }
 
@@ -359,5 +360,5 @@ int AddLineToCDinst(const char *pLine, _OV_instCDinst *pRoot)
 
     if (iType < 0)
         return refuseKeyword(pLine, pRoot);
-    return addLine(iType, pText, pText - strlen(keyword.get()), pRoot);
+    return addLine(iType, pText, pLine, pRoot);
 }
