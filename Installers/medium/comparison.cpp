@@ -172,6 +172,7 @@ static OV_Expected expectedMember(const OV_InstalledOper *pOper, const OV_Member
 static bool compareArchive(const OV_MediumTree *pTree, const OV_InstalledOper *pOper,
                            OV_Comparison *pComparison)
 {
+    const size_t iListed = static_cast<size_t>(pOper->pOper->body.tar.iCount);
     bool bAll = true;
     const bool bRead = OV_mediumVisitMembers(
         pTree, pOper->pOper,
@@ -183,7 +184,7 @@ static bool compareArchive(const OV_MediumTree *pTree, const OV_InstalledOper *p
             if (object.kind == OV_EXPECT_MEMBER && !compareMember(pWalk, member, path, &object))
                 bAll = false;
             pComparison->objects[path] = object;
-            OV_mediumShowProgress("members", i, static_cast<size_t>(pOper->pOper->body.tar.iCount));
+            OV_mediumShowProgress("members", i, std::max(i + 1, iListed));
             return true;
         });
 
