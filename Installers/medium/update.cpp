@@ -309,13 +309,12 @@ static bool writeText(const Update *pUpdate, const std::string &text)
     OwnedText real(realpath(pUpdate->path.c_str(), nullptr));
     OwnedText directory(real ? OV_instDirname(real.get()) : nullptr);
     OwnedText name(real ? OV_instBasename(real.get()) : nullptr);
-    const std::string temporary = std::string(name ? name.get() : "") + ".new";
     const struct stat ours = {};
     OV_Replacement replacement;
 
     if (!directory || !name ||
-        OV_instBeginReplacement(&replacement, directory.get(), temporary.c_str(), name.get(),
-                                &ours) < 0) {
+        OV_instBeginReplacement(&replacement, directory.get(), ".ovmedium.new", name.get(), &ours) <
+            0) {
         OV_mediumTell("%s: %s", pUpdate->path.c_str(), strerror(errno));
         return false;
     }
