@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -172,6 +173,7 @@ static OV_Expected expectedMember(const OV_InstalledOper *pOper, const OV_Member
 static bool compareArchive(const OV_MediumTree *pTree, const OV_InstalledOper *pOper,
                            OV_Comparison *pComparison)
 {
+    const size_t iListed = static_cast<size_t>(pOper->pOper->body.tar.iCount);
     bool bAll = true;
     const bool bRead = OV_mediumVisitMembers(
         pTree, pOper->pOper,
@@ -183,7 +185,7 @@ static bool compareArchive(const OV_MediumTree *pTree, const OV_InstalledOper *p
             if (object.kind == OV_EXPECT_MEMBER && !compareMember(pWalk, member, path, &object))
                 bAll = false;
             pComparison->objects[path] = object;
-            OV_mediumShowProgress("members", i, static_cast<size_t>(pOper->pOper->body.tar.iCount));
+            OV_mediumShowProgress("members", i, std::max(i + 1, iListed));
             return true;
         });
 
@@ -233,6 +235,18 @@ static bool compareHardLink(const OV_TreeObject *pFound, OV_Expected *pObject)
     return true;
 }
 
+/* Setup fills the file that a link of root's or ours leads to, and so that may be it. */
+static bool isBehindLink(const std::string &path, const OV_Expected *pObject)
+{
+    OV_TreeObject behind;
+    OV_Expected file = *pObject;
+
+    behind.object.reset(OV_instGuardedOpen(path.c_str(), O_PATH, 0));
+    return behind.object.iFd >= 0 && fstat(behind.object.iFd, &behind.info) == 0 &&
+           compareKind(path, &behind, &file) && compareFile(path, &behind, &file) &&
+           !file.iDifferences;
+}
+
 /* A source that the medium lacks is told also where the file is missing. */
 static bool hasSource(const OV_Expected *pObject)
 {
@@ -253,6 +267,9 @@ bool OV_mediumCompareOne(const std::string &path, OV_Expected *pObject)
         return false;
     if (pObject->kind == OV_EXPECT_HARDLINK)
         return compareHardLink(&found, pObject);
+    if (pObject->kind == OV_EXPECT_FILE && !found.iError && S_ISLNK(found.info.st_mode) &&
+        isBehindLink(path, pObject))
+        return true;
     if (!compareKind(path, &found, pObject))
         return hasSource(pObject);
     if (pObject->kind == OV_EXPECT_FILE)

@@ -13,6 +13,8 @@
 #include "medium/output.h"
 #include "ut/owned.h"
 
+enum { COPY_SIZE = 256 * 1024 };
+
 /* Sizes stand for themselves: "@PATH@" is that of the medium's file. */
 static const char s_caDescription[] =
     R"(SetupVersion 1
@@ -178,7 +180,7 @@ static std::string findSetup()
 static bool copySetup(NewMedium *pMedium)
 {
     const std::string from = findSetup(), path = pMedium->place + "setup";
-    std::vector<char> block(256 * 1024);
+    std::vector<char> block(COPY_SIZE);
     struct stat info;
     ssize_t iRead;
 

@@ -91,14 +91,13 @@ static void addPlaces(const std::string &directory, std::vector<Product> *pPlace
     }
 }
 
-/* Products in DEST itself, else in the directories below it, else one level further. */
-static std::vector<Product> findPlaces(const std::string &tree)
+/* Products in the directories below, else one level further. */
+static std::vector<Product> findBelow(const std::string &tree)
 {
     enum { LEVELS = 2 };
     std::vector<Product> places;
     std::vector<std::string> level = {tree};
 
-    addPlaces(tree, &places);
     for (int i = 0; i < LEVELS && places.empty(); i++) {
         std::vector<std::string> below;
         for (const std::string &directory : level)
@@ -110,6 +109,21 @@ static std::vector<Product> findPlaces(const std::string &tree)
         level = below;
     }
     return places;
+}
+
+/* Products in DEST itself, else below it. A link in the place of a product's directory is one of
+ * its owner's; one in the place of the root destination was chosen by who names it. */
+static std::vector<Product> findPlaces(const std::string &tree)
+{
+    std::vector<Product> places;
+    OwnedText real(realpath(tree.c_str(), nullptr));
+
+    OV_instSetGuardedRoot(tree.substr(0, tree.rfind('/') + 1).c_str());
+    addPlaces(tree, &places);
+    if (!places.empty() || !real)
+        return places;
+    OV_instSetGuardedRoot(real.get());
+    return findBelow(real.get());
 }
 
 /* ---- the state in use ---- */
@@ -193,7 +207,6 @@ bool OV_mediumFindTree(const OV_MediumOptions *pOptions, OV_MediumTree *pTree)
     OV_instSetRefusalHandler(tellRefusal);
     if (tree.empty())
         return noInstallation(pOptions->tree);
-    OV_instSetGuardedRoot(tree.substr(0, tree.rfind('/') + 1).c_str());
     const std::vector<Product> places = findPlaces(tree);
     if (places.empty())
         return noInstallation(pOptions->tree);

@@ -270,14 +270,15 @@ static void updateOper(Update *pUpdate, const _OV_InstOper *pOper)
 
 static void updateAll(Update *pUpdate)
 {
-    size_t iDone = 0;
+    std::vector<const _OV_InstOper *> opers;
 
     for (auto *pNode = pUpdate->reading.model->pPackageHead; pNode; pNode = pNode->pNext)
-        for (auto *pOper = pNode->pPackage->pOperHead; pOper; pOper = pOper->pNext) {
-            OV_mediumShowProgress("lines", iDone, iDone + 1);
-            iDone++;
-            updateOper(pUpdate, pOper);
-        }
+        for (auto *pOper = pNode->pPackage->pOperHead; pOper; pOper = pOper->pNext)
+            opers.push_back(pOper);
+    for (size_t i = 0; i < opers.size(); i++) {
+        OV_mediumShowProgress("operations", i, opers.size());
+        updateOper(pUpdate, opers[i]);
+    }
     OV_mediumShowProgress(nullptr, 0, 0);
 }
 
@@ -308,13 +309,12 @@ static bool writeText(const Update *pUpdate, const std::string &text)
     OwnedText real(realpath(pUpdate->path.c_str(), nullptr));
     OwnedText directory(real ? OV_instDirname(real.get()) : nullptr);
     OwnedText name(real ? OV_instBasename(real.get()) : nullptr);
-    const std::string temporary = std::string(name ? name.get() : "") + ".new";
     const struct stat ours = {};
     OV_Replacement replacement;
 
     if (!directory || !name ||
-        OV_instBeginReplacement(&replacement, directory.get(), temporary.c_str(), name.get(),
-                                &ours) < 0) {
+        OV_instBeginReplacement(&replacement, directory.get(), ".ovmedium.new", name.get(), &ours) <
+            0) {
         OV_mediumTell("%s: %s", pUpdate->path.c_str(), strerror(errno));
         return false;
     }

@@ -19,6 +19,9 @@ TEST_F(Repair, BringsBackWhatVerifyTells)
     static const Row s_aRows[] = {
         {"true", "", 0},
         {"chmod 700 bin dir", "", 0},
+        {"mv other ../moved && ln -s ../moved other", "", 0},
+        {"mv other/c ../c && ln -s ../c other/c", "", 0},
+        {"rm other && mv ../moved other && mv ../c other/c", "", 0},
         {"rm other/c", "missing other/c\n", 1},
         {"rm -r other", "missing other/c\n", 1},
         {"rm -r bin", "missing bin\nmissing bin/a\nmissing bin/b\n", 3},

@@ -69,6 +69,9 @@ TEST_F(Update, MakesTheLinesTrueAndLeavesTheRest)
         EXPECT_EQ(after, readFile(medium.place + "/cdinst.dat"));
         EXPECT_EQ(0640u, modeOf(medium.place + "/cdinst.dat"));
         EXPECT_EQ(after, run({medium.place}).out) << "once is enough";
+        const std::string found = medium.start({OVMEDIUM_PROGRAM, "check", medium.place}).out;
+        for (const char *pCode : {"member-missing", "size-differs", "member-unlisted"})
+            EXPECT_TRUE(row.iStatus || found.find(pCode) == std::string::npos) << found;
     }
     EXPECT_EQ(2, run({medium.scratch / "nowhere"}).iStatus);
 }
@@ -83,6 +86,7 @@ TEST(New, MakesAMediumThatInstalls)
     };
 
     ASSERT_EQ(0, companion({"new", made}).iStatus);
+    EXPECT_EQ("0 errors, 0 warnings, 0 notes\n", companion({"check", "--strict", made}).out);
     EXPECT_EQ(2, companion({"new", made}).iStatus) << "there is something";
     EXPECT_EQ(readFile(made + "/cdinst.dat"), companion({"update", made}).out);
     fs::remove_all(medium.place);
