@@ -46,8 +46,9 @@ static size_t characterAt(const unsigned char *pText)
 
 static void checkShown(OV_Check *pCheck, const char *pText)
 {
-    const unsigned char *pAt = reinterpret_cast<const unsigned char *>(pText ? pText : "");
-
+    if (!pText)
+        return;
+    const unsigned char *pAt = reinterpret_cast<const unsigned char *>(pText);
     for (size_t iBytes; *pAt; pAt += iBytes) {
         iBytes = characterAt(pAt);
         if (iBytes > 0)

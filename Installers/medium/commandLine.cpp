@@ -30,10 +30,10 @@ struct CommandRow {
 };
 
 static const CommandRow s_aCommands[] = {
-    {"check",  "tell what is wrong with a medium",                 MEDIUM | STRICT | FORMAT | SARIF},
+    {"check",  "tell all that is wrong with a medium",             MEDIUM | STRICT | FORMAT | SARIF},
     {"update", "make the sizes and members of a description true", MEDIUM | WRITE                  },
     {"plan",   "tell what a run would do",                         MEDIUM | CHOICE | FORMAT        },
-    {"apply",  "do it",                                            MEDIUM | CHOICE | NO_ROOT       },
+    {"apply",  "do what plan tells",                               MEDIUM | CHOICE | NO_ROOT       },
     {"verify", "compare an installation with its medium",          TREE | FORMAT                   },
     {"repair", "bring back what is different",                     TREE | REPAIRS                  },
     {"status", "tell what is installed",                           FORMAT                          },
@@ -50,8 +50,9 @@ static void addFormat(CLI::App *pCommand, unsigned iWords, OV_MediumOptions *pOp
 
     if (iWords & SARIF)
         formats["sarif"] = OV_MEDIUM_SARIF;
-    pCommand->add_option("--format", pOptions->format, "text or json")
-        ->transform(CLI::CheckedTransformer(formats));
+    pCommand->add_option("--format", pOptions->format, "how to answer; text is for people")
+        ->transform(CLI::CheckedTransformer(formats).description(""))
+        ->type_name(iWords & SARIF ? "text|json|sarif" : "text|json");
 }
 
 static void addChoice(CLI::App *pCommand, OV_MediumOptions *pOptions)
@@ -83,7 +84,8 @@ static void addWords(CLI::App *pCommand, unsigned iWords, OV_MediumOptions *pOpt
     if (iWords & REPAIRS)
         pCommand->add_flag("--dry-run", pOptions->bDryRun, "only tell what would be done");
     if (iWords & MEDIUM)
-        pCommand->add_option("MEDIUM", pOptions->place, "the medium, or its description");
+        pCommand->add_option("MEDIUM", pOptions->place,
+                             "the medium, or its description; the working directory without it");
     if (bTree)
         pCommand->add_option("DEST", pOptions->tree, "the root destination, or the product in it")
             ->required();

@@ -84,6 +84,9 @@ TEST(Check, HasNothingToSayOfAGoodMedium)
     EXPECT_EQ("0 errors, 0 warnings, 0 notes\n", checked.text);
     EXPECT_EQ(OV_MEDIUM_CLEAN, checked.iStatus);
     EXPECT_TRUE(isTaken(sample));
+    OV_MediumOptions options;
+    options.place = SETUP_BUILD_DIR "/medium"; /* the one that the demonstration installs */
+    EXPECT_EQ(checked.text, printed([&] { (void)OV_mediumCheck(&options); }));
 }
 
 /* One line in place of another, and all that is said of it. */
