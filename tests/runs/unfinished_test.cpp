@@ -120,6 +120,31 @@ TEST_F(Unfinished, TellsWhatIsPendingAfterAFailure)
     }
 }
 
+/* One command registers the modules of all packages. */
+TEST_F(Unfinished, ModulesThatWereNotRegisteredArePendingTogether)
+{
+    const std::string tool = "Application/mainwin/mw/bin-amd64_linux/mwperl",
+                      calls = medium.scratch / "calls";
+    std::string body = readFile(medium.place + "/cdinst.dat");
+
+    for (const std::string name : {"b", "c"})
+        body = replaced(body, "Package \"" + name + "\" \"\"\n",
+                        "Package \"" + name + "\" \"\"\nSelfReg \"" + name + ".so\"\n");
+    medium.describe(replaced(body, "\"d/a\" 9 0644", "\"" + tool + "\" 9 0755"), "");
+    medium.environment.push_back("DISPLAY=:7");
+    medium.file("a", "#!/bin/sh\n[ -e " + calls + " ] && echo \"$@\" >> " + calls + "\n");
+    fs::remove_all(medium.dest);
+    EXPECT_EQ(0, medium.install().iStatus);
+    EXPECT_EQ(m_header + "Package \"a\" Installed\nPackage \"b\" Installing\n"
+                         "Package \"c\" Installing\n",
+              readFile(m_runFile));
+    writeFile(calls, "");
+    EXPECT_EQ(0, medium.install().iStatus);
+    EXPECT_FALSE(fs::exists(m_runFile));
+    EXPECT_NE(std::string::npos,
+              readFile(calls).find(medium.tree + "b.so " + medium.tree + "c.so"));
+}
+
 /* What can never be removed stands in for a file that cannot be just now. */
 TEST_F(Unfinished, WhatCannotBeRemovedStaysPending)
 {
