@@ -120,6 +120,16 @@ TEST_F(Unfinished, TellsWhatIsPendingAfterAFailure)
     }
 }
 
+TEST_F(Unfinished, AHistoryThatIsNotBelievedIsAWarning)
+{
+    medium.environment.push_back("OVINST_STRICT=");
+    ASSERT_EQ(0, medium.install().iStatus);
+    fs::permissions(medium.tree + "SetupFiles/.h.his", fs::perms(0666));
+    const RunResult result = medium.install();
+    EXPECT_EQ(1, result.iStatus);
+    EXPECT_EQ(0u, result.err.find("Warning: ")) << result.err;
+}
+
 /* One command registers the modules of all packages. */
 TEST_F(Unfinished, ModulesThatWereNotRegisteredArePendingTogether)
 {
