@@ -120,6 +120,68 @@ TEST_F(Unfinished, TellsWhatIsPendingAfterAFailure)
     }
 }
 
+TEST_F(Unfinished, AHistoryThatIsNotBelievedIsAWarning)
+{
+    medium.environment.push_back("OVINST_STRICT=");
+    ASSERT_EQ(0, medium.install().iStatus);
+    fs::permissions(medium.tree + "SetupFiles/.h.his", fs::perms(0666));
+    const RunResult result = medium.install();
+    EXPECT_EQ(1, result.iStatus);
+    EXPECT_EQ(0u, result.err.find("Warning: ")) << result.err;
+}
+
+/* One command registers the modules of all packages. */
+TEST_F(Unfinished, ModulesThatWereNotRegisteredArePendingTogether)
+{
+    const std::string tool = "Application/mainwin/mw/bin-amd64_linux/mwperl",
+                      calls = medium.scratch / "calls";
+    std::string body = readFile(medium.place + "/cdinst.dat");
+
+    for (const std::string name : {"b", "c"})
+        body = replaced(body, "Package \"" + name + "\" \"\"\n",
+                        "Package \"" + name + "\" \"\"\nSelfReg \"" + name + ".so\"\n");
+    medium.describe(replaced(body, "\"d/a\" 9 0644", "\"" + tool + "\" 9 0755"), "");
+    medium.environment.push_back("DISPLAY=:7");
+    medium.file("a", "#!/bin/sh\n[ -e " + calls + " ] && echo \"$@\" >> " + calls + "\n");
+    fs::remove_all(medium.dest);
+    EXPECT_EQ(0, medium.install().iStatus);
+    EXPECT_EQ(m_header + "Package \"a\" Installed\nPackage \"b\" Installing\n"
+                         "Package \"c\" Installing\n",
+              readFile(m_runFile));
+    writeFile(calls, "");
+    EXPECT_EQ(0, medium.install().iStatus);
+    EXPECT_FALSE(fs::exists(m_runFile));
+    EXPECT_NE(std::string::npos,
+              readFile(calls).find(medium.tree + "b.so " + medium.tree + "c.so"));
+}
+
+/* What can never be removed stands in for a file that cannot be just now. */
+TEST_F(Unfinished, WhatCannotBeRemovedStaysPending)
+{
+    const std::string body = readFile(medium.place + "/cdinst.dat"), up = "../../../../../../../..",
+                      kept = m_header + "Package \"b\" Removing\nPackage \"c\" Installed\n";
+
+    leave(m_header + "Package \"a\" Removing\nPackage \"b\" Removing\nPackage \"c\" Installed\n");
+    medium.environment.push_back("OVINST_STRICT=");
+    medium.describe(replaced(replaced(body, "\"d/b\"", "\"" + up + "/proc/self/status\""),
+                             "Suite \"Sb\" b", "Suite \"Sb\" a b"),
+                    "");
+    for (const bool bPartLeft : {false, true}) { /* of the suite: a goes the first time */
+        SCOPED_TRACE(bPartLeft);
+        EXPECT_EQ(1, medium.install().iStatus);
+        EXPECT_NE(std::string::npos,
+                  medium.log().find("\nWarning: " + medium.tree + up +
+                                    "/proc/self/status could not be removed: Operation not "
+                                    "permitted\nInstallation Completed\n"));
+        EXPECT_EQ(kept, readFile(m_runFile));
+        fs::remove(medium.tree + "Setup/setup.log");
+    }
+    medium.describe(replaced(body, "Suite \"Sb\" b", "Suite \"Sb\" a b"), "");
+    EXPECT_EQ(0, medium.install().iStatus);
+    EXPECT_FALSE(medium.has("d/a") || medium.has("d/b") || fs::exists(m_runFile));
+    EXPECT_EQ("c", packages());
+}
+
 TEST_F(Unfinished, AnotherRunIsToldAndChangesNothing)
 {
     const int iFolder = open((medium.tree + "SetupFiles").c_str(), O_RDONLY | O_DIRECTORY);

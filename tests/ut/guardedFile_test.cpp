@@ -109,6 +109,19 @@ TEST_F(GuardedFile, OthersFilesAreReplaced)
     }
 }
 
+TEST_F(GuardedFile, RootsFilesInAUsersDirectoryAreReplacedByHim)
+{
+    begin("d");
+    ASSERT_EQ(0, chown(dir.c_str(), 1, 1) | chmod(scratch.path.c_str(), 0755));
+    for (const char *pMode : {"a", "w", static_cast<const char *>(nullptr)}) {
+        make("old", 0, 0644);
+        ASSERT_EQ(0, seteuid(1));
+        const std::string result = written(pMode);
+        ASSERT_EQ(0, seteuid(0));
+        EXPECT_EQ(pMode && *pMode == 'a' ? std::to_string(EACCES) : "new 1:0", result);
+    }
+}
+
 TEST_F(GuardedFile, WhatIsNoFileIsNotTakenForOne)
 {
     begin("d");

@@ -395,7 +395,7 @@ int DeleteUntar(const _OV_InstTar *pTar, const char *pDirectory, FILE *pStream)
 
         if (!path)
             continue;
-        (void)OV_instGuardedRemove(path.get()); /* a directory may still hold other files */
+        (void)OV_instRemoveInstalled(path.get()); /* it tells, and does not count */
         OV_instSendUpdate(pStream, "+%" PRId64 " %s\n", pTar->aUnits[i], path.get());
         if (OV_instGetDebugLevel() > 0)
             fprintf(stderr, "%lld\n", static_cast<long long>(pTar->aUnits[i]));

@@ -14,7 +14,8 @@
 int OV_instUntar(const _OV_InstTar *pTar, const char *pFrom, const char *pDest, int64_t lSize,
                  int iCompressed, FILE *pStream, int iMode);
 
-/* Removes the entry's files from pDirectory, last one first, directories where empty. Always 0. */
+/* Removes the entry's files from pDirectory, last one first, directories where empty. Always 0:
+ * what could not be removed is told (engine/fileOps.h). */
 int DeleteUntar(const _OV_InstTar *pTar, const char *pDirectory, FILE *pStream);
 
 /* How many of iFiles are covered when ulFed bytes of an archive of ulSize have been fed: the index

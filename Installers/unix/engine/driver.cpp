@@ -318,8 +318,11 @@ static bool runPackage(PackListRun *pRun, _OV_InstPackage *pPackage, int *piMask
             return false;
         }
         *piMask |= runOper(pRun, pOper, pRow);
-        if (OV_instFailedSteps() != iFailedBefore)
-            OV_instKeepPending(pPackage);
+        if (OV_instFailedSteps() == iFailedBefore)
+            continue;
+        OV_instKeepPending(pPackage);
+        if (pOper->iType == OV_OPER_SELFREG) /* one command registers the modules of all */
+            OV_instKeepPendingWith(OV_OPER_SELFREG);
     }
     return true;
 }

@@ -10,6 +10,7 @@
 #include "engine/customFunc.h"
 #include "engine/mediaPrompt.h"
 #include "engine/records.h"
+#include "engine/runReport.h"
 #include "engine/setupState.h"
 #include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
@@ -34,12 +35,40 @@ bool IsSetupExe(const char *pPath)
     return pPath && s_pSetup && strcmp(pPath, s_pSetup) == 0;
 }
 
+/* Whether nothing is there, as far as that can be seen: on a file system that cannot be
+ * written to, removing what is not there fails for that reason. */
+static bool isGone(const char *pPath)
+{
+    OwnedFd left(OV_instGuardedOpen(pPath, O_PATH | O_NOFOLLOW, 0));
+
+    return left.iFd < 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
+/* A directory that holds other files; "." is one as well, as archives list it. */
+static bool isToStay(int iError)
+{
+    return iError == ENOTEMPTY || iError == EEXIST || iError == EINVAL;
+}
+
+int OV_instRemoveInstalled(const char *pPath)
+{
+    if (OV_instGuardedRemove(pPath) == 0)
+        return 0;
+    const int iError = errno;
+    if (!isToStay(iError) && !isGone(pPath)) {
+        OV_instWarn("%s could not be removed: %s", pPath, strerror(iError));
+        OV_instNoteFailedStep();
+    }
+    errno = iError;
+    return -1;
+}
+
 int OVinstDeleteFile(const char *pPath, FILE *pStream, int64_t lSize)
 {
     if (InModuleList(pPath) || IsSetupExe(pPath))
         return 1;
     OV_instSendUpdate(pStream, "+%" PRId64 " %s\n", lSize, pPath);
-    return OV_instGuardedRemove(pPath);
+    return OV_instRemoveInstalled(pPath);
 }
 
 int32_t OVinstGetFileSize(const char *pPath)
@@ -280,7 +309,7 @@ int OV_instCopyFile(const char *pSource, const char *pTarget, int iMode, int64_t
         return 1;
     }
     if (iDelete) {
-        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* a file that stays is no failure */
+        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* it tells, and does not count */
         return 0;
     }
     OwnedFd from(OV_instOpenSource(pSource, "Copyfile can't open file", pStream, &pPath));

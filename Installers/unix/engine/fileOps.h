@@ -22,8 +22,12 @@ int OV_instMkdir(const char *pPath, int iMode, FILE *pStream);
 /* OV_instMkdir for the directory part of a path, mode 0755 and without records. 0 or -1. */
 int OV_instMakeParent(const char *pPath);
 
-/* Removes a file, or an empty directory, unless it is a loaded module or the installed setup
- * program itself: those are skipped silently with result 1. Else the result of removing it. */
+/* Removes a file or an empty directory. What is not there is as good as removed, and a directory
+ * that holds other files stays; any other failure is a warning and a failed step. 0 or -1. */
+int OV_instRemoveInstalled(const char *pPath);
+
+/* The same for the file of an operation, told by its record, unless it is a loaded module or the
+ * installed setup program itself: those are skipped silently with result 1. */
 int OVinstDeleteFile(const char *pPath, FILE *pStream, int64_t lSize);
 
 /* Whether pPath is the destination's "setup", as of the first call. */

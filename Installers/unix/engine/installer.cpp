@@ -378,9 +378,7 @@ int OV_instCommandLineInstall(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig
     }
     (void)signal(SIGCHLD, OV_instChildHandler);
     OV_instCatchBrokenPipes();
-    if (takeDestination(dest.get()) != 0)
-        return 1;
-    if (startLog(pRoot, dest.get(), ends.toParent.get()) != 0) {
+    if (takeDestination(dest.get()) != 0 || startLog(pRoot, dest.get(), ends.toParent.get()) != 0) {
         OV_instUnlockRun();
         return 1;
     }

@@ -156,7 +156,7 @@ static int linkOperation(const LinkKind *pKind, const char *pDirectory, const ch
         return makeLink(pKind, pDirectory, pTarget, pName, pStream);
     OwnedText path(OV_instStrPrint("%s/%s", pDirectory, pName));
     if (path)
-        (void)OVinstDeleteFile(path.get(), pStream, lSize); /* a file that stays is no failure */
+        (void)OVinstDeleteFile(path.get(), pStream, lSize); /* it tells, and does not count */
     return 0;
 }
 

@@ -8,18 +8,19 @@
  * being installed is offered again when nothing else of it is missing. */
 static OV_Pending pendingOf(const _OV_InstSuiteList *pSuite)
 {
-    OV_Pending pending = OV_PENDING_NONE;
+    bool bInstalling = false;
+    bool bMissing = false;
 
     for (auto *pNode = pSuite->pPackHead; pNode; pNode = pNode->pNext) {
         const _OV_InstPackage *pPackage = pNode->pPackage;
         if (pPackage->iPending == OV_PENDING_REMOVAL)
             return OV_PENDING_REMOVAL;
         if (pPackage->iPending == OV_PENDING_INSTALL)
-            pending = OV_PENDING_INSTALL;
+            bInstalling = true;
         else if (!pPackage->iInstalled)
-            return OV_PENDING_NONE;
+            bMissing = true;
     }
-    return pending;
+    return bInstalling && !bMissing ? OV_PENDING_INSTALL : OV_PENDING_NONE;
 }
 
 /* ---- marking ---- */
@@ -30,14 +31,31 @@ static void mark(_OV_InstConfigList *pConfig, OV_Pending pending)
     pConfig->iSelected = OV_instFirstChoice(pConfig);
 }
 
-/* A group is chosen with the first of its members that is, and cleared with the last. */
+static void markSuite(_OV_InstConfigList *pConfig, _OV_InstSuiteList *pSuite)
+{
+    const OV_Pending pending = pendingOf(pSuite);
+
+    if (pending == OV_PENDING_NONE)
+        return;
+    /* Also where some of its packages are gone already: else the rest would stay for ever. */
+    if (pending == OV_PENDING_REMOVAL)
+        pSuite->iState = pConfig->iInstalled = 1;
+    mark(pConfig, pending);
+}
+
+/* A group is installed and chosen with the first of its members that is, and cleared with the last.
+ */
 static void markGroup(const OV_ConfigVisit *pVisit)
 {
     _OV_InstConfigList *pGroup = pVisit->pConfig;
 
+    if (pVisit->bCleared)
+        pGroup->iInstalled = 1;
     if (pVisit->bFound && !pGroup->iInstalled)
         mark(pGroup, OV_PENDING_INSTALL);
-    else if (!pVisit->bFound && pVisit->bCleared)
+    else if (pVisit->bFound)
+        mark(pGroup, OV_PENDING_NONE);
+    else if (pVisit->bCleared)
         mark(pGroup, OV_PENDING_REMOVAL);
 }
 
@@ -51,9 +69,8 @@ void OV_instMarkPending(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig)
 
         if (!pVisit->bLeaving)
             continue;
-        if (const _OV_InstSuiteList *pSuite = OV_instGetConfigSuite(pVisited)) {
-            if (OV_Pending pending = pendingOf(pSuite))
-                mark(pVisited, pending);
+        if (_OV_InstSuiteList *pSuite = OV_instGetConfigSuite(pVisited)) {
+            markSuite(pVisited, pSuite);
             pVisit->bFound = pVisited->iSelected != 0;
             pVisit->bCleared = pVisited->iPending == OV_PENDING_REMOVAL;
         } else if (pVisited->iType == OV_CONFIG_CUSDLG) {

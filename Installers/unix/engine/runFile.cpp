@@ -171,6 +171,21 @@ void OV_instKeepPending(const _OV_InstPackage *pPackage)
             entry.bKept = true;
 }
 
+static bool hasOperation(const _OV_InstPackage *pPackage, OV_InstOperType kind)
+{
+    for (const _OV_InstOper *pOper = pPackage->pOperHead; pOper; pOper = pOper->pNext)
+        if (pOper->iType == kind)
+            return true;
+    return false;
+}
+
+void OV_instKeepPendingWith(OV_InstOperType kind)
+{
+    for (Entry &entry : s_run.packages)
+        if (entry.state == OV_RUN_INSTALLING && hasOperation(entry.pPackage, kind))
+            entry.bKept = true;
+}
+
 /* What is there after the run: a package that was removed without a failure is not. */
 static OV_RunFile outcome()
 {

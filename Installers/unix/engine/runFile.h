@@ -35,6 +35,10 @@ int OV_instBeginRunFile(_OV_instCDinst *pRoot, _OV_InstConfigList *pConfig, cons
 /* A step of the package failed: it stays pending. */
 void OV_instKeepPending(const _OV_InstPackage *pPackage);
 
+/* The same for a step that all packages share which are being installed with operations of a kind.
+ */
+void OV_instKeepPendingWith(OV_InstOperType kind);
+
 /* The run is over, with what it did on the disk. Without a failed step of the run (runReport.h) the
  * file goes; otherwise one takes its place in which only the packages that were kept are pending.
  * 0, or -1 when that could not be written: the file is then as it was. */

@@ -18,16 +18,18 @@ struct Report {
 
 static Report s_own; /* where no memory can be shared */
 static Report *s_pReport = &s_own;
+static bool s_bWarnedBefore; /* of what the start would not believe */
 
 void OV_instBeginReport()
 {
     if (s_pReport == &s_own) {
+        s_bWarnedBefore = s_own.bWarned;
         void *pShared = mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE,
                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (pShared != MAP_FAILED)
             s_pReport = static_cast<Report *>(pShared);
     }
-    *s_pReport = {0, false, false};
+    *s_pReport = {0, s_bWarnedBefore, false};
 }
 
 /* A line end in a name would begin a line of its own. */

@@ -4,8 +4,9 @@
 #ifndef OVINST_ENGINE_RUNREPORT_H
 #define OVINST_ENGINE_RUNREPORT_H
 
-/* Forgets what an earlier run noted. Called before the fork; without it, or where no memory can be
- * shared, each process has a report of its own. */
+/* Forgets what an earlier run noted, but not what was warned of before the first: what the start
+ * would not believe, every run is made without. Called before the fork; without it, or where no
+ * memory can be shared, each process has a report of its own. */
 void OV_instBeginReport();
 
 /* Writes a line into the log, "Warning: " and the text, and notes that there was one. */

@@ -147,7 +147,7 @@ int OV_instUncompress(const char *pSource, const char *pTarget, int iMode, int64
         return 1;
     }
     if (iDelete) {
-        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* a file that stays is no failure */
+        (void)OVinstDeleteFile(pTarget, pStream, lSize); /* it tells, and does not count */
         return 0;
     }
     Decompressing from = {};

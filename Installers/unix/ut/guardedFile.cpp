@@ -152,6 +152,15 @@ static int replaceFound(const Writing *pWriting, const OV_Found *pFound, const s
     return file.release();
 }
 
+/* Another user's file that is to be emptied and that only he may write to, in a directory where we
+ * may replace it: one of root's, say, who has maintained our tree for a while. */
+static bool isReplaceable(const Writing *pWriting, const OV_Found *pFound,
+                          const struct stat *pStatus)
+{
+    return !(pWriting->iFlags & O_APPEND) && !pFound->bByLink && S_ISREG(pStatus->st_mode) &&
+           pStatus->st_uid != geteuid();
+}
+
 /* Opens what was found, or a new file in its place; what is looked at is what was opened, except
  * where nobody can open it. */
 static int openLooked(const Writing *pWriting, OV_GuardedRoot *pRoot, const OV_Found *pFound)
@@ -173,6 +182,8 @@ static int openLooked(const Writing *pWriting, OV_GuardedRoot *pRoot, const OV_F
     const Fate iFate = pWriting->fpFate(pFound, &status, pRoot->status.st_uid);
     if (iFate == FATE_REPLACE || iFate == FATE_REPLACE_KEEPING)
         return replaceFound(pWriting, pFound, &status, iFate == FATE_REPLACE_KEEPING);
+    if (iError == EACCES && isReplaceable(pWriting, pFound, &status))
+        return replaceFound(pWriting, pFound, &status, false);
     return iError ? failWith(iError) : file.release();
 }
 

@@ -15,6 +15,7 @@ enum { OV_BELIEVED_MOST = 64 * 1024 * 1024 };
  *   any file there is: the new one gets owner, group and mode of the old where that can be done,
  * and the other name keeps the old content. (A backup made of second names is maintained so.)
  * - when it is a stranger's, of whatever kind: the new one is ours.
+ * - when it is root's, say, and only he may write to it, for "w": likewise.
  * A file or device that a link of root's or ours leads to is used as it is, whoever owns it. */
 FILE *OV_instGuardedFopen(const char *pPath, const char *pMode);
 
