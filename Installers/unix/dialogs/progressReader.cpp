@@ -16,6 +16,7 @@
 #include "dialogs/sequence.h"
 #include "engine/history.h"
 #include "engine/records.h"
+#include "engine/runLock.h"
 #include "engine/setupState.h"
 #include "ut/OVinstLogfile.h"
 #include "ut/toolkit/compound.h"
@@ -132,6 +133,7 @@ static void finishRun()
     /* The child would die with us before its last steps, which follow the marker. */
     while (waitpid(s_reader.iChild, nullptr, 0) < 0 && errno == EINTR)
         ;
+    OV_instUnlockRun(); /* what a module has left running would go on holding it */
     exit(0);
 }
 
@@ -147,6 +149,7 @@ static void childDied()
     OV_instUnwatchRun();
     OV_instRemoveMessageBox();
     takeDownProgress();
+    OV_instUnlockRun(); /* likewise */
     tellResult(false);
     exit(1);
 }

@@ -331,7 +331,7 @@ static void follow(OwnedFd *pFromChild, pid_t iChild)
     if (OV_instFrontEnd()->fpFollowRun)
         return OV_instFrontEnd()->fpFollowRun(pFromChild->release(), iChild);
     followOnStatusLine(pFromChild, iChild);
-    OV_instUnlockRun(); /* a front end's run ends with the process */
+    OV_instUnlockRun(); /* a front end does that itself */
 }
 
 /* Makes the directory and sees to it that this is the only run there: first by looking, since a
