@@ -379,6 +379,8 @@ static void judgeNextRun(Bench &bench, const Case &test, Verdict *pVerdict)
     const bool bBegun = isPending(readFile(bench.medium.dest + "/" + s_runFile));
     /* Nothing is said of what cannot be removed. */
     const bool bMore = test.scenario != FIRST_RUN && test.fault.iAction > 0;
+    /* Who is killed holds the lock until it is gone, and the next run would rightly say so. */
+    (void)soon([&] { return processesNaming(bench.medium.scratch.path).empty(); }, 2);
     const Watched next = bench.install();
     const Tree tree = bench.tree();
     const std::string log = readFile(bench.medium.dest + "/" + s_log),
