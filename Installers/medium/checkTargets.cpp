@@ -25,7 +25,7 @@ struct Target {
 };
 
 /* Where an operation's targets go. */
-struct Place {
+struct TargetPlace {
     std::string base;     /* the directory that they begin in; empty where it is not ours at all */
     std::string boundary; /* the one that they have to stay in */
 };
@@ -88,12 +88,12 @@ static bool isBelow(const std::string &path, const std::string &directory)
            (path.compare(0, directory.size(), directory) == 0 && path[directory.size()] == '/');
 }
 
-static Place productPlace(const Tree *pTree)
+static TargetPlace productPlace(const Tree *pTree)
 {
     return {pTree->product, pTree->product};
 }
 
-static Place archivePlace(const Tree *pTree, const _OV_InstOper *pOper)
+static TargetPlace archivePlace(const Tree *pTree, const _OV_InstOper *pOper)
 {
     const std::string base = OV_checkBase(pOper);
     const std::string plain = OV_checkPlainPath(base);
@@ -141,8 +141,8 @@ static void tellOutside(OV_Check *pCheck, const Target &target)
 }
 
 /* Takes in a path. */
-static void addTarget(OV_Check *pCheck, Tree *pTree, const Place &place, const std::string &raw,
-                      const Target &target, bool bDirectory)
+static void addTarget(OV_Check *pCheck, Tree *pTree, const TargetPlace &place,
+                      const std::string &raw, const Target &target, bool bDirectory)
 {
     const std::string path = OV_checkPlainPath(raw);
 
@@ -162,7 +162,7 @@ static void addMembers(OV_Check *pCheck, Tree *pTree, const _OV_InstPackage *pPa
 {
     const _OV_InstTar *pTar = &pOper->body.tar;
     const std::string base = OV_checkBase(pOper) + "/";
-    const Place place = archivePlace(pTree, pOper);
+    const TargetPlace place = archivePlace(pTree, pOper);
 
     if (OV_instIsText(pTar->pDestRoot) && place.base.empty())
         tellOutside(pCheck, {pOper, pPackage, pTar->pDestRoot, pTar->pDestRoot});

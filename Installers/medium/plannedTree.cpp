@@ -66,10 +66,6 @@ static bool isFilled(const OV_PlannedTree *pTree, const std::string &path)
     return false;
 }
 
-struct DirectoryClosed {
-    void operator()(DIR *pDirectory) const { (void)closedir(pDirectory); }
-};
-
 bool OV_mediumPlannedEmpty(const OV_PlannedTree *pTree, const std::string &path)
 {
     OwnedFd opened(OV_instGuardedOpen(path.c_str(), O_RDONLY | O_DIRECTORY, 0));
@@ -78,7 +74,7 @@ bool OV_mediumPlannedEmpty(const OV_PlannedTree *pTree, const std::string &path)
         return false;
     if (opened.iFd < 0) /* it is not there yet */
         return true;
-    std::unique_ptr<DIR, DirectoryClosed> entries(fdopendir(opened.iFd));
+    OwnedDirectory entries(fdopendir(opened.iFd));
     if (!entries)
         return false;
     (void)opened.release(); /* the stream closes it */

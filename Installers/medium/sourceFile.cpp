@@ -11,10 +11,6 @@
 #include "ut/OVinstFileUtils.h"
 #include "ut/owned.h"
 
-struct DirectoryClosed {
-    void operator()(DIR *pDirectory) const { (void)closedir(pDirectory); } /* it was only read */
-};
-
 static std::string smallLetters(std::string text)
 {
     for (char &c : text)
@@ -26,7 +22,7 @@ static std::string smallLetters(std::string text)
 static const OV_NamesByLetters &namesIn(OV_SourceFinder *pFinder, const std::string &directory)
 {
     auto [known, bNew] = pFinder->listings.emplace(directory, OV_NamesByLetters());
-    std::unique_ptr<DIR, DirectoryClosed> listing(bNew ? opendir(directory.c_str()) : nullptr);
+    OwnedDirectory listing(bNew ? opendir(directory.c_str()) : nullptr);
 
     while (const struct dirent *pEntry = listing ? readdir(listing.get()) : nullptr)
         known->second.emplace(smallLetters(pEntry->d_name), pEntry->d_name);

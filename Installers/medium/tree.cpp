@@ -18,10 +18,7 @@
 #include "ut/owned.h"
 #include "ut/trust.h"
 
-struct DirectoryClosed {
-    void operator()(DIR *pDirectory) const { (void)closedir(pDirectory); }
-};
-using OwnedDirectory = std::unique_ptr<DIR, DirectoryClosed>;
+using OwnedDirectory = OwnedDirectory;
 
 /* A product that was found: its directory, and the name of its history and run file. */
 struct Product {

@@ -133,13 +133,13 @@ static void setDescription(Options *pOptions, const char *pArgument)
     setCdinstDirectory(directory.get());
 }
 
-struct OptionRow {
+struct CommandOptionRow {
     const char *pName;
     void (*apply)(Options *pOptions, const char *pArgument);
     const char *pMissing; /* the message for a missing argument; null when there is none */
 };
 
-static const OptionRow s_aOptions[] = {
+static const CommandOptionRow s_aOptions[] = {
     {"-v",       showVersion,    nullptr                                     },
     {"-version", showVersion,    nullptr                                     },
     {"-noroot",  setNoRoot,      nullptr                                     },
@@ -149,9 +149,9 @@ static const OptionRow s_aOptions[] = {
     {nullptr,    nullptr,        nullptr                                     },
 };
 
-static const OptionRow *findOption(const char *pName)
+static const CommandOptionRow *findOption(const char *pName)
 {
-    for (const OptionRow *pRow = s_aOptions; pRow->pName; pRow++)
+    for (const CommandOptionRow *pRow = s_aOptions; pRow->pName; pRow++)
         if (strcmp(pRow->pName, pName) == 0)
             return pRow;
     fprintf(stderr, "Error: invalid option '%s'\n", pName);
@@ -161,7 +161,7 @@ static const OptionRow *findOption(const char *pName)
 static void readOptions(int argc, char **argv, Options *pOptions)
 {
     for (int i = 1; i < argc; i++) {
-        const OptionRow *pRow = findOption(argv[i]);
+        const CommandOptionRow *pRow = findOption(argv[i]);
 
         if (pRow->pMissing && ++i >= argc) {
             fputs(pRow->pMissing, stderr);

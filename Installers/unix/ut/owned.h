@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <memory>
 #include <unistd.h>
 
@@ -31,10 +32,14 @@ inline int OV_instCloseFile(FILE *pFile)
 
     return (fclose(pFile) == 0 || errno == EINTR) && bWritten ? 0 : -1;
 }
+struct DirectoryClosed {
+    void operator()(DIR *pDirectory) const { (void)closedir(pDirectory); }
+};
 
 using OwnedText = std::unique_ptr<char, Freed>;
 using OwnedFile = std::unique_ptr<FILE, FileClosed>;
 using OwnedPipe = std::unique_ptr<FILE, PipeClosed>;
+using OwnedDirectory = std::unique_ptr<DIR, DirectoryClosed>;
 
 /* A descriptor that is closed with its owner; -1 stands for none. */
 struct OwnedFd {
