@@ -13,8 +13,9 @@
 #include "runs/asDialogs.h"
 #include "runs/run.h"
 
-const char *const g_apWrongs[WRONGS] = {"crash",       "hang",    "left",       "false success",
-                                        "interrupted", "outside", "not healed", "not at rest"};
+const char *const g_apWrongs[WRONGS] = {"crash",         "hang",        "left",
+                                        "false success", "interrupted", "outside",
+                                        "not healed",    "not at rest", "unverified"};
 static const char *const s_apScenarios[SCENARIOS] = {"first", "change", "remove", "resume"};
 static const Scenario s_allScenarios[] = {FIRST_RUN, CHANGE_RUN, REMOVE_RUN, RESUMED_RUN};
 static const char *const s_apRoles[ROLES] = {"parent", "child", "command"};
@@ -187,6 +188,7 @@ struct Bench {
     Tree direct[SCENARIOS];             /* after the run */
     std::vector<Tree> whole[SCENARIOS]; /* after the next: what was begun is completed, */
     std::vector<Tree> other[SCENARIOS]; /* or nothing was left to be completed */
+    std::set<std::string> verified;     /* what the companion knows of */
 
     Bench();
     Watched install(const Fault &fault = {}); /* unattended */
@@ -196,7 +198,22 @@ struct Bench {
     void keep(const std::string &name);
     Tree tree() const { return treeBelow(medium.dest); }
     Tree around() const;
+    std::set<std::string> toldMissing();
 };
+
+/* Paths below the destination. */
+std::set<std::string> Bench::toldMissing()
+{
+    std::istringstream in(
+        medium.start({OVMEDIUM_PROGRAM, "verify", "--medium", medium.place, medium.dest}).out);
+    std::set<std::string> missing;
+    std::string word, path;
+
+    while (in >> word && std::getline(in, path))
+        if (word == "missing")
+            missing.insert((fs::path("prod") / path.substr(1)).lexically_normal());
+    return missing;
+}
 
 /* All that the run has no business with. */
 Tree Bench::around() const
@@ -303,6 +320,11 @@ Bench::Bench()
     };
     const Tree base = after(CHANGE_RUN, nullptr, [] {});
     whole[FIRST_RUN] = other[FIRST_RUN] = {plainly(FIRST_RUN)};
+    for (const auto &[path, node] : direct[FIRST_RUN])
+        if (path.compare(0, 15, "prod/SetupFiles") != 0 && path != "prod")
+            fs::remove_all(medium.dest + "/" + path);
+    verified = toldMissing();
+    EXPECT_GT(verified.size(), 10u) << "everything is missing";
     whole[CHANGE_RUN] = {plainly(CHANGE_RUN)};
     other[CHANGE_RUN] = {base, whole[CHANGE_RUN][0]};
     whole[REMOVE_RUN] = {after(REMOVE_RUN, nullptr, [&] { (void)asDialogs(false, {}); })};
@@ -374,6 +396,23 @@ static void judgeInterruption(const Bench &bench, const Case &test, Verdict *pVe
         note(pVerdict, INTERRUPTED, told + differs);
 }
 
+/* What the companion tells after a first run that has got as far as to say what it does. */
+static void judgeVerify(Bench &bench, const Case &test, Verdict *pVerdict)
+{
+    const Tree tree = bench.tree();
+    std::set<std::string> missing;
+
+    if (test.scenario != FIRST_RUN || !(tree.count(s_history) || tree.count(s_runFile)))
+        return;
+    for (const std::string &path : bench.verified)
+        if (!tree.count(path))
+            missing.insert(path);
+    const std::set<std::string> told = bench.toldMissing();
+    if (told != missing)
+        note(pVerdict, UNVERIFIED,
+             testing::PrintToString(told) + " instead of " + testing::PrintToString(missing));
+}
+
 static void judgeNextRun(Bench &bench, const Case &test, Verdict *pVerdict)
 {
     const bool bBegun = isPending(readFile(bench.medium.dest + "/" + s_runFile));
@@ -431,6 +470,7 @@ static Verdict judge(Bench &bench, const Case &test, bool bTellAll)
     noteRun(&verdict, run, "the run");
     judgeClaims(bench, test, run, &verdict);
     judgeInterruption(bench, test, &verdict);
+    judgeVerify(bench, test, &verdict);
     if (test.bDisk)
         (void)mountDisk(bench, 65536, MS_REMOUNT);
     judgeNextRun(bench, test, &verdict);

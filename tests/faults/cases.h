@@ -32,6 +32,7 @@ enum Wrong {
     OUTSIDE,
     NOT_HEALED,
     NOT_AT_REST,
+    UNVERIFIED, /* the companion tells of something else than what is missing */
     WRONGS
 };
 extern const char *const g_apWrongs[WRONGS];
