@@ -41,6 +41,20 @@ static const CommandRow s_aCommands[] = {
     {nullptr,  nullptr,                                            0                               },
 };
 
+/* A name that a script's variable has left empty would mean the working directory, or the
+ * destination of the description. */
+static std::string refuseEmpty(const std::string &text)
+{
+    return text.empty() ? "an empty name" : "";
+}
+
+static void refuseEmptyNames(CLI::App *pCommand)
+{
+    for (CLI::Option *pOption : pCommand->get_options())
+        if (pOption->get_items_expected_max() > 0)
+            pOption->check(refuseEmpty);
+}
+
 static void addFormat(CLI::App *pCommand, unsigned iWords, OV_MediumOptions *pOptions)
 {
     std::map<std::string, OV_MediumFormat> formats = {
@@ -51,7 +65,15 @@ static void addFormat(CLI::App *pCommand, unsigned iWords, OV_MediumOptions *pOp
     if (iWords & SARIF)
         formats["sarif"] = OV_MEDIUM_SARIF;
     pCommand->add_option("--format", pOptions->format, "how to answer; text is for people")
-        ->transform(CLI::CheckedTransformer(formats).description(""))
+        ->transform(CLI::Validator(
+            [formats](std::string &text) {
+                const auto format = formats.find(text);
+                if (format == formats.end())
+                    return "'" + text + "' is no format";
+                text = std::to_string(format->second);
+                return std::string();
+            },
+            ""))
         ->type_name(iWords & SARIF ? "text|json|sarif" : "text|json");
 }
 
@@ -93,6 +115,7 @@ static void addWords(CLI::App *pCommand, unsigned iWords, OV_MediumOptions *pOpt
         pCommand->add_option("PATH", pOptions->paths, "files of the product");
     if (iWords & NEW)
         pCommand->add_option("DIR", pOptions->tree, "a directory to make")->required();
+    refuseEmptyNames(pCommand);
 }
 
 const char *OV_mediumVersionNumber()
@@ -105,7 +128,7 @@ int OV_mediumReadOptions(int argc, char **argv, OV_MediumOptions *pOptions)
     CLI::App app("The companion of authors of media and of administrators.", "ovmedium");
 
     app.set_version_flag("--version", std::string("ovmedium ") + s_caVersion);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     for (const CommandRow *pRow = s_aCommands; pRow->pName; pRow++)
         addWords(app.add_subcommand(pRow->pName, pRow->pHelp), pRow->iWords, pOptions);
     try {
@@ -118,6 +141,10 @@ int OV_mediumReadOptions(int argc, char **argv, OV_MediumOptions *pOptions)
         return OV_MEDIUM_CLEAN;
     } catch (const CLI::ParseError &error) {
         OV_mediumTell("%s\nRun ovmedium --help for more information.", error.what());
+        return OV_MEDIUM_FAILED;
+    }
+    if (app.get_subcommands().empty()) { /* only now, so that a wrong one is named */
+        OV_mediumTell("a command is needed\nRun ovmedium --help for more information.");
         return OV_MEDIUM_FAILED;
     }
     pOptions->command = app.get_subcommands().front()->get_name();

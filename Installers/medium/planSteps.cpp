@@ -71,6 +71,18 @@ static void charge(Planning *pPlanning, const std::string &path, int64_t lBytes)
 
 /* ---- directories ---- */
 
+/* What no directory can be made over, though nothing is found behind it: a link that leads nowhere,
+ * or a file in the place of the root destination. Null when the path is free. What is above it is
+ * known to be a directory. */
+static const char *inTheWay(const Planning *pPlanning, const std::string &path)
+{
+    struct stat info;
+
+    if (pPlanning->tree.changed.count(path) || lstat(path.c_str(), &info) < 0)
+        return nullptr;
+    return S_ISLNK(info.st_mode) ? "a link that leads to no directory" : "a file";
+}
+
 /* Plans the directory and those above it that are missing. False when one is in the way, which is
  * then blocked as the thing that needs it. */
 static bool planDirectory(Planning *pPlanning, const std::string &path, const std::string &forWhat)
@@ -80,6 +92,10 @@ static bool planDirectory(Planning *pPlanning, const std::string &path, const st
         const OV_PlannedObject there = OV_mediumPlanned(&pPlanning->tree, prefix);
 
         if (there.kind == OV_PLANNED_NOTHING) {
+            if (const char *pWhat = inTheWay(pPlanning, prefix)) {
+                block(pPlanning, forWhat, prefix + " is " + pWhat);
+                return false;
+            }
             step(pPlanning, "mkdir", 0, prefix);
             become(pPlanning, prefix, OV_PLANNED_DIRECTORY);
         } else if (there.kind != OV_PLANNED_DIRECTORY) {

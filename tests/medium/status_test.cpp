@@ -111,3 +111,33 @@ TEST_F(Status, VerifyAndRepairKnowWhichProduct)
     EXPECT_EQ(2, run({"repair", "--medium", other, medium.dest}).iStatus);
     EXPECT_TRUE(medium.has("z.bz2"));
 }
+
+/* What a script's empty variable or a slip of the fingers makes of a call does nothing. */
+TEST_F(Status, RefusesWrongCalls)
+{
+    struct Row {
+        std::vector<std::string> words;
+        int iStatus;
+        const char *pTold;
+    };
+    const std::string file = medium.scratch / "file", nowhere = medium.scratch / "nowhere";
+    const Row aRows[] = {
+        {{}, 2, "a command is needed"},
+        {{"aply"}, 2, "aply"},
+        {{"plan", "--dest", "", medium.place}, 2, "--dest: an empty name"},
+        {{"verify", ""}, 2, "DEST: an empty name"},
+        {{"repair", medium.dest, ""}, 2, "PATH: an empty name"},
+        {{"status", "--format", "xml", medium.dest}, 2, "'xml' is no format"},
+        {{"status", "--format", "1", medium.dest}, 2, "'1' is no format"},
+        {{"plan", "--dest", file, medium.place}, 1, "file is a file\n"},
+        {{"plan", "--dest", nowhere, medium.place}, 1, "leads to no directory\n"},
+    };
+
+    writeFile(file, "");
+    fs::create_symlink("none", nowhere);
+    for (const Row &row : aRows) {
+        const RunResult told = run(row.words);
+        EXPECT_EQ(row.iStatus, told.iStatus) << told.err;
+        EXPECT_NE(std::string::npos, (told.out + told.err).find(row.pTold)) << told.out << told.err;
+    }
+}
