@@ -1,7 +1,7 @@
 #!/bin/sh
 # Stands in for the programs that setup runs outside itself: the application and the tools of its
 # registry. Setup's sample medium installs this one file under each of their names. It appends to
-# Application/registry-calls.log how it was called, then does as much of the named program's work
+# Application/registry how it was called, then does as much of the named program's work
 # as the caller depends on. STANDIN_STATUS is the exit status that the tools pretend.
 set -eu
 
@@ -21,7 +21,7 @@ name=${0##*/}
     printf 'MWREGISTRY %s\n' "${MWREGISTRY-(unset)}"
     printf 'OV_COMMONDIR %s\n' "${OV_COMMONDIR-(unset)}"
     printf 'directory %s\n\n' "$PWD"
-} >>"$application/registry-calls.log"
+} >>"$application/registry"
 
 case $name in
 mwperl | mwgeneric.pl)

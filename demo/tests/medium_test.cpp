@@ -97,7 +97,7 @@ static void expectInstalled(const Model &model, const std::string &root)
             std::string path = dest + (body.copy.pDest ? body.copy.pDest : body.copy.pSource);
             std::string wanted = readFile(s_medium + "/" + body.copy.pSource),
                         found = readFile(path);
-            if (path == dest + "Application/registry-calls.log")
+            if (path == dest + "Application/registry")
                 found.resize(wanted.size());
             EXPECT_TRUE(wanted == found) << path << ": " << found.size() << " bytes";
         } else if (isArchive(pOper)) {
@@ -136,7 +136,7 @@ TEST(Medium, InstallsCompletelyAndCallsTheRegistryTools)
                    "KIVO: found [0-9]+ files in \\S+/Documents/manual\nInstallation Completed\n")))
         << readFile(dest + "Setup/setup.log");
 
-    const std::string calls = readFile(dest + "Application/registry-calls.log");
+    const std::string calls = readFile(dest + "Application/registry");
     const std::string aExpected[] = {
         "argument <Software\\Orvane\\KIVO\\3.5>\nargument <InstallDir>\nargument <" + dest +
             ">\nOV_HOME " + dest + "\n",
