@@ -51,6 +51,20 @@ static void become(Planning *pPlanning, const std::string &path, OV_PlannedKind 
     pPlanning->tree.changed[path] = {kind, lSize, false, source, ""};
 }
 
+/* The directory at the top of the file system that the path is on: where it is mounted. */
+static std::string topOf(std::string path, dev_t device)
+{
+    struct stat info = {};
+
+    for (;;) {
+        path = OV_mediumCleanPath(path);
+        const std::string above = path.substr(0, std::max<size_t>(path.rfind('/'), 1));
+        if (path == "/" || stat(above.c_str(), &info) < 0 || info.st_dev != device)
+            return path;
+        path = above;
+    }
+}
+
 /* Charges the file system that the path is or will be on. */
 static void charge(Planning *pPlanning, const std::string &path, int64_t lBytes)
 {
@@ -64,7 +78,8 @@ static void charge(Planning *pPlanning, const std::string &path, int64_t lBytes)
         pPlanning->lastDirectory = directory;
         pPlanning->lastDevice = info.st_dev;
         if (!pPlanning->rooms.count(info.st_dev))
-            pPlanning->rooms[info.st_dev] = {there.get(), 0, OV_instGetAvailableSpace(there.get())};
+            pPlanning->rooms[info.st_dev] = {topOf(there.get(), info.st_dev), 0,
+                                             OV_instGetAvailableSpace(there.get())};
     }
     pPlanning->rooms[pPlanning->lastDevice].lNeeded += lBytes;
 }

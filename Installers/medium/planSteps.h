@@ -20,7 +20,7 @@ struct OV_PlanStep {
 
 /* What a file system gets, and has: of a run that removes more than it writes nothing is needed. */
 struct OV_PlanRoom {
-    std::string directory; /* on it */
+    std::string directory; /* where it is mounted */
     int64_t lNeeded;
     int64_t lFree;
 };
