@@ -1,6 +1,9 @@
 #include "medium/runChoice.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <set>
 
@@ -15,6 +18,7 @@
 #include "medium/model.h"
 #include "medium/output.h"
 #include "ut/OVinstFileUtils.h"
+#include "ut/guard.h"
 #include "ut/owned.h"
 
 static bool readMedium(const std::string &place, bool bToRun)
@@ -162,6 +166,24 @@ static bool chooseUnattended(OV_RunChoice *pChoice)
     return true;
 }
 
+/* A run takes a history that it can also write; without that it would take what is installed for
+ * nothing. */
+static bool isOutOfReach()
+{
+    const std::string dest = OV_instGetDestinationDirectory();
+    const std::string path = dest + OV_SETUP_FOLDER + "/" + OV_instGetHistoryFile();
+    OwnedFd history(OV_instGuardedOpen(path.c_str(), O_RDWR, 0));
+    OV_RunFile installed;
+
+    if (history.iFd >= 0 || (errno != EACCES && errno != EPERM && errno != EROFS))
+        return false;
+    const int iError = errno;
+    if (!OV_instReadHistory(dest.c_str(), &installed))
+        return false;
+    OV_mediumTell("the installation in %s cannot be changed: %s", dest.c_str(), strerror(iError));
+    return true;
+}
+
 bool OV_mediumChooseRun(const OV_MediumOptions *pOptions, bool bToRun, OV_RunChoice *pChoice)
 {
     *pChoice = {nullptr, false, false};
@@ -171,9 +193,10 @@ bool OV_mediumChooseRun(const OV_MediumOptions *pOptions, bool bToRun, OV_RunCho
         OV_mediumTell("the sizes cannot be computed");
         return false;
     }
-    if (pOptions->bRemoveAll)
-        return chooseRemoval(pChoice);
-    return pOptions->suites.empty() ? chooseUnattended(pChoice) : chooseSuites(pOptions, pChoice);
+    const bool bChosen = pOptions->bRemoveAll       ? chooseRemoval(pChoice)
+                         : pOptions->suites.empty() ? chooseUnattended(pChoice)
+                                                    : chooseSuites(pOptions, pChoice);
+    return bChosen && (pChoice->bInstalled || !isOutOfReach());
 }
 
 void OV_mediumEndRunChoice()

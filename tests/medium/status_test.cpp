@@ -141,3 +141,23 @@ TEST_F(Status, RefusesWrongCalls)
         EXPECT_NE(std::string::npos, (told.out + told.err).find(row.pTold)) << told.out << told.err;
     }
 }
+
+/* Who cannot write the history would install it anew instead of changing it. */
+TEST_F(Status, OfAnotherIsNotTakenForNothing)
+{
+    const std::vector<std::vector<std::string>> calls = {
+        {"plan", "--dest", medium.dest, medium.place},
+        {"apply", "--noroot", "--suite", "T", "--dest", medium.dest, medium.place}};
+
+    must("chmod 444 " + medium.tree + "SetupFiles/.h.his");
+    for (std::vector<std::string> words : calls) {
+        words.insert(words.begin(), OVMEDIUM_PROGRAM);
+        if (getuid() == 0) /* which may write it otherwise */
+            words.insert(words.begin(), {"/usr/bin/setpriv", "--bounding-set=-dac_override"});
+        const RunResult told = medium.start(words);
+        EXPECT_EQ(2, told.iStatus) << told.out;
+        EXPECT_NE(std::string::npos, told.err.find("cannot be changed: Permission denied\n"))
+            << told.err;
+    }
+    EXPECT_EQ(differing("", 0), verify().out);
+}
