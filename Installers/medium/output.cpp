@@ -44,6 +44,32 @@ static OwnedText compose(const char *pFormat, va_list args)
     return OwnedText(pText);
 }
 
+/* Keeps control characters of names from the reader's terminal; line ends may be a message's own.
+ */
+static std::string withoutControls(const std::string &text, bool bLines)
+{
+    std::string shown;
+    char caEscape[8];
+
+    for (char c : text) {
+        const unsigned char iByte = static_cast<unsigned char>(c);
+        if (c == '\n') {
+            shown += bLines ? "\n" : "\\n";
+        } else if (iByte < ' ' || iByte == 0x7f) {
+            (void)snprintf(caEscape, sizeof(caEscape), "\\x%02x", iByte); /* fits */
+            shown += caEscape;
+        } else {
+            shown += c;
+        }
+    }
+    return shown;
+}
+
+std::string OV_mediumShown(const std::string &text)
+{
+    return withoutControls(text, false);
+}
+
 void OV_mediumPrint(const char *pFormat, ...)
 {
     va_list args;
@@ -61,7 +87,7 @@ void OV_mediumTell(const char *pFormat, ...)
     va_start(args, pFormat);
     OwnedText text = compose(pFormat, args);
     va_end(args);
-    fprintf(stderr, "ovmedium: %s\n", text.get());
+    fprintf(stderr, "ovmedium: %s\n", withoutControls(text.get(), true).c_str());
 }
 
 void OV_mediumPrintJson(const char *pCommand, const nlohmann::ordered_json &answer)
@@ -103,23 +129,4 @@ bool OV_mediumCloseOutput()
         return true;
     OV_mediumTell("the result could not be written: %s", strerror(errno));
     return false;
-}
-
-std::string OV_mediumShown(const std::string &text)
-{
-    std::string shown;
-    char caEscape[8];
-
-    for (char c : text) {
-        const unsigned char iByte = static_cast<unsigned char>(c);
-        if (c == '\n') {
-            shown += "\\n";
-        } else if (iByte < ' ' || iByte == 0x7f) {
-            (void)snprintf(caEscape, sizeof(caEscape), "\\x%02x", iByte); /* fits */
-            shown += caEscape;
-        } else {
-            shown += c;
-        }
-    }
-    return shown;
 }

@@ -126,6 +126,7 @@ TEST_F(Status, RefusesWrongCalls)
         {{"aply"}, 2, "aply"},
         {{"plan", "--dest", "", medium.place}, 2, "--dest: an empty name"},
         {{"verify", ""}, 2, "DEST: an empty name"},
+        {{"verify", "\x1b[2J"}, 2, "no installation in \\x1b[2J\n"},
         {{"repair", medium.dest, ""}, 2, "PATH: an empty name"},
         {{"status", "--format", "xml", medium.dest}, 2, "'xml' is no format"},
         {{"status", "--format", "1", medium.dest}, 2, "'1' is no format"},
