@@ -1,6 +1,7 @@
 /* The paths of the installed tree: what leads out of it, what two packages share, what a removal
  * leaves, and what links lead to. */
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <unordered_map>
 
@@ -140,6 +141,16 @@ static void tellOutside(OV_Check *pCheck, const Target &target)
                  target.pShown);
 }
 
+static bool hasLongPart(const std::string &path)
+{
+    size_t iFrom = 0;
+
+    for (size_t iSlash; (iSlash = path.find('/', iFrom)) != path.npos; iFrom = iSlash + 1)
+        if (iSlash - iFrom > NAME_MAX)
+            return true;
+    return path.size() - iFrom > NAME_MAX;
+}
+
 /* Takes in a path. */
 static void addTarget(OV_Check *pCheck, Tree *pTree, const TargetPlace &place,
                       const std::string &raw, const Target &target, bool bDirectory)
@@ -150,6 +161,10 @@ static void addTarget(OV_Check *pCheck, Tree *pTree, const TargetPlace &place,
         tellOutside(pCheck, target);
     else if (!place.base.empty())
         passDirectories(pCheck, pTree, path, place.base, target);
+    if (hasLongPart(path))
+        OV_checkTell(pCheck, "name-long", OV_checkSpot(pCheck, target.pWord, target.pOper),
+                     std::string("no file can have a name as long as '") + target.pShown + "'",
+                     target.pShown);
     if (bDirectory)
         pTree->named.insert(path);
     else if (const auto [known, bNew] = pTree->files.emplace(path, target);

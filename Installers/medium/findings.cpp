@@ -52,7 +52,7 @@ const OV_FindingKind OV_mediumFindingKinds[] = {
     {"unused-package",            OV_WARNING, "No suite has the package"                             },
     {"unused-suite",              OV_WARNING, "No configuration stands for the suite"                },
     {"unreachable-configuration", OV_WARNING, "No page and no list leads to the configuration"       },
-    {"name-long",                 OV_ERROR,   "A name is too long to be found in the history"        },
+    {"name-long",                 OV_ERROR,   "A name is too long for the history, or for a file"    },
     {"version-not-number",        OV_WARNING, "The version does not begin with a number"             },
     {"too-many-directories",      OV_WARNING, "A suite has more directories than are removed"        },
     {"eula-missing",              OV_ERROR,   "The licence is not there"                             },

@@ -1,6 +1,7 @@
 #include "medium/plannedTree.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -9,18 +10,31 @@
 #include "ut/guard.h"
 #include "ut/owned.h"
 
-static OV_PlannedObject refused(const char *pReason)
+static OV_PlannedObject refused(const std::string &reason)
 {
     OV_PlannedObject object;
 
     object.kind = OV_PLANNED_OTHER;
     object.bOnDisk = true;
-    object.refusal = pReason;
+    object.refusal = reason;
     return object;
+}
+
+static OV_PlannedObject outOfReach(int iError)
+{
+    return refused(std::string("out of reach: ") + strerror(iError));
+}
+
+/* Where a directory above is not there yet, nothing else tells. */
+static bool isTooLong(const std::string &path)
+{
+    return path.size() >= PATH_MAX || path.size() - path.rfind('/') - 1 > NAME_MAX;
 }
 
 static OV_PlannedObject onDisk(const std::string &path, int iFlags)
 {
+    if (isTooLong(path))
+        return outOfReach(ENAMETOOLONG);
     OwnedFd found(OV_instGuardedOpen(path.c_str(), O_PATH | iFlags, 0));
     OV_PlannedObject object;
     struct stat info;
@@ -30,7 +44,7 @@ static OV_PlannedObject onDisk(const std::string &path, int iFlags)
     if (found.iFd < 0 && errno == ELOOP)
         return refused("a link that is not followed");
     if (found.iFd < 0 || fstat(found.iFd, &info) < 0)
-        return refused(strerror(errno));
+        return outOfReach(errno);
     object.kind = S_ISREG(info.st_mode)   ? OV_PLANNED_FILE
                   : S_ISDIR(info.st_mode) ? OV_PLANNED_DIRECTORY
                                           : OV_PLANNED_OTHER;

@@ -96,6 +96,9 @@ struct LineRow {
     const char *pFound;
 };
 
+#define TEN_TIMES(TEXT) TEXT TEXT TEXT TEXT TEXT TEXT TEXT TEXT TEXT TEXT
+#define LONG_NAME TEN_TIMES("twenty-six-letters-of-them") /* longer than a file's may be */
+
 static const LineRow s_aLines[] = {
     {1, "SetupVersion 2", "1:14 error header-key!\nrefused\n"},
     {2, nullptr, "2:1 error header-key!\nrefused\n"},
@@ -158,6 +161,7 @@ static const LineRow s_aLines[] = {
     {8, "Copy \"Files/kivo\" \"Application/kivo\" 5 0311", "8:40 warning mode-odd\n"},
     {7, "Mkdir \"../Application\" 0755",
      "7:7 warning outside-destination\n8:19 note directory-stays\n"},
+    {12, "Copy \"Files/kivo\" \"" LONG_NAME "\" 5 0755", "12:19 error name-long\n"},
     {14,
      "Untar2 \"<CommonDest>\" \"Archives/a.tar\" 3 \"share/\" 0 \"share/one\" 4 \"share/two\" 5",
      ""},

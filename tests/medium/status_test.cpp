@@ -131,6 +131,7 @@ TEST_F(Status, RefusesWrongCalls)
         {{"status", "--format", "xml", medium.dest}, 2, "'xml' is no format"},
         {{"status", "--format", "1", medium.dest}, 2, "'1' is no format"},
         {{"plan", "--dest", file, medium.place}, 1, "file is a file\n"},
+        {{"plan", "--dest", std::string(300, 'x'), medium.place}, 1, ": File name too long\n"},
         {{"plan", "--dest", nowhere, medium.place}, 1, "leads to no directory\n"},
     };
 
