@@ -16,6 +16,7 @@
 #include "medium/lastRun.h"
 #include "medium/output.h"
 #include "medium/restore.h"
+#include "ut/OVinstFileUtils.h"
 #include "ut/guard.h"
 
 /* What is done with an object, and how that is said before and after. */
@@ -294,6 +295,25 @@ static bool isWhole(const OV_Comparison *pComparison, const std::string &name)
     return true;
 }
 
+/* The run that ended early may have lost the tree's copy of the description as well, which belongs
+ * to no package. */
+static bool restoreDescription(const OV_MediumTree *pTree)
+{
+    OwnedText name(CDInstPtr->pCdinstPath ? OV_instBasename(CDInstPtr->pCdinstPath) : nullptr);
+    struct stat info = {};
+
+    if (!name)
+        return false;
+    const std::string source = pTree->medium + name.get();
+    const std::string path = OV_mediumCleanPath(pTree->dest + name.get());
+    if (stat(source.c_str(), &info) < 0)
+        return false;
+    OV_Expected copy = {OV_EXPECT_FILE, nullptr, nullptr, S_IFREG, info.st_mode & 07777,
+                        07777,          false,   0,       source,  0};
+    return OV_mediumCompareOne(path, &copy) &&
+           (!copy.iDifferences || OV_mediumRestoreFile(path, &copy) == 0);
+}
+
 /* What is whole by now is installed. The history names it before the run file ceases to. */
 static bool settlePending(OV_MediumTree *pTree, OV_Comparison *pComparison)
 {
@@ -308,7 +328,7 @@ static bool settlePending(OV_MediumTree *pTree, OV_Comparison *pComparison)
     pComparison->pending = OV_mediumPending(pTree);
     if (!bChanged)
         return true;
-    if (OV_instWriteHistory(pTree->dest.c_str(), &pTree->state) == 0 &&
+    if (restoreDescription(pTree) && OV_instWriteHistory(pTree->dest.c_str(), &pTree->state) == 0 &&
         OV_instSettleRunFile(pTree->dest.c_str(), &pTree->state) == 0)
         return true;
     OV_mediumTell("what is pending could not be written: %s", strerror(errno));

@@ -116,13 +116,14 @@ TEST_F(Repair, SettlesWhatIsPending)
                                            "Installing\nPackage \"other\" Removing\n");
         if (bHistoryLost)
             fs::remove(medium.tree + "SetupFiles/.h.his");
-        must("cd '" + medium.tree + "' && rm -r dir other");
+        must("cd '" + medium.tree + "' && rm -r dir other && : > cdinst.dat");
         EXPECT_NE(std::string::npos,
                   verify().out.find("pending archives\npending other\n16 checked, 6 different\n"))
             << verify().out;
         const RunResult told = repair();
         EXPECT_EQ(0, told.iStatus) << told.out << told.err;
         EXPECT_FALSE(fs::exists(m_runFile));
+        EXPECT_EQ(readFile(medium.place + "/cdinst.dat"), medium.installed("cdinst.dat"));
         for (const char *pName : {"files", "archives", "other"})
             EXPECT_NE(std::string::npos,
                       medium.history().find("Package \"" + std::string(pName) + "\" Installed\n"));
