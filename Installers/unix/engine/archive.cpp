@@ -29,7 +29,8 @@
 static const char s_caTar[] = "tar --no-same-owner -xBof - 2> /dev/null";
 
 enum {
-    PIPE_SIZE = 1024 * 1024, /* lets tar and us work side by side */
+    PIPE_SIZE = 1024 * 1024,           /* lets tar and us work side by side */
+    SENT_AT_ONCE = 24 * OV_COPY_BLOCK, /* a quarter of the pipe; the calls would take longer */
     TAKEN_POLL_MSEC = 2,
     ROOM_FIRST_USEC = 400, /* long enough for tar to take a good part of the pipe */
     ROOM_MOST_USEC = 6400
@@ -70,10 +71,14 @@ static void reportFed(Feed *pFeed)
 {
     int32_t iLast = OV_instLastFedFile(pFeed->pTar->iCount, pFeed->ulFed, pFeed->ulSize);
 
+    if (pFeed->iReported > iLast)
+        return;
     for (; pFeed->iReported <= iLast; pFeed->iReported++)
-        OV_instSendUpdate(pFeed->pStream, "+%" PRId64 " %s %s%s\n",
-                          pFeed->pTar->aUnits[pFeed->iReported], pFeed->pPath, pFeed->pDest,
-                          pFeed->pTar->apMembers[pFeed->iReported]);
+        OV_instGatherUpdate(pFeed->pStream, "+%" PRId64 " %s %s%s\n",
+                            pFeed->pTar->aUnits[pFeed->iReported], pFeed->pPath, pFeed->pDest,
+                            pFeed->pTar->apMembers[pFeed->iReported]);
+    if (pFeed->pStream)
+        (void)fflush(pFeed->pStream);
 }
 
 static int pipeFailure(const Feed *pFeed)
@@ -134,14 +139,14 @@ static bool isFull(int iPipe)
     return poll(&pipeEnd, 1, 0) == 0;
 }
 
-/* One block within the kernel where the file systems can do that. Results as above. */
+/* Several blocks within the kernel where the file systems can do that. Results as above. */
 static ssize_t feedBlock(Feed *pFeed)
 {
     unsigned iPause = ROOM_FIRST_USEC;
     size_t iDone = 0;
 
-    while (iDone < OV_COPY_BLOCK) {
-        ssize_t iSent = sendfile(pFeed->iPipe, pFeed->iArchive, nullptr, OV_COPY_BLOCK - iDone);
+    while (iDone < SENT_AT_ONCE) {
+        ssize_t iSent = sendfile(pFeed->iPipe, pFeed->iArchive, nullptr, SENT_AT_ONCE - iDone);
 
         if (iSent < 0 && errno == EAGAIN && isFull(pFeed->iPipe))
             waitForRoom(&iPause);

@@ -42,6 +42,17 @@ static const char *putDirective(FILE *pStream, const char *pFormat, va_list *pAr
     return pEnd + 1;
 }
 
+static void putRecord(FILE *pStream, const char *pFormat, va_list *pArgs)
+{
+    while (*pFormat) { /* a reader that is gone is noticed by its signal */
+        size_t iPlain = strcspn(pFormat, "%");
+        (void)fwrite(pFormat, 1, iPlain, pStream);
+        pFormat += iPlain;
+        if (*pFormat)
+            pFormat = putDirective(pStream, pFormat, pArgs);
+    }
+}
+
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
 {
     va_list args;
@@ -49,15 +60,20 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     if (!pStream || !pFormat)
         return;
     va_start(args, pFormat);
-    while (*pFormat) { /* a reader that is gone is noticed by its signal */
-        size_t iPlain = strcspn(pFormat, "%");
-        (void)fwrite(pFormat, 1, iPlain, pStream);
-        pFormat += iPlain;
-        if (*pFormat)
-            pFormat = putDirective(pStream, pFormat, &args);
-    }
+    putRecord(pStream, pFormat, &args);
     va_end(args);
     (void)fflush(pStream);
+}
+
+void OV_instGatherUpdate(FILE *pStream, const char *pFormat, ...)
+{
+    va_list args;
+
+    if (!pStream || !pFormat)
+        return;
+    va_start(args, pFormat);
+    putRecord(pStream, pFormat, &args);
+    va_end(args);
 }
 
 void OV_instSendBlocks(FILE *pStream, size_t iCount, size_t iBlock, const char *pFrom,

@@ -26,6 +26,10 @@
 void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
     __attribute__((format(printf, 2, 3)));
 
+/* The same without the flush, for one of many records that belong together; the caller flushes. */
+void OV_instGatherUpdate(FILE *pStream, const char *pFormat, ...)
+    __attribute__((format(printf, 2, 3)));
+
 /* Sends "+COUNT FROM TO" for each block of iBlock bytes in iCount, and what is left behind them, at
  * one go. */
 void OV_instSendBlocks(FILE *pStream, size_t iCount, size_t iBlock, const char *pFrom,
