@@ -32,8 +32,8 @@ enum {
     PIPE_SIZE = 1024 * 1024,           /* lets tar and us work side by side */
     SENT_AT_ONCE = 24 * OV_COPY_BLOCK, /* a quarter of the pipe; the calls would take longer */
     TAKEN_POLL_MSEC = 2,
-    ROOM_FIRST_USEC = 400, /* long enough for tar to take a good part of the pipe */
-    ROOM_MOST_USEC = 6400
+    ROOM_FIRST_USEC = 150, /* long enough for tar to take a good part of the pipe */
+    ROOM_MOST_USEC = 600
 };
 
 /* What one unpacking works with. */

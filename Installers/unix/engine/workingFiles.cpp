@@ -61,13 +61,33 @@ static int addOwnerWrite(const char *pMember)
     return fchmodat(directory.iFd, pName, (info.st_mode & 07777) | S_IWUSR, 0);
 }
 
+/* The topmost directory on the way to a member that does not exist; empty when all do. An archive
+ * has many files for each of its directories, and most of those exist in no working directory. */
+static std::string missingDirectory(const std::string &member)
+{
+    struct stat info;
+
+    for (size_t at = member.find('/', 1); at != std::string::npos; at = member.find('/', at + 1))
+        if (stat(member.substr(0, at).c_str(), &info) < 0)
+            return member.substr(0, at + 1);
+    return "";
+}
+
 void OV_instMakeWritable(const _OV_InstTar *pTar, const char *pArchive, FILE *pStream)
 {
+    std::string missing;
+
     for (int32_t i = 0; i < pTar->iCount; i++) {
         const char *pMember = pTar->apMembers[i];
         struct stat info;
 
-        if (stat(pMember, &info) < 0 || (info.st_mode & S_IWUSR))
+        if (!missing.empty() && strncmp(pMember, missing.c_str(), missing.size()) == 0)
+            continue;
+        if (stat(pMember, &info) < 0) {
+            missing = missingDirectory(pMember);
+            continue;
+        }
+        if (info.st_mode & S_IWUSR)
             continue;
         if (addOwnerWrite(pMember) < 0)
             OV_instSendUpdate(pStream,
