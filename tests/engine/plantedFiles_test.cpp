@@ -88,9 +88,9 @@ TEST_F(PlantedFiles, AHistoryOfAStrangersLeadsNowhere)
         for (const auto &[mode, owner] :
              {std::pair(0644, 0), {0664, 0}, {0666, 0}, {0644, +STRANGER}}) {
             const bool bBelieved = mode != 0666 && owner == 0;
-            put(path, std::string(path == run ? "Run" : "History") + "FileVersion " +
-                          (path == run ? "1" : "2") + "\nProduct\n3.5\n" + full("@/elsewhere") +
-                          "\nPackage \"p\" Installed\n");
+            writeFile(path, std::string(path == run ? "Run" : "History") + "FileVersion " +
+                                (path == run ? "1" : "2") + "\nProduct\n3.5\n" +
+                                full("@/elsewhere") + "\nPackage \"p\" Installed\n");
             package("p")->iInstalled = 0;
             (void)OV_instSetSourceDirectory(before.c_str());
             ASSERT_EQ(0, chmod(path.c_str(), static_cast<mode_t>(mode)));
