@@ -25,7 +25,7 @@ bool OV_mediumLook(const std::string &path, OV_TreeObject *pFound)
     return false;
 }
 
-/* Once more by its name, where /proc is not there: it has to be the same one. */
+/* Once more by its name, which is quicker than by way of /proc: it has to be the same one. */
 static int openAgain(const OV_TreeObject *pFound, const std::string &path)
 {
     OwnedFd file(OV_instGuardedOpen(path.c_str(), O_RDONLY | O_NOFOLLOW, 0));
@@ -41,11 +41,12 @@ static int openAgain(const OV_TreeObject *pFound, const std::string &path)
 
 int OV_mediumOpenFound(const OV_TreeObject *pFound, const std::string &path)
 {
-    const std::string opened = "/proc/self/fd/" + std::to_string(pFound->object.iFd);
-    int iFd = open(opened.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    int iFd = openAgain(pFound, path);
 
-    if (iFd < 0 && (errno == ENOENT || errno == ENOTDIR))
-        iFd = openAgain(pFound, path);
+    if (iFd < 0) { /* a link may lead to it */
+        const std::string opened = "/proc/self/fd/" + std::to_string(pFound->object.iFd);
+        iFd = open(opened.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
     if (iFd < 0)
         OV_mediumTell("%s: %s", path.c_str(), strerror(errno));
     return iFd;
