@@ -44,7 +44,7 @@ static const char *putDirective(FILE *pStream, const char *pFormat, va_list *pAr
 
 static void putRecord(FILE *pStream, const char *pFormat, va_list *pArgs)
 {
-    while (*pFormat) { /* a reader that is gone is noticed by its signal */
+    while (pStream && pFormat && *pFormat) { /* a reader that is gone is noticed by its signal */
         size_t iPlain = strcspn(pFormat, "%");
         (void)fwrite(pFormat, 1, iPlain, pStream);
         pFormat += iPlain;
@@ -57,20 +57,17 @@ void OV_instSendUpdate(FILE *pStream, const char *pFormat, ...)
 {
     va_list args;
 
-    if (!pStream || !pFormat)
-        return;
     va_start(args, pFormat);
     putRecord(pStream, pFormat, &args);
     va_end(args);
-    (void)fflush(pStream);
+    if (pStream && pFormat)
+        (void)fflush(pStream);
 }
 
 void OV_instGatherUpdate(FILE *pStream, const char *pFormat, ...)
 {
     va_list args;
 
-    if (!pStream || !pFormat)
-        return;
     va_start(args, pFormat);
     putRecord(pStream, pFormat, &args);
     va_end(args);
